@@ -1,0 +1,79 @@
+#pragma once
+
+#include <compare>
+#include <cstdint>
+
+namespace vellix {
+
+// A point in time as the runtime keeps it: days since 30 December 1899, the
+// fraction being the time of day. 0 means "has not happened yet". Days before
+// the epoch are negative, with the fraction counted away from zero as the
+// runtime does (-1.25 is 29 December 1899, 06:00).
+class Date {
+ public:
+  constexpr Date() = default;
+  constexpr explicit Date(double serial) : serial_(serial) {}
+
+  [[nodiscard]] constexpr double Serial() const { return serial_; }
+  [[nodiscard]] constexpr bool IsZero() const { return serial_ == 0.0; }
+
+  friend constexpr auto operator<=>(const Date&, const Date&) = default;
+
+ private:
+  double serial_ = 0.0;
+};
+
+// Civil parts of a date, local time.
+struct CivilTime {
+  int year = 1899;
+  int month = 12;  // 1..12
+  int day = 30;    // 1..31
+  int hour = 0;
+  int minute = 0;
+  int second = 0;
+  int weekday = 7;  // 1 = Sunday .. 7 = Saturday, as the runtime counts
+};
+
+// DateSerial/TimeSerial of the runtime: out-of-range months and days roll over
+// (month 13 is January of the next year, day 0 the last day of the month before).
+// A year outside 100..9999 raises error 5.
+Date DateSerial(int year, int month, int day);
+Date TimeSerial(int hour, int minute, int second);
+Date DateTimeSerial(int year, int month, int day, int hour, int minute, int second);
+
+// Civil parts of a date, rounded to the nearest second.
+CivilTime ToCivil(Date date);
+
+// Day count of a civil date, and the other way, for timestamps of files.
+Date FromUnixSeconds(int64_t secondsSinceEpochLocal);
+int64_t ToUnixSeconds(Date date);
+
+// Adds seconds to a date.
+Date AddSeconds(Date date, double seconds);
+
+// Where "now" comes from; tests set the time.
+class Clock {
+ public:
+  virtual ~Clock() = default;
+  [[nodiscard]] virtual Date Now() const = 0;
+};
+
+// The machine's local time.
+class SystemClock final : public Clock {
+ public:
+  [[nodiscard]] Date Now() const override;
+};
+
+// A clock a test sets and advances.
+class ManualClock final : public Clock {
+ public:
+  explicit ManualClock(Date now = Date()) : now_(now) {}
+  [[nodiscard]] Date Now() const override { return now_; }
+  void Set(Date now) { now_ = now; }
+  void AdvanceSeconds(double seconds) { now_ = AddSeconds(now_, seconds); }
+
+ private:
+  Date now_;
+};
+
+}  // namespace vellix

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Text helpers with the runtime's rules.
+namespace vellix {
+
+// Replaces every occurrence of find in text, comparing without regard to
+// case (ASCII letters). An empty find leaves the text as it is.
+std::string Replace(std::string_view text, std::string_view find, std::string_view with);
+
+// Splits at each delimiter and keeps empty parts: Split("a\\\\b", "\\") gives
+// "a", "", "b". The empty text gives no parts; an empty delimiter one part.
+std::vector<std::string> Split(std::string_view text, std::string_view delimiter);
+
+// Trims blanks (spaces only) as Trim, LTrim and RTrim do.
+std::string Trim(std::string_view text);
+std::string LTrim(std::string_view text);
+std::string RTrim(std::string_view text);
+
+// Case changes and comparison of ASCII letters.
+std::string UCase(std::string_view text);
+std::string LCase(std::string_view text);
+// -1, 0 or 1, comparing without regard to case.
+int CompareText(std::string_view a, std::string_view b);
+bool EqualsText(std::string_view a, std::string_view b);
+
+// Position (1-based) of find in text from start, 0 when absent; binary compare.
+int InStr(std::string_view text, std::string_view find, int start = 1);
+
+}  // namespace vellix
