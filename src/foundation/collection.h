@@ -69,7 +69,8 @@ class Collection {
   [[nodiscard]] std::vector<T> Values() const {
     std::vector<T> out;
     out.reserve(items_.size());
-    for (const auto& e : items_) out.push_back(e.value);
+    for (const auto& e : items_)
+      out.push_back(e.value);
     return out;
   }
   [[nodiscard]] const std::string& KeyAt(int32_t index) const {
@@ -82,8 +83,9 @@ class Collection {
     return static_cast<size_t>(index - 1);
   }
   [[nodiscard]] std::optional<size_t> Lookup(std::string_view key) const {
-    auto it = std::find_if(items_.begin(), items_.end(),
-                           [key](const Entry& e) { return !e.key.empty() && EqualsText(e.key, key); });
+    auto it = std::find_if(items_.begin(), items_.end(), [key](const Entry& e) {
+      return !e.key.empty() && EqualsText(e.key, key);
+    });
     if (it == items_.end()) return std::nullopt;
     return static_cast<size_t>(it - items_.begin());
   }

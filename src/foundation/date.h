@@ -36,7 +36,8 @@ struct CivilTime {
 
 // DateSerial/TimeSerial of the runtime: out-of-range months and days roll over
 // (month 13 is January of the next year, day 0 the last day of the month before).
-// A year outside 100..9999 raises error 5.
+// Years 0..29 are 2000..2029 and 30..99 are 1930..1999, the runtime's default
+// window; a year that is still outside 100..9999 raises error 5.
 Date DateSerial(int year, int month, int day);
 Date TimeSerial(int hour, int minute, int second);
 Date DateTimeSerial(int year, int month, int day, int hour, int minute, int second);
@@ -44,7 +45,9 @@ Date DateTimeSerial(int year, int month, int day, int hour, int minute, int seco
 // Civil parts of a date, rounded to the nearest second.
 CivilTime ToCivil(Date date);
 
-// Day count of a civil date, and the other way, for timestamps of files.
+// Day count of a civil date, and the other way, for timestamps of files. The
+// seconds count local wall time from 1 January 1970 00:00 local: no time zone
+// is applied here, so a caller holding UTC seconds adds the zone's offset first.
 Date FromUnixSeconds(int64_t secondsSinceEpochLocal);
 int64_t ToUnixSeconds(Date date);
 

@@ -30,9 +30,19 @@ class MAPIFolder {
   virtual std::string Name() = 0;
   // The folder's full path as text, "\\Store\Inbox\Sub".
   virtual std::string FolderPath() = 0;
+  // The same path as the folder survey reads it: "\"-separated, the store's
+  // name third after a split on "\", and a path that GetFolder accepts.
+  virtual std::string FullFolderPath() { return FolderPath(); }
   // The kind of item the folder holds (0 mail, 1 appointment, ...).
   virtual int32_t DefaultItemType() = 0;
   virtual Ref<OutlookFolders> Folders() = 0;
+};
+
+// An item of a folder; the logic reads its subject only.
+class OutlookItem {
+ public:
+  virtual ~OutlookItem() = default;
+  virtual std::string Subject() = 0;
 };
 
 class NameSpace {

@@ -9,8 +9,10 @@ namespace vellix {
 
 // Numeric value of a text: the number at its start. Blanks, tabs and line
 // feeds are skipped wherever they stand; a sign, digits, one decimal point and
-// an exponent (E or D) are read; "&H" and "&O" prefixes read hex and octal.
-// Reading stops at the first other character; no number gives 0. Never fails.
+// an exponent (E or D) are read; "&H" and "&O" prefixes read hex and octal
+// (up to &HFFFF as a 16-bit Integer, so "&HFFFF" is -1; a trailing "&" reads a
+// Long). Reading stops at the first other character; no number gives 0. A
+// number too large for a double gives an infinity of its sign. Never fails.
 double Val(std::string_view text);
 
 // Rounds halves to the even neighbour, as every conversion to an integer does.
@@ -22,12 +24,17 @@ int16_t CInt(double value);
 int32_t CLng(double value);
 int16_t CInt(int64_t value);
 int32_t CLng(int64_t value);
-inline int16_t CInt(int value) { return CInt(static_cast<int64_t>(value)); }
-inline int32_t CLng(int value) { return CLng(static_cast<int64_t>(value)); }
+inline int16_t CInt(int value) {
+  return CInt(static_cast<int64_t>(value));
+}
+inline int32_t CLng(int value) {
+  return CLng(static_cast<int64_t>(value));
+}
 
-// Conversions of a text: a text that is a number (blanks around it allowed,
-// "True"/"False" accepted) converts; anything else raises error 13; a number
-// out of range raises error 6. The empty text raises 13 as the runtime does.
+// Conversions of a text: a text that is a number (blanks and tabs around it
+// allowed, "True"/"False" accepted, no thousands separators) converts;
+// anything else raises error 13; a number out of range raises error 6. The
+// empty text raises 13 as the runtime does.
 int16_t CInt(std::string_view text);
 int32_t CLng(std::string_view text);
 double CDbl(std::string_view text);

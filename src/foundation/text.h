@@ -28,6 +28,7 @@ int CompareText(std::string_view a, std::string_view b);
 bool EqualsText(std::string_view a, std::string_view b);
 
 // Position (1-based) of find in text from start, 0 when absent; binary compare.
+// An empty find gives start (0 past the end); a start below 1 raises error 5.
 int InStr(std::string_view text, std::string_view find, int start = 1);
 
 }  // namespace vellix

@@ -16,13 +16,13 @@ class Variant {
   enum class Type { Empty, Boolean, Integer, Long, Double, String, Date };
 
   Variant() = default;
-  Variant(bool v) : v_(v) {}                // NOLINT(google-explicit-constructor)
-  Variant(int16_t v) : v_(v) {}             // NOLINT(google-explicit-constructor)
-  Variant(int32_t v) : v_(v) {}             // NOLINT(google-explicit-constructor)
-  Variant(double v) : v_(v) {}              // NOLINT(google-explicit-constructor)
-  Variant(std::string v) : v_(std::move(v)) {}  // NOLINT(google-explicit-constructor)
+  Variant(bool v) : v_(v) {}                      // NOLINT(google-explicit-constructor)
+  Variant(int16_t v) : v_(v) {}                   // NOLINT(google-explicit-constructor)
+  Variant(int32_t v) : v_(v) {}                   // NOLINT(google-explicit-constructor)
+  Variant(double v) : v_(v) {}                    // NOLINT(google-explicit-constructor)
+  Variant(std::string v) : v_(std::move(v)) {}    // NOLINT(google-explicit-constructor)
   Variant(const char* v) : v_(std::string(v)) {}  // NOLINT(google-explicit-constructor)
-  Variant(Date v) : v_(v) {}                // NOLINT(google-explicit-constructor)
+  Variant(Date v) : v_(v) {}                      // NOLINT(google-explicit-constructor)
 
   [[nodiscard]] Type GetType() const { return static_cast<Type>(v_.index()); }
   [[nodiscard]] bool IsEmpty() const { return GetType() == Type::Empty; }

@@ -36,6 +36,8 @@ std::string StandardDescription(int32_t number) {
   }
 }
 
-void Raise(int32_t number) { throw VbError(number); }
+void Raise(int32_t number) {
+  throw VbError(number);
+}
 
 }  // namespace vellix

@@ -31,7 +31,8 @@ void RecordingErrorLog::ObjectDestroyed(const std::string& project, const std::s
 std::vector<std::string> RecordingErrorLog::Messages() const {
   std::vector<std::string> out;
   out.reserve(records.size());
-  for (const auto& r : records) out.push_back(r.message);
+  for (const auto& r : records)
+    out.push_back(r.message);
   return out;
 }
 

@@ -21,9 +21,8 @@ struct LogRecord {
 // An error log that keeps what it is told; it can be made to fail.
 class RecordingErrorLog : public ErrorLog {
  public:
-  void LogEvent(const std::string& project, const std::string& module,
-                const std::string& procedure, const std::string& message, int16_t number,
-                const std::string& detail) override;
+  void LogEvent(const std::string& project, const std::string& module, const std::string& procedure,
+                const std::string& message, int16_t number, const std::string& detail) override;
   void ComponentStarted(const std::string& component) override;
   void ComponentEnded(const std::string& component) override;
   void ObjectCreated(const std::string& project, const std::string& className) override;

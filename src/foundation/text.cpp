@@ -1,0 +1,116 @@
+#include "foundation/text.h"
+
+#include "foundation/vb_error.h"
+
+namespace vellix {
+
+namespace {
+
+char Lower(char c) {
+  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+}
+char Upper(char c) {
+  return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+bool MatchesAt(std::string_view text, size_t pos, std::string_view find) {
+  if (text.size() - pos < find.size()) return false;
+  for (size_t i = 0; i < find.size(); ++i) {
+    if (Lower(text[pos + i]) != Lower(find[i])) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+std::string Replace(std::string_view text, std::string_view find, std::string_view with) {
+  if (find.empty()) return std::string(text);
+  std::string out;
+  out.reserve(text.size());
+  size_t pos = 0;
+  while (pos < text.size()) {
+    if (MatchesAt(text, pos, find)) {
+      out.append(with);
+      pos += find.size();
+    } else {
+      out.push_back(text[pos]);
+      ++pos;
+    }
+  }
+  return out;
+}
+
+std::vector<std::string> Split(std::string_view text, std::string_view delimiter) {
+  std::vector<std::string> parts;
+  if (text.empty()) return parts;
+  if (delimiter.empty()) {
+    parts.emplace_back(text);
+    return parts;
+  }
+  size_t start = 0;
+  while (true) {
+    const size_t at = text.find(delimiter, start);
+    if (at == std::string_view::npos) {
+      parts.emplace_back(text.substr(start));
+      return parts;
+    }
+    parts.emplace_back(text.substr(start, at - start));
+    start = at + delimiter.size();
+  }
+}
+
+std::string Trim(std::string_view text) {
+  return RTrim(LTrim(text));
+}
+
+std::string LTrim(std::string_view text) {
+  const size_t first = text.find_first_not_of(' ');
+  return first == std::string_view::npos ? std::string() : std::string(text.substr(first));
+}
+
+std::string RTrim(std::string_view text) {
+  const size_t last = text.find_last_not_of(' ');
+  return last == std::string_view::npos ? std::string() : std::string(text.substr(0, last + 1));
+}
+
+std::string UCase(std::string_view text) {
+  std::string out(text);
+  for (char& c : out)
+    c = Upper(c);
+  return out;
+}
+
+std::string LCase(std::string_view text) {
+  std::string out(text);
+  for (char& c : out)
+    c = Lower(c);
+  return out;
+}
+
+int CompareText(std::string_view a, std::string_view b) {
+  const size_t n = a.size() < b.size() ? a.size() : b.size();
+  for (size_t i = 0; i < n; ++i) {
+    const auto ca = static_cast<unsigned char>(Lower(a[i]));
+    const auto cb = static_cast<unsigned char>(Lower(b[i]));
+    if (ca != cb) return ca < cb ? -1 : 1;
+  }
+  if (a.size() == b.size()) return 0;
+  return a.size() < b.size() ? -1 : 1;
+}
+
+bool EqualsText(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && MatchesAt(a, 0, b);
+}
+
+int InStr(std::string_view text, std::string_view find, int start) {
+  // A start before the first character is an invalid call, as in the runtime.
+  if (start < 1) Raise(err::kInvalidCall);
+  if (text.empty()) return 0;
+  const auto from = static_cast<size_t>(start - 1);
+  if (from >= text.size()) return 0;
+  if (find.empty()) return start;
+  const size_t at = text.find(find, from);
+  return at == std::string_view::npos ? 0 : static_cast<int>(at + 1);
+}
+
+}  // namespace vellix

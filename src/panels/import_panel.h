@@ -1,0 +1,18 @@
+#pragma once
+
+#include "foundation/controls.h"
+#include "shell/panel.h"
+
+namespace vellix {
+
+// The Import tab (picIm). Its procedures come later; its name list is here so
+// that GetIndex and a new quick setup find it.
+class ImportPanel : public Panel {
+ public:
+  ImportPanel(PopupShell& shell, Form& form)
+      : Panel(shell), cboImName(form, "cboImName", "picIm") {}
+
+  ComboBox cboImName;
+};
+
+}  // namespace vellix

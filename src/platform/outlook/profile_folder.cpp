@@ -1,0 +1,87 @@
+#include "platform/outlook/profile_folder.h"
+
+#include <utility>
+
+#include "foundation/text.h"
+#include "foundation/vb_error.h"
+#include "platform/outlook/profile_folder_list.h"
+
+namespace vellix::outlook {
+
+ProfileFolder::ProfileFolder(std::string name, int32_t itemType,
+                             std::weak_ptr<ProfileFolder> parent)
+    : name_(std::move(name)),
+      itemType_(itemType),
+      parent_(std::move(parent)),
+      hasParent_(!parent_.expired()) {}
+
+std::shared_ptr<ProfileFolder> ProfileFolder::MakeStore(const std::string& name,
+                                                        const std::string& file) {
+  if (auto problem = NameProblem(name); !problem.empty()) {
+    throw VbError(kOutlookOperationFailed, problem);
+  }
+  auto store = std::make_shared<ProfileFolder>(name, 0, std::weak_ptr<ProfileFolder>());
+  store->storeFile_ = file;
+  return store;
+}
+
+std::string ProfileFolder::FolderPath() {
+  if (!hasParent_) return "\\\\" + name_;
+  auto parent = parent_.lock();
+  if (!parent) throw VbError(kOutlookOperationFailed, "The folder has been deleted.");
+  return parent->FolderPath() + "\\" + name_;
+}
+
+Ref<OutlookFolders> ProfileFolder::Folders() {
+  // Aliasing pointer: the list keeps this folder alive and reads its children.
+  return MakeRef<ProfileFolderList>(
+      std::shared_ptr<const FolderVector>(shared_from_this(), &children_));
+}
+
+std::shared_ptr<ProfileFolder> ProfileFolder::AddFolder(const std::string& name, int32_t itemType) {
+  if (auto problem = NameProblem(name); !problem.empty()) {
+    throw VbError(kOutlookOperationFailed, problem);
+  }
+  if (SubFolder(name)) {
+    throw VbError(kOutlookOperationFailed,
+                  "Cannot create the folder. A folder named \"" + name + "\" already exists.");
+  }
+  auto child = std::make_shared<ProfileFolder>(name, itemType, weak_from_this());
+  children_.push_back(child);
+  return child;
+}
+
+std::shared_ptr<ProfileFolder> ProfileFolder::SubFolder(std::string_view name) const {
+  for (const auto& child : children_) {
+    if (EqualsText(child->name_, name)) return child;
+  }
+  return nullptr;
+}
+
+void ProfileFolder::AddItem(ProfileItem item) {
+  items_.push_back(std::move(item));
+}
+
+int32_t ProfileFolder::DescendantCount() const {
+  int32_t count = 0;
+  for (const auto& child : children_)
+    count += 1 + child->DescendantCount();
+  return count;
+}
+
+int64_t ProfileFolder::TotalItemCount() const {
+  auto count = static_cast<int64_t>(items_.size());
+  for (const auto& child : children_)
+    count += child->TotalItemCount();
+  return count;
+}
+
+std::string ProfileFolder::NameProblem(std::string_view name) {
+  if (name.empty()) return "A folder needs a name.";
+  if (name.find('\\') != std::string_view::npos) {
+    return "The folder name \"" + std::string(name) + "\" holds a backslash.";
+  }
+  return {};
+}
+
+}  // namespace vellix::outlook

@@ -1,0 +1,121 @@
+#include "platform/outlook/profile_generator.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <random>
+#include <string_view>
+#include <vector>
+
+namespace vellix::outlook {
+
+namespace {
+
+constexpr std::array<std::string_view, 20> kMailFolderNames = {
+    "Projects", "Clients",   "Receipts",  "Newsletters", "Travel",   "Family",   "Team",
+    "Invoices", "Suppliers", "Hiring",    "Board",       "Support",  "Partners", "Events",
+    "Legal",    "Finance",   "Marketing", "Reports",     "Personal", "Old Mail"};
+constexpr std::array<std::string_view, 4> kOtherFolderNames = {"Shared", "Personal", "Work", "Old"};
+constexpr std::array<std::string_view, 16> kTopics = {
+    "quarterly budget",  "website relaunch",  "office move",     "supplier contract",
+    "team offsite",      "invoice 4471",      "product roadmap", "holiday rota",
+    "server upgrade",    "board pack",        "hiring plan",     "customer feedback",
+    "insurance renewal", "training schedule", "press release",   "expense report"};
+constexpr std::array<std::string_view, 12> kPeople = {
+    "Priya Shah", "Tom Becker",    "Maria Lopez",  "Jonas Weber",  "Aisha Karimi",  "Liam O'Brien",
+    "Chen Wei",   "Sophie Martin", "Daniel Novak", "Grace Okafor", "Henrik Larsen", "Olivia Brown"};
+
+class Dice {
+ public:
+  explicit Dice(uint32_t seed) : engine_(seed) {}
+  // 0 .. n-1; the engine's raw output keeps results the same everywhere,
+  // which the library's distributions don't promise.
+  uint32_t Below(uint32_t n) { return n == 0 ? 0 : engine_() % n; }
+  template <class Array>
+  std::string Pick(const Array& values) {
+    return std::string(values[Below(static_cast<uint32_t>(values.size()))]);
+  }
+
+ private:
+  std::mt19937 engine_;
+};
+
+std::string Subject(Dice& dice, int32_t itemType) {
+  const auto topic = dice.Pick(kTopics);
+  switch (itemType) {
+    case 1:
+      return "Meeting: " + topic;
+    case 2:
+    case 7:
+      return dice.Pick(kPeople);
+    case 3:
+      return "Follow up on the " + topic;
+    case 4:
+      return "Phone call with " + dice.Pick(kPeople);
+    case 5:
+      return "Notes on the " + topic;
+    default: {
+      static constexpr std::array<std::string_view, 4> kLeads = {"", "Re: ", "Fwd: ", "Re: "};
+      auto capitalised = topic;
+      capitalised[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(topic[0])));
+      return dice.Pick(kLeads) + capitalised;
+    }
+  }
+}
+
+std::string FreeName(const ProfileFolder& parent, std::string base) {
+  if (!parent.SubFolder(base)) return base;
+  for (int n = 2;; ++n) {
+    auto name = base + " " + std::to_string(n);
+    if (!parent.SubFolder(name)) return name;
+  }
+}
+
+}  // namespace
+
+std::shared_ptr<MailProfile> GenerateProfile(const ProfileRecipe& recipe) {
+  Dice dice(recipe.seed);
+  auto profile = std::make_shared<MailProfile>();
+  auto store = profile->AddStore(recipe.storeName);
+  const int32_t folderCount = std::max(recipe.folders, 0);
+
+  std::vector<std::shared_ptr<ProfileFolder>> all;
+  std::vector<std::shared_ptr<ProfileFolder>> mail;
+  for (const auto& spec : EnglishDefaultFolders()) {
+    if (static_cast<int32_t>(all.size()) == folderCount) break;
+    auto folder = store->AddFolder(spec.name, spec.itemType);
+    profile->DefaultFolder(spec.kind, folder);
+    all.push_back(folder);
+    if (spec.itemType == 0) mail.push_back(folder);
+  }
+  while (static_cast<int32_t>(all.size()) < folderCount) {
+    // Most extra folders are mail folders that users file into, nested at will.
+    const bool underMail = dice.Below(4) != 0;
+    const auto& pool = underMail && !mail.empty() ? mail : all;
+    const auto parent = pool[dice.Below(static_cast<uint32_t>(pool.size()))];
+    const auto base =
+        parent->DefaultItemType() == 0 ? dice.Pick(kMailFolderNames) : dice.Pick(kOtherFolderNames);
+    auto folder = parent->AddFolder(FreeName(*parent, base), parent->DefaultItemType());
+    all.push_back(folder);
+    if (folder->DefaultItemType() == 0) mail.push_back(folder);
+  }
+
+  if (all.empty()) return profile;
+  const Date newest = recipe.newest.IsZero() ? DateSerial(2026, 11, 1) : recipe.newest;
+  // Kept within what 32 bits of seconds can count (about 49000 days).
+  const auto spanSeconds = static_cast<uint32_t>(std::clamp(recipe.spanDays, 0, 40000)) * 86400U;
+  for (int32_t i = 0; i < recipe.items; ++i) {
+    auto& folder = *all[dice.Below(static_cast<uint32_t>(all.size()))];
+    ProfileItem item;
+    item.subject = Subject(dice, folder.DefaultItemType());
+    item.received = AddSeconds(newest, -static_cast<double>(dice.Below(spanSeconds)));
+    if (folder.DefaultItemType() == 0) item.sender = dice.Pick(kPeople);
+    // Mostly small; one in ten carries an attachment of up to 5 MB.
+    item.size = static_cast<int32_t>(1024 + dice.Below(64 * 1024));
+    if (dice.Below(10) == 0) item.size += static_cast<int32_t>(dice.Below(5 * 1024 * 1024));
+    folder.AddItem(std::move(item));
+  }
+  return profile;
+}
+
+}  // namespace vellix::outlook

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "foundation/mail_program.h"
+#include "platform/outlook/mail_profile.h"
+
+namespace vellix::outlook {
+
+// "Outlook.Application" for the desktop: the profile comes from an XML file,
+// read on the first creation and then kept, so that stores added while the
+// program runs stay. A profile that can't be read makes creation give
+// nothing, and the reason goes to the reporter; the next creation reads the
+// file again, so a user can mend it without restarting.
+class ProfileMailProgram : public MailProgram {
+ public:
+  using Reporter = std::function<void(const std::string& problem)>;
+
+  explicit ProfileMailProgram(std::filesystem::path profileFile, Reporter reporter = {});
+  // A profile already in memory; nothing means a desktop without the mail program.
+  explicit ProfileMailProgram(std::shared_ptr<MailProfile> profile);
+
+  Ref<OutlookApplication> CreateApplication() override;
+
+  // The profile in use, or nothing before it could be read.
+  [[nodiscard]] const std::shared_ptr<MailProfile>& Profile() const { return profile_; }
+  // Why the last creation gave nothing; empty after a success.
+  [[nodiscard]] const std::string& LastProblem() const { return lastProblem_; }
+
+ private:
+  std::filesystem::path profileFile_;
+  Reporter reporter_;
+  std::shared_ptr<MailProfile> profile_;
+  std::string lastProblem_;
+};
+
+}  // namespace vellix::outlook

@@ -1,0 +1,29 @@
+#include "platform/outlook/profile_name_space.h"
+
+#include <utility>
+
+#include "foundation/vb_error.h"
+#include "platform/outlook/profile_folder_list.h"
+
+namespace vellix::outlook {
+
+ProfileNameSpace::ProfileNameSpace(std::shared_ptr<MailProfile> profile)
+    : profile_(std::move(profile)) {
+  if (!profile_) throw VbError(err::kObjectNotSet);
+}
+
+Ref<OutlookFolders> ProfileNameSpace::Folders() {
+  return MakeRef<ProfileFolderList>(
+      std::shared_ptr<const FolderVector>(profile_, &profile_->Stores()));
+}
+
+Ref<MAPIFolder> ProfileNameSpace::GetDefaultFolder(int32_t folderType) {
+  auto folder = profile_->DefaultFolder(folderType);
+  if (!folder) {
+    throw VbError(kOutlookOperationFailed,
+                  "The attempted operation failed.  An object could not be found.");
+  }
+  return Ref<MAPIFolder>(folder);
+}
+
+}  // namespace vellix::outlook

@@ -1,0 +1,256 @@
+#include "servers/engine/agent_object.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "foundation/text.h"
+#include "servers/engine/engine_core.h"
+
+namespace vellix::engine {
+
+namespace {
+
+// Folder paths of the mail program compare without regard to case.
+auto SamePath(std::string_view path) {
+  return [path](const std::string& entry) { return EqualsText(entry, path); };
+}
+auto SameImport(std::string_view path) {
+  return [path](const ImportFolderData& entry) { return EqualsText(entry.path, path); };
+}
+
+}  // namespace
+
+AgentObject::AgentObject(std::shared_ptr<EngineCore> core, int16_t id)
+    : core_(std::move(core)), id_(id) {}
+
+std::string AgentObject::ObjectName() const {
+  const AgentData* agent = core_->FindAgent(id_);
+  return "Agent " + (agent != nullptr ? agent->name : std::to_string(id_));
+}
+
+AgentData& AgentObject::Write(std::string_view operation, std::string_view arguments) {
+  core_->Call(ObjectName(), operation, arguments);
+  return core_->AgentOrRaise(id_);
+}
+
+AgentData& AgentObject::Write(std::string_view operation) {
+  core_->Call(ObjectName(), operation);
+  return core_->AgentOrRaise(id_);
+}
+
+AgentData& AgentObject::Read(std::string_view property) {
+  core_->Read(property);
+  return core_->AgentOrRaise(id_);
+}
+
+template <class T>
+T AgentObject::Get(std::string_view property, T AgentData::*member) {
+  return Read(property).*member;
+}
+
+template <class T>
+void AgentObject::Put(std::string_view property, T AgentData::*member, const T& value) {
+  Write("put " + std::string(property), JournalText(value)).*member = value;
+  core_->Save();
+}
+
+int16_t AgentObject::Id() {
+  return Read("Id").id;
+}
+std::string AgentObject::Name() {
+  return Get("Name", &AgentData::name);
+}
+
+void AgentObject::Name(const std::string& value) {
+  core_->RenameAgent(Write("put Name", value), value);
+  core_->Save();
+}
+
+std::string AgentObject::MonitorType() {
+  return Get("MonitorType", &AgentData::monitorType);
+}
+void AgentObject::MonitorType(const std::string& value) {
+  Put("MonitorType", &AgentData::monitorType, value);
+}
+
+Collection<std::string> AgentObject::Folders() {
+  Collection<std::string> folders;
+  for (const auto& path : Read("Folders").folders) {
+    if (!folders.Contains(path)) folders.Add(path, path);
+  }
+  return folders;
+}
+
+bool AgentObject::AddFolder(const std::string& folderPath) {
+  AgentData& agent = Write("AddFolder", folderPath);
+  if (Trim(folderPath).empty() ||
+      std::any_of(agent.folders.begin(), agent.folders.end(), SamePath(folderPath))) {
+    return false;
+  }
+  agent.folders.push_back(folderPath);
+  core_->Save();
+  return true;
+}
+
+void AgentObject::RemoveFolder(const std::string& folderPath) {
+  std::erase_if(Write("RemoveFolder", folderPath).folders, SamePath(folderPath));
+  core_->Save();
+}
+
+bool AgentObject::SubFolders() {
+  return Get("SubFolders", &AgentData::subFolders);
+}
+void AgentObject::SubFolders(bool value) {
+  Put("SubFolders", &AgentData::subFolders, value);
+}
+int16_t AgentObject::StoreCount() {
+  return Get("StoreCount", &AgentData::storeCount);
+}
+void AgentObject::StoreCount(int16_t value) {
+  Put("StoreCount", &AgentData::storeCount, value);
+}
+std::string AgentObject::StoreUnits() {
+  return Get("StoreUnits", &AgentData::storeUnits);
+}
+void AgentObject::StoreUnits(const std::string& value) {
+  Put("StoreUnits", &AgentData::storeUnits, value);
+}
+std::string AgentObject::StoreFormat() {
+  return Get("StoreFormat", &AgentData::storeFormat);
+}
+void AgentObject::StoreFormat(const std::string& value) {
+  Put("StoreFormat", &AgentData::storeFormat, value);
+}
+int16_t AgentObject::FileAfterCount() {
+  return Get("FileAfterCount", &AgentData::fileAfterCount);
+}
+void AgentObject::FileAfterCount(int16_t value) {
+  Put("FileAfterCount", &AgentData::fileAfterCount, value);
+}
+std::string AgentObject::FileAfterUnits() {
+  return Get("FileAfterUnits", &AgentData::fileAfterUnits);
+}
+void AgentObject::FileAfterUnits(const std::string& value) {
+  Put("FileAfterUnits", &AgentData::fileAfterUnits, value);
+}
+bool AgentObject::FileDisabled() {
+  return Get("FileDisabled", &AgentData::fileDisabled);
+}
+void AgentObject::FileDisabled(bool value) {
+  Put("FileDisabled", &AgentData::fileDisabled, value);
+}
+int16_t AgentObject::RemovePeriod() {
+  return Get("RemovePeriod", &AgentData::removePeriod);
+}
+void AgentObject::RemovePeriod(int16_t value) {
+  Put("RemovePeriod", &AgentData::removePeriod, value);
+}
+bool AgentObject::PurgeDisabled() {
+  return Get("PurgeDisabled", &AgentData::purgeDisabled);
+}
+void AgentObject::PurgeDisabled(bool value) {
+  Put("PurgeDisabled", &AgentData::purgeDisabled, value);
+}
+int32_t AgentObject::PurgeNotify() {
+  return Get("PurgeNotify", &AgentData::purgeNotify);
+}
+void AgentObject::PurgeNotify(int32_t value) {
+  Put("PurgeNotify", &AgentData::purgeNotify, value);
+}
+
+Collection<std::string> AgentObject::ImportFolders() {
+  Collection<std::string> folders;
+  for (const auto& import : Read("ImportFolders").imports) {
+    if (!folders.Contains(import.path)) folders.Add(import.path, import.path);
+  }
+  return folders;
+}
+
+bool AgentObject::AddImport(const std::string& folder, bool subFolders) {
+  AgentData& agent = Write("AddImport", folder + ", " + JournalText(subFolders));
+  auto it = std::find_if(agent.imports.begin(), agent.imports.end(), SameImport(folder));
+  const bool added = it == agent.imports.end() && !Trim(folder).empty();
+  if (added) {
+    agent.imports.push_back({folder, subFolders});
+  } else if (it != agent.imports.end()) {
+    it->subFolders = subFolders;
+  }
+  core_->Save();
+  return added;
+}
+
+void AgentObject::RemoveImport(const std::string& folder) {
+  std::erase_if(Write("RemoveImport", folder).imports, SameImport(folder));
+  core_->Save();
+}
+
+bool AgentObject::ImportSubFolders(const std::string& folder) {
+  const auto& imports = Read("ImportSubFolders").imports;
+  auto it = std::find_if(imports.begin(), imports.end(), SameImport(folder));
+  return it != imports.end() && it->subFolders;
+}
+
+void AgentObject::SetImportSubfolders(const std::string& folder, bool withSubFolders) {
+  auto& imports = Write("SetImportSubfolders", folder + ", " + JournalText(withSubFolders)).imports;
+  auto it = std::find_if(imports.begin(), imports.end(), SameImport(folder));
+  if (it == imports.end()) return;
+  it->subFolders = withSubFolders;
+  core_->Save();
+}
+
+Date AgentObject::ImportTime() {
+  return Get("ImportTime", &AgentData::importTime);
+}
+void AgentObject::ImportTime(Date value) {
+  Put("ImportTime", &AgentData::importTime, value);
+}
+
+int32_t AgentObject::ItemCount() {
+  return Get("ItemCount", &AgentData::itemCount);
+}
+int32_t AgentObject::UnfiledItems() {
+  return Get("UnfiledItems", &AgentData::unfiledItems);
+}
+int32_t AgentObject::ItemsToPurge() {
+  return Get("ItemsToPurge", &AgentData::itemsToPurge);
+}
+Date AgentObject::EarliestStore() {
+  return Get("EarliestStore", &AgentData::earliestStore);
+}
+Date AgentObject::MostRecentStore() {
+  return Get("MostRecentStore", &AgentData::mostRecentStore);
+}
+Date AgentObject::LastPurge() {
+  return Get("LastPurge", &AgentData::lastPurge);
+}
+Date AgentObject::LastFile() {
+  return Get("LastFile", &AgentData::lastFile);
+}
+
+Collection<Ref<Period>> AgentObject::Periods() {
+  Collection<Ref<Period>> periods;
+  for (const auto& name : Read("Periods").periods) {
+    const PeriodData* period = core_->FindPeriod(name);
+    if (period != nullptr && !periods.Contains(period->name)) {
+      periods.Add(core_->NewPeriodObject(period->name), period->name);
+    }
+  }
+  return periods;
+}
+
+void AgentObject::RunFile() {
+  Write("RunFile");
+  core_->Hooks().FileNow(*core_, id_);
+}
+
+void AgentObject::RunPurge() {
+  Write("RunPurge");
+  core_->Hooks().PurgeNow(*core_, id_);
+}
+
+Ref<EngineConfig> AgentObject::Config() {
+  Read("Config");
+  return core_->NewConfigObject();
+}
+
+}  // namespace vellix::engine

@@ -1,0 +1,136 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "foundation/agent.h"
+#include "foundation/date.h"
+#include "foundation/engine.h"
+#include "foundation/error_log.h"
+#include "foundation/ref.h"
+#include "platform/desktop/path_mapping.h"
+#include "servers/engine/call_journal.h"
+#include "servers/engine/engine_data.h"
+#include "servers/engine/processing_hooks.h"
+
+namespace vellix::engine {
+
+class MonitorObject;
+
+// The inside of the engine: its data, where it persists them, the journal
+// and the fault switches, and the rules of agents and periods. The objects
+// handed to the panel (configuration, agents, periods) are views that hold
+// the core and look their data up at every use, so a view of a deleted agent
+// fails instead of writing into nothing.
+class EngineCore : public std::enable_shared_from_this<EngineCore> {
+ public:
+  EngineCore(std::filesystem::path engineFile, desktop::PathMapping paths, const Clock& clock,
+             Ref<ErrorLog> log, std::unique_ptr<ProcessingHooks> hooks);
+  ~EngineCore();
+  EngineCore(const EngineCore&) = delete;
+  EngineCore& operator=(const EngineCore&) = delete;
+
+  // Reads the engine file. A missing or corrupt file leaves an unconfigured
+  // engine with default settings and a log record saying why; a corrupt file
+  // is kept beside, never overwritten.
+  void Load();
+
+  [[nodiscard]] EngineData& Data() { return data_; }
+  [[nodiscard]] EngineSettings& Settings() { return data_.settings; }
+  [[nodiscard]] Date Now() const { return clock_.Now(); }
+  [[nodiscard]] std::filesystem::path Native(std::string_view logicPath) const;
+  // A file of a folder as a path text of the logic: joined by a backslash,
+  // or by a slash when the folder is a POSIX path.
+  [[nodiscard]] static std::string JoinLogic(std::string_view folder, std::string_view name);
+  // The last part of a path text, whichever separator it uses.
+  [[nodiscard]] static std::string BareName(std::string_view path);
+
+  // A write or a call: recorded in the journal, then failed when a fault is
+  // set for the operation ("put RemovePeriod", "CreateAgent").
+  void Call(std::string_view object, std::string_view operation);
+  void Call(std::string_view object, std::string_view operation, std::string_view arguments);
+  // A read: not recorded; fails when a fault is set for "get <property>".
+  void Read(std::string_view property);
+
+  [[nodiscard]] CallJournal& Journal() { return journal_; }
+  void FailCall(std::string operation, int32_t number, int times);
+  void ClearFaults();
+  void RefuseSetPeriodFormat(bool refuse) { refusePeriodFormat_ = refuse; }
+  [[nodiscard]] bool RefuseSetPeriodFormat() const { return refusePeriodFormat_; }
+  void FailRecoverConfig(bool fail) { failRecover_ = fail; }
+  [[nodiscard]] bool FailRecoverConfig() const { return failRecover_; }
+
+  // Agents. Names are unique without regard to case.
+  AgentData* FindAgent(int16_t id);
+  AgentData* FindAgentByName(std::string_view name);
+  AgentData* FindAgentByNameOrId(std::string_view text);
+  AgentData& AgentOrRaise(int16_t id);
+  AgentData& CreateAgent(const std::string& name);
+  void DeleteAgent(std::string_view name);
+  void RenameAgent(AgentData& agent, const std::string& name);
+  // Removes agents and periods and restores the default settings; the
+  // engine's own state (configured, running, logging level) stays.
+  void ResetConfig();
+
+  // Periods. Names are unique without regard to case.
+  PeriodData* FindPeriod(std::string_view name);
+  PeriodData& PeriodOrRaise(std::string_view name);
+  // Makes sure the period that holds the present moment exists, with its
+  // store file; problems are logged, never raised.
+  void EnsureCurrentPeriod();
+  bool AttachPeriod(std::string_view fileName);
+  bool BackupLocationAvailable() const;
+
+  // Persists the data; a failure is logged and the data stay in memory.
+  void Save();
+  // Writes a saved copy of the configuration into the backup folder.
+  void SaveCopyToBackup();
+  // Replaces the configuration by a saved copy; see docs/engine-standin.md.
+  bool Recover(const std::string& source, const std::string& destination,
+               const std::string& configFile);
+
+  // The objects handed out: views over the data, made new at each request.
+  Ref<EngineConfig> NewConfigObject();
+  Ref<::vellix::Agent> NewAgentObject(int16_t id);
+  Ref<::vellix::Period> NewPeriodObject(const std::string& name);
+  [[nodiscard]] const std::shared_ptr<MonitorObject>& MonitorShared() const { return monitor_; }
+  [[nodiscard]] ProcessingHooks& Hooks() { return *hooks_; }
+  // The engine whose events a processing run raises; nothing once it is gone.
+  [[nodiscard]] VellixEngine* Engine() const { return engine_; }
+  void Engine(VellixEngine* engine) { engine_ = engine; }
+
+  // One record in the error log, project "OVVellix".
+  void Log(std::string_view procedure, const std::string& message);
+
+ private:
+  struct Fault {
+    std::string operation;
+    int32_t number;
+    int remaining;  // below 0: until cleared
+  };
+  void CheckFault(std::string_view operation);
+  [[nodiscard]] std::string FreeAgentName() const;
+  [[nodiscard]] int16_t FreeAgentId();
+  [[nodiscard]] std::string FreePeriodName(const std::string& wanted) const;
+  void KeepCorruptFile(const std::string& why);
+
+  std::filesystem::path file_;
+  desktop::PathMapping paths_;
+  const Clock& clock_;
+  Ref<ErrorLog> log_;
+  std::unique_ptr<ProcessingHooks> hooks_;
+  std::shared_ptr<MonitorObject> monitor_;
+  VellixEngine* engine_ = nullptr;
+
+  EngineData data_;
+  CallJournal journal_;
+  std::vector<Fault> faults_;
+  bool refusePeriodFormat_ = false;
+  bool failRecover_ = false;
+};
+
+}  // namespace vellix::engine

@@ -1,0 +1,193 @@
+#include "servers/engine/engine_server.h"
+
+#include <utility>
+
+#include "servers/engine/engine_core.h"
+#include "servers/engine/monitor_object.h"
+
+namespace vellix::engine {
+
+namespace {
+
+constexpr const char* kObject = "VellixEngine";
+
+}  // namespace
+
+EngineServer::EngineServer(std::filesystem::path engineFile, desktop::PathMapping paths,
+                           const Clock& clock, Ref<ErrorLog> log,
+                           std::unique_ptr<ProcessingHooks> hooks)
+    : core_(std::make_shared<EngineCore>(std::move(engineFile), std::move(paths), clock,
+                                         std::move(log), std::move(hooks))) {
+  core_->Engine(this);
+  core_->Load();
+  // An engine that was running when it last closed takes up its work again.
+  if (core_->Settings().running) {
+    core_->EnsureCurrentPeriod();
+    core_->Hooks().Started(*core_);
+  }
+}
+
+EngineServer::~EngineServer() {
+  core_->Engine(nullptr);
+}
+
+void EngineServer::Announce() {
+  core_->Call(kObject, "Announce");
+  Report(ReportKind::Configured, core_->Settings().configured);
+  if (core_->Settings().running) Report(ReportKind::Run, true);
+}
+
+bool EngineServer::Configured() {
+  core_->Read("Configured");
+  return core_->Settings().configured;
+}
+
+void EngineServer::Configured(bool value) {
+  core_->Call(kObject, "put Configured", JournalText(value));
+  if (core_->Settings().configured == value) return;
+  // Back to quick setup means no more work: the engine stops first.
+  if (!value && core_->Settings().running) StopRunning();
+  core_->Settings().configured = value;
+  core_->Save();
+  Report(ReportKind::Configured, value);
+}
+
+bool EngineServer::Running() {
+  core_->Read("Running");
+  return core_->Settings().running;
+}
+
+void EngineServer::Running(bool value) {
+  core_->Call(kObject, "put Running", JournalText(value));
+  EngineSettings& settings = core_->Settings();
+  if (settings.running == value) return;
+  if (!value) {
+    StopRunning();
+    return;
+  }
+  // An engine with no configuration has nothing to run: it says it stays stopped.
+  if (!settings.configured) {
+    Report(ReportKind::Run, false);
+    return;
+  }
+  settings.running = true;
+  core_->Save();
+  core_->EnsureCurrentPeriod();
+  Report(ReportKind::Run, true);
+  core_->Hooks().Started(*core_);
+}
+
+void EngineServer::StopRunning() {
+  core_->Hooks().Stopping(*core_);
+  core_->Settings().running = false;
+  core_->Save();
+  Report(ReportKind::Run, false);
+}
+
+void EngineServer::Shutdown() {
+  core_->Call(kObject, "Shutdown");
+  core_->Save();
+  if (!silentShutdown_) OnActivity.Raise("Shutdown");
+}
+
+std::string EngineServer::LoggingLevel() {
+  core_->Read("LoggingLevel");
+  return core_->Settings().loggingLevel;
+}
+
+void EngineServer::LoggingLevel(const std::string& value) {
+  core_->Call(kObject, "put LoggingLevel", value);
+  core_->Settings().loggingLevel = value;
+  core_->Save();
+}
+
+Ref<EngineConfig> EngineServer::Config() {
+  core_->Read("Config");
+  return core_->NewConfigObject();
+}
+
+Ref<::vellix::Monitor> EngineServer::Monitor() {
+  core_->Read("Monitor");
+  return Ref<::vellix::Monitor>(core_->MonitorShared());
+}
+
+int32_t EngineServer::ForecastItemCount() {
+  core_->Call(kObject, "ForecastItemCount");
+  return core_->Hooks().ForecastItemCount(*core_);
+}
+
+void EngineServer::Flush() {
+  core_->Call(kObject, "Flush");
+  core_->Hooks().Flush(*core_);
+}
+
+void EngineServer::BackupManagerOpen(bool open) {
+  core_->Call(kObject, "BackupManagerOpen", JournalText(open));
+  core_->Hooks().BackupManagerOpen(*core_, open);
+}
+
+void EngineServer::BackupFinished() {
+  core_->Call(kObject, "BackupFinished");
+  core_->SaveCopyToBackup();
+  core_->Hooks().BackupFinished(*core_);
+}
+
+bool EngineServer::RecoverConfig(const std::string& source, const std::string& destination,
+                                 const std::string& configFile) {
+  core_->Call(kObject, "RecoverConfig", source + ", " + destination + ", " + configFile);
+  if (core_->FailRecoverConfig()) return false;
+  const bool wasConfigured = core_->Settings().configured;
+  if (core_->Settings().running) StopRunning();
+  if (!core_->Recover(source, destination, configFile)) return false;
+  // The recovered configuration waits for the panel to declare it finished.
+  if (wasConfigured) Report(ReportKind::Configured, false);
+  return true;
+}
+
+void EngineServer::Report(ReportKind kind, bool value) {
+  if (delayReports_) {
+    pending_.emplace_back(kind, value);
+    return;
+  }
+  Raise(kind, value);
+}
+
+void EngineServer::Raise(ReportKind kind, bool value) {
+  if (kind == ReportKind::Configured) {
+    OnConfigured.Raise(value);
+  } else {
+    OnRun.Raise(value);
+  }
+}
+
+const CallJournal& EngineServer::Journal() const {
+  return core_->Journal();
+}
+void EngineServer::ClearJournal() {
+  core_->Journal().Clear();
+}
+void EngineServer::RefuseSetPeriodFormat(bool refuse) {
+  core_->RefuseSetPeriodFormat(refuse);
+}
+void EngineServer::FailRecoverConfig(bool fail) {
+  core_->FailRecoverConfig(fail);
+}
+void EngineServer::FailCall(const std::string& operation, int32_t number, int times) {
+  core_->FailCall(operation, number, times);
+}
+void EngineServer::ClearFaults() {
+  core_->ClearFaults();
+}
+void EngineServer::DelayReports(bool delay) {
+  delayReports_ = delay;
+}
+
+void EngineServer::ReleaseReports() {
+  while (!pending_.empty()) {
+    const auto [kind, value] = pending_.front();
+    pending_.pop_front();
+    Raise(kind, value);
+  }
+}
+
+}  // namespace vellix::engine

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+#include "foundation/date.h"
+
+// The period store files of the engine. A store file begins with a short
+// header line that makes it recognisable ("VELLIX-STORE 1"), followed by the
+// period's name, start and end; whatever the processing later puts behind
+// the header is its own affair.
+namespace vellix::engine {
+
+// What the file system says about one file.
+struct StoreFileFacts {
+  bool exists = false;
+  // Begins with the store header: the mail program can read it.
+  bool isStore = false;
+  int64_t size = 0;
+  Date modified;
+  // From the header, when it is a store.
+  std::string name;
+  Date start;
+  Date end;
+};
+
+StoreFileFacts InspectStoreFile(const std::filesystem::path& file);
+
+// Makes a new store file with its header. Never replaces a file that is
+// there; false, with error set, when the file exists or can't be written.
+bool CreateStoreFile(const std::filesystem::path& file, const std::string& name, Date start,
+                     Date end, std::string* error);
+
+// The local time of a file time.
+Date FileTimeToDate(std::filesystem::file_time_type time);
+
+}  // namespace vellix::engine

@@ -1,0 +1,151 @@
+#include "servers/errorlog/error_log_file.h"
+
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+#include <utility>
+
+#include "foundation/vb_error.h"
+
+namespace vellix {
+
+namespace {
+
+void AppendTwo(std::string& out, int v) {
+  out += static_cast<char>('0' + v / 10 % 10);
+  out += static_cast<char>('0' + v % 10);
+}
+
+std::string IsoTime(Date now) {
+  const CivilTime c = ToCivil(now);
+  std::string out;
+  AppendTwo(out, c.year / 100);
+  AppendTwo(out, c.year % 100);
+  out += '-';
+  AppendTwo(out, c.month);
+  out += '-';
+  AppendTwo(out, c.day);
+  out += 'T';
+  AppendTwo(out, c.hour);
+  out += ':';
+  AppendTwo(out, c.minute);
+  out += ':';
+  AppendTwo(out, c.second);
+  return out;
+}
+
+}  // namespace
+
+std::string EscapeLogField(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (char c : text) {
+    switch (c) {
+      case '\t':
+        out += "\\t";
+        break;
+      case '\r':
+        out += "\\r";
+        break;
+      case '\n':
+        out += "\\n";
+        break;
+      case '\\':
+        out += "\\\\";
+        break;
+      default:
+        out += c;
+    }
+  }
+  return out;
+}
+
+std::vector<std::string> SplitLogLine(std::string_view line) {
+  std::vector<std::string> fields(1);
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    const char c = line[i];
+    if (c == '\t') {
+      fields.emplace_back();
+    } else if (c == '\\' && i + 1 < line.size()) {
+      const char e = line[++i];
+      fields.back() += e == 't' ? '\t' : e == 'r' ? '\r' : e == 'n' ? '\n' : e;
+    } else {
+      fields.back() += c;
+    }
+  }
+  return fields;
+}
+
+ErrorLogFile::ErrorLogFile(std::filesystem::path path, const Clock& clock)
+    : path_(std::move(path)), clock_(&clock) {}
+
+ErrorLogFile::~ErrorLogFile() {
+  if (file_) std::fclose(file_);
+}
+
+bool ErrorLogFile::Open(std::string* error) {
+  std::lock_guard lock(mutex_);
+  if (file_) return true;
+  std::error_code ec;
+  if (!path_.parent_path().empty()) std::filesystem::create_directories(path_.parent_path(), ec);
+  if (ec) {
+    if (error) *error = "Unable to create the folder of " + path_.string() + ": " + ec.message();
+    return false;
+  }
+  file_ = std::fopen(path_.c_str(), "ae");
+  if (!file_) {
+    if (error) *error = "Unable to open " + path_.string() + ": " + std::strerror(errno);
+    return false;
+  }
+  return true;
+}
+
+void ErrorLogFile::WriteLine(std::initializer_list<std::string_view> fields) {
+  std::string line = IsoTime(clock_->Now());
+  for (std::string_view f : fields) {
+    line += '\t';
+    line += EscapeLogField(f);
+  }
+  line += '\n';
+
+  std::lock_guard lock(mutex_);
+  if (!file_) {
+    throw VbError(errorlog_error::kWriteFailed, "The error log " + path_.string() + " is not open");
+  }
+  // One write per line keeps a record whole, even with another writer appending.
+  if (std::fwrite(line.data(), 1, line.size(), file_) != line.size() || std::fflush(file_) != 0) {
+    const int code = errno;
+    std::clearerr(file_);
+    throw VbError(errorlog_error::kWriteFailed,
+                  "Unable to write the error log " + path_.string() + ": " + std::strerror(code));
+  }
+}
+
+void ErrorLogFile::LogEvent(const std::string& project, const std::string& module,
+                            const std::string& procedure, const std::string& message,
+                            int16_t number, const std::string& detail) {
+  const std::string numberText = std::to_string(number);
+  if (detail.empty()) {
+    WriteLine({project, module, procedure, numberText, message});
+  } else {
+    WriteLine({project, module, procedure, numberText, message, detail});
+  }
+}
+
+void ErrorLogFile::ComponentStarted(const std::string& component) {
+  WriteLine({"ComponentStarted", component});
+}
+
+void ErrorLogFile::ComponentEnded(const std::string& component) {
+  WriteLine({"ComponentEnded", component});
+}
+
+void ErrorLogFile::ObjectCreated(const std::string& project, const std::string& className) {
+  WriteLine({"ObjectCreated", project, className});
+}
+
+void ErrorLogFile::ObjectDestroyed(const std::string& project, const std::string& className) {
+  WriteLine({"ObjectDestroyed", project, className});
+}
+
+}  // namespace vellix

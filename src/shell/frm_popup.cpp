@@ -1,0 +1,622 @@
+#include "shell/frm_popup.h"
+
+#include <utility>
+
+#include "dialogs/frm_predictive_start.h"
+#include "foundation/config_node.h"
+#include "foundation/engine.h"
+#include "foundation/error_log.h"
+#include "foundation/frame.h"
+#include "foundation/runtime.h"
+#include "foundation/server_factory.h"
+#include "foundation/ui_host.h"
+#include "shell/frm_icon_timer.h"
+#include "shell/tray_icon.h"
+
+namespace vellix {
+
+namespace {
+constexpr const char* kModule = "frmPopup";
+// The tray's callback gestures, as mouse-move message numbers.
+constexpr int kLeftButtonUp = 514;
+constexpr int kLeftDoubleClick = 515;
+constexpr int kRightButtonUp = 517;
+}  // namespace
+
+FrmPopup::FrmPopup(Context& ctx, TrayPlatform& trayPlatform, PopupForms forms)
+    : Form(*ctx.host, "frmPopup"),
+      tabControlOptions(*this, "tabControlOptions"),
+      picSu(*this, "picSu"),
+      picPe(*this, "picPe"),
+      picAg(*this, "picAg"),
+      picIm(*this, "picIm"),
+      picBa(*this, "picBa"),
+      picLo(*this, "picLo"),
+      picAt(*this, "picAt"),
+      picQuickSetup(*this, "picQuickSetup"),
+      picSplash(*this, "picSplash"),
+      lblSplash(*this, "lblSplash", "picSplash"),
+      cmdStopStart(*this, "cmdStopStart"),
+      cmdHide(*this, "cmdHide"),
+      cmdExit(*this, "cmdExit"),
+      tmrBackupTimer(*this, "tmrBackupTimer"),
+      mPopupSys(*this, "mPopupSys"),
+      mPopAbout(*this, "mPopAbout", "mPopupSys"),
+      mPopSep1(*this, "mPopSep1", "mPopupSys"),
+      mPopStart(*this, "mPopStart", "mPopupSys"),
+      mPopStop(*this, "mPopStop", "mPopupSys"),
+      mPopSep2(*this, "mPopSep2", "mPopupSys"),
+      mPopView(*this, "mPopView", "mPopupSys"),
+      mPopHide(*this, "mPopHide", "mPopupSys"),
+      mPopSep3(*this, "mPopSep3", "mPopupSys"),
+      mPopExit(*this, "mPopExit", "mPopupSys"),
+      summary(*this, *this),
+      periods(*this, *this),
+      agents(*this, *this),
+      import(*this, *this),
+      backup(*this, *this),
+      log(*this, *this),
+      quickSetup(*this, *this),
+      ctx_(ctx),
+      trayPlatform_(trayPlatform),
+      forms_(forms) {
+  tabControlOptions.BeforeClick = [this](bool& cancel) { tabControlOptions_BeforeClick(cancel); };
+  tabControlOptions.Click = [this] { tabControlOptions_Click(); };
+  cmdStopStart.Click = [this] { cmdStopStart_Click(); };
+  cmdHide.Click = [this] { cmdHide_Click(); };
+  cmdExit.Click = [this] { cmdExit_Click(); };
+  tmrBackupTimer.Tick = [this] { tmrBackupTimer_Timer(); };
+  mPopAbout.Click = [this] { mPopAbout_Click(); };
+  mPopStart.Click = [this] { mPopStart_Click(); };
+  mPopStop.Click = [this] { mPopStop_Click(); };
+  mPopView.Click = [this] { mPopView_Click(); };
+  mPopHide.Click = [this] { mPopHide_Click(); };
+  mPopExit.Click = [this] { mPopExit_Click(); };
+}
+
+FrmPopup::~FrmPopup() = default;
+
+void FrmPopup::Design() {
+  Caption("Vellix Control");
+  Icon("Running.ico");
+  tabControlOptions.Move(120, 120, 9840, 6000);
+  tabControlOptions.AddTab("Summary", "Summary", "Summary data");
+  tabControlOptions.AddTab("Periods", "Periods", "Period Configuration");
+  tabControlOptions.AddTab("Agents", "Agents", "Agent Configuration");
+  tabControlOptions.AddTab("Import", "Import", "Import Items");
+  tabControlOptions.AddTab("Backup", "Storage && Backup", "Backup Configuration");
+  tabControlOptions.AddTab("Log", "Activity Log", "Log of Orvane Vellix activity");
+  for (PictureBox* pic : {&picSu, &picPe, &picAg, &picIm, &picBa, &picLo, &picAt}) {
+    pic->BorderStyle(0);
+  }
+  picQuickSetup.BorderStyle(0);
+  picSplash.BorderStyle(0);
+  cmdStopStart.Caption("Start");
+  cmdHide.Caption("Hide");
+  cmdExit.Caption("Exit");
+  tmrBackupTimer.Interval(60000);
+  tmrBackupTimer.Enabled(false);
+  mPopupSys.Caption("&SysTray");
+  mPopupSys.Visible(false);
+  mPopAbout.Caption("&About");
+  mPopSep1.Caption("-");
+  mPopStart.Caption("&Start");
+  mPopStop.Caption("&Stop");
+  mPopSep2.Caption("-");
+  mPopView.Caption("&View");
+  mPopHide.Caption("&Hide");
+  mPopSep3.Caption("-");
+  mPopExit.Caption("&Exit");
+}
+
+std::string FrmPopup::Text(const std::string& suffix) const {
+  return ctx_.rootNode->GetValue(kBranch + suffix).ToString();
+}
+
+std::string FrmPopup::Version() const {
+  return VELLIX_VERSION;
+}
+
+std::string FrmPopup::ProductName() {
+  Frame frame(ctx_, kModule, "ProductName");
+  return frame.Run(std::string(), [&] { return Text(".Strings.ProductName"); });
+}
+
+bool FrmPopup::Hidden() {
+  Frame frame(ctx_, kModule, "Hidden");
+  return frame.Run(false, [&] {
+    return ctx_.rootNode->GetNode(std::string(kBranch) + ".Hidden", true, "Boolean", Variant(true))
+        ->GetContent()
+        .ToBool();
+  });
+}
+
+void FrmPopup::Hidden(bool value) {
+  Frame frame(ctx_, kModule, "Hidden");
+  frame.Run([&] {
+    ctx_.rootNode->GetNode(std::string(kBranch) + ".Hidden", true, "Boolean", Variant(true))
+        ->SetContent(Variant(value));
+  });
+}
+
+void FrmPopup::mobjVellix(Ref<VellixEngine> engine) {
+  ConnectEngine(std::move(engine));
+}
+
+void FrmPopup::mobjMonitor(Ref<::vellix::Monitor> monitor) {
+  mobjMonitor_ = std::move(monitor);
+}
+
+void FrmPopup::ConnectEngine(Ref<VellixEngine> engine) {
+  vellixConnections_.clear();
+  mobjVellix_ = std::move(engine);
+  if (mobjVellix_.IsNothing()) return;
+  VellixEngine& e = *mobjVellix_;
+  vellixConnections_.push_back(
+      e.OnConfigured.Connect([this](bool v) { mobjVellix_Configured(v); }));
+  vellixConnections_.push_back(e.OnRun.Connect([this](bool v) { mobjVellix_Run(v); }));
+  vellixConnections_.push_back(
+      e.OnActivity.Connect([this](const std::string& a) { mobjVellix_Activity(a); }));
+  vellixConnections_.push_back(
+      e.OnNotify.Connect([this](int32_t type, const Ref<PurgeDetails>& details, int16_t& result) {
+        mobjVellix_Notify(type, details, result);
+      }));
+}
+
+void FrmPopup::Form_Load() {
+  // With no engine the form goes again, after its frame has logged why: the
+  // unload releases the error log.
+  bool unload = false;
+  Frame frame(ctx_, kModule, "Form_Load");
+  frame.Run([&] {
+    Caption(Text(".Strings.PopupFormTitle"));
+    if (forms_.iconTimer != nullptr) forms_.iconTimer->Load();
+    trayIcon_ =
+        std::make_unique<TrayIcon>(ctx_, trayPlatform_, *forms_.iconTimer, *this, ProductName());
+    layoutNode_ = ctx_.rootNode->GetNode("CommonFormat.FormLayout", false, "", Variant());
+    controlState_ = kStateUnloaded;
+
+    if (ctx_.servers != nullptr) ctx_.engineConnector = ctx_.servers->CreateEngineConnector();
+    if (!ctx_.engineConnector.IsNothing()) ctx_.engine = ctx_.engineConnector->Engine();
+    ConnectEngine(ctx_.engine);
+    if (mobjVellix_.IsNothing()) {
+      frame.ErrorText = "Fatal - Unable to connect to Vellix";
+      unload = true;
+      return;
+    }
+
+    metrics_ = LayoutMetrics::Read(*ctx_.rootNode);
+    lastActivity_ = 2;
+    mobjConfigConnector_ = ctx_.configConnector;
+    FillForm();
+    StateMonitor(kEventLoad);
+  });
+  if (unload) Unload();
+}
+
+void FrmPopup::FillForm() {
+  Frame frame(ctx_, kModule, "FillForm");
+  frame.Run([&] {
+    const LayoutMetrics& m = metrics_;
+    picQuickSetup.Visible(false);
+    cmdStopStart.Visible(true);
+    cmdHide.Visible(true);
+    cmdExit.Visible(true);
+    tabControlOptions.Visible(true);
+
+    for (const auto& tab : TabTable()) {
+      if (!tabControlOptions.HasTab(tab.key)) continue;
+      tabControlOptions.Tabs(tab.key).Caption(
+          Text(std::string(".Strings.ControlPanel.") + tab.key + ".Tab"));
+    }
+    for (const auto& tab : TabTable()) {
+      if (!tabControlOptions.HasTab(tab.key)) continue;
+      tabControlOptions.Tabs(tab.key).ToolTipText(
+          Text(std::string(".Strings.ControlPanel.") + tab.key + ".ToolTip"));
+    }
+
+    const int16_t picWidth = CInt(Text(".Strings.ControlPanel.PicWidth"));
+    const int16_t picHeight = CInt(Text(".Strings.ControlPanel.PicHeight"));
+    const int16_t tabsHeight = layoutNode_->GetValue("TabsHeight").ToInteger();
+    tabControlOptions.Width(Twips(int64_t{picWidth} + 2 * int64_t{m.Border}));
+    tabControlOptions.Height(Twips(int64_t{picHeight} + tabsHeight + m.Border));
+
+    cmdHide.Caption(Text(".Strings.ControlPanel.cmdHide"));
+    cmdHide.ToolTipText(Text(".Strings.ControlPanel.cmdHide-Tip"));
+    cmdExit.Caption(Text(".Strings.ControlPanel.cmdExit"));
+    cmdExit.ToolTipText(Text(".Strings.ControlPanel.cmdExit-Tip"));
+    Caption(Text(".Strings.PopupFormTitle"));
+
+    const int16_t tabWidth = Twips(tabControlOptions.Width());
+    const int16_t tabHeight = Twips(tabControlOptions.Height());
+    Width(Twips(int64_t{tabWidth} + 2 * int64_t{m.Border} + 2 * int64_t{m.FormBLRBorder}));
+    Height(Twips(int64_t{tabHeight} + 3 * int64_t{m.Border} + m.FormBLRBorder + 300 + m.RowHeight +
+                 m.Border));
+
+    const int16_t tabLeft = Twips(tabControlOptions.Left());
+    const int16_t tabTop = Twips(tabControlOptions.Top());
+    picSu.Move(Twips(int64_t{tabLeft} + m.Border), Twips(int64_t{tabTop} + tabsHeight), picWidth,
+               picHeight);
+    for (PictureBox* pic : {&picPe, &picAg, &picIm, &picBa, &picLo, &picAt}) {
+      pic->Move(picSu.Left(), picSu.Top(), picSu.Width(), picSu.Height());
+    }
+
+    picQuickSetup.Move(0, 0, Twips(int64_t{Width()} - 2 * int64_t{m.FormBLRBorder}),
+                       Twips(int64_t{Height()} - m.FormBLRBorder - m.FormTopBorder));
+    picSplash.Move(0, 0, picQuickSetup.Width(), picQuickSetup.Height());
+    lblSplash.Caption(ProductName());
+    lblSplash.Move(0, Twips(picSplash.Height() / 2 - m.RowHeight), picSplash.Width(),
+                   Twips(2 * int64_t{m.RowHeight}));
+    lblSplash.Alignment(2);
+
+    ShowSplash();
+
+    summary.Layout();
+    periods.Layout();
+    agents.Layout();
+    import.Layout();
+    backup.Layout();
+    log.Layout();
+    LayoutAttention();
+    quickSetup.Layout();
+
+    const int16_t buttonTop = Twips(int64_t{tabTop} + tabHeight + m.Border);
+    cmdExit.Move(Twips(int64_t{tabLeft} + tabWidth - m.ButtonWidth), buttonTop, m.ButtonWidth,
+                 m.RowHeight);
+    cmdStopStart.Move(Twips(int64_t{cmdExit.Left()} - m.Border - m.ButtonWidth), buttonTop,
+                      m.ButtonWidth, m.RowHeight);
+    cmdStopStart.ToolTipText(Text(".Strings.ControlPanel.cmdStopStart-Tip"));
+    cmdHide.Move(Twips(int64_t{cmdStopStart.Left()} - m.Border - m.ButtonWidth), buttonTop,
+                 m.ButtonWidth, m.RowHeight);
+  });
+}
+
+void FrmPopup::LayoutAttention() {
+  Frame frame(ctx_, kModule, "LayoutAttention");
+  frame.Run([&] {
+    ctx_.rootNode->GetNode(std::string(kBranch) + ".Strings.ControlPanel.Attention", false, "",
+                           Variant());
+  });
+}
+
+std::vector<FrmPopup::TabEntry> FrmPopup::TabTable() {
+  return {
+      {"Summary", &picSu, &summary, true},   {"Periods", &picPe, &periods, true},
+      {"Agents", &picAg, &agents, false},    {"Import", &picIm, &import, false},
+      {"Backup", &picBa, &backup, true},     {"Log", &picLo, &log, false},
+      {"Attention", &picAt, nullptr, false},
+  };
+}
+
+void FrmPopup::ShowMain() {
+  Frame frame(ctx_, kModule, "ShowMain");
+  frame.Run([&] {
+    for (PictureBox* pic : {&picSu, &picPe, &picAg, &picIm, &picBa})
+      pic->Visible(true);
+    tabControlOptions.Visible(true);
+    cmdHide.Visible(true);
+    cmdExit.Visible(true);
+    cmdStopStart.Visible(true);
+    picSplash.Visible(false);
+    picQuickSetup.Visible(false);
+    Caption(Text(".Strings.PopupFormTitle"));
+    FormRun(mobjVellix_->Running());
+  });
+}
+
+void FrmPopup::ShowQuickSetup() {
+  Frame frame(ctx_, kModule, "ShowQuickSetup");
+  frame.Run([&] {
+    for (PictureBox* pic : {&picSu, &picPe, &picAg, &picIm, &picBa})
+      pic->Visible(false);
+    tabControlOptions.Visible(false);
+    cmdHide.Visible(false);
+    cmdExit.Visible(false);
+    cmdStopStart.Visible(false);
+    picSplash.Visible(false);
+    picQuickSetup.Visible(true);
+    Caption(Text(".Strings.QuickSetup.FormCaption"));
+  });
+}
+
+void FrmPopup::ShowSplash() {
+  Frame frame(ctx_, kModule, "ShowSplash");
+  frame.Run([&] {
+    for (PictureBox* pic : {&picSu, &picPe, &picAg, &picIm, &picBa})
+      pic->Visible(false);
+    tabControlOptions.Visible(false);
+    cmdHide.Visible(false);
+    cmdExit.Visible(false);
+    cmdStopStart.Visible(false);
+    picSplash.Visible(true);
+    picQuickSetup.Visible(false);
+    Caption(Text(".Strings.PopupFormTitle"));
+  });
+}
+
+void FrmPopup::SetupFormContext() {
+  Frame frame(ctx_, kModule, "SetupFormContext");
+  frame.Run([&] {
+    tabControlOptions.Tabs("Summary").Selected(true);
+    Show(false);
+  });
+}
+
+void FrmPopup::tabControlOptions_BeforeClick(bool& cancel) {
+  Frame frame(ctx_, kModule, "tabControlOptions_BeforeClick");
+  frame.Run([&] {
+    cancel = false;
+    for (const auto& tab : TabTable()) {
+      if (currentTab_ == tab.key && tab.hasLeave && tab.procedures != nullptr) {
+        if (!tab.procedures->Leave()) cancel = true;
+        return;
+      }
+    }
+  });
+}
+
+void FrmPopup::tabControlOptions_Click() {
+  Frame frame(ctx_, kModule, "tabControlOptions_Click");
+  frame.Run([&] {
+    const TabStrip::Tab* selected = tabControlOptions.SelectedItem();
+    const std::string key = selected == nullptr ? std::string() : selected->Key();
+    const auto table = TabTable();
+    const TabEntry* chosen = nullptr;
+    for (const auto& tab : table) {
+      if (key == tab.key) chosen = &tab;
+    }
+    if (chosen == nullptr) return;
+    for (const auto& tab : table)
+      tab.panel->Visible(&tab == chosen);
+    currentTab_ = key;
+    if (chosen->procedures != nullptr) chosen->procedures->Load();
+  });
+}
+
+bool FrmPopup::FormRun(bool running) {
+  Frame frame(ctx_, kModule, "FormRun");
+  return frame.Run(false, [&](bool& result) {
+    result = true;
+    RunDisable(running);
+    if (running) {
+      cmdStopStart.Caption(Text(".Strings.ControlPanel.cmdStopStart.Stop"));
+      summary.cmdSuSetupWiz.Enabled(false);
+    } else {
+      cmdStopStart.Caption(Text(".Strings.ControlPanel.cmdStopStart.Start"));
+      summary.cmdSuSetupWiz.Enabled(true);
+    }
+    agents.EnableControls(running);  // EnableAgentControls
+    import.EnableControls(running);  // EnableImportControls
+  });
+}
+
+void FrmPopup::RunDisable(bool running) {
+  Frame frame(ctx_, kModule, "RunDisable");
+  frame.Run([&] {
+    static constexpr const char* kWhileStopped[] = {"txtPeNewCount",
+                                                    "cboPeNewUnits",
+                                                    "dtpPeReference",
+                                                    "txtPeFormat",
+                                                    "cmdAgAdd",
+                                                    "cmdAgRemove",
+                                                    "lstAgFolders",
+                                                    "txtAgRemove",
+                                                    "chkAgPurgeDisabled",
+                                                    "chkAgSubFolders",
+                                                    "txtAgNewCount",
+                                                    "cboAgNewUnits",
+                                                    "txtAgFormat",
+                                                    "txtAgFileAfterCount",
+                                                    "cboAgFileAfterUnits",
+                                                    "chkAgFileDisabled",
+                                                    "cmdAgNew"};
+    static constexpr const char* kWhileRunning[] = {"cmdAgFileNow", "cmdAgPurgeNow"};
+    static constexpr const char* kAlsoWhileStopped[] = {
+        "cmdAgDelete",       "txtBaFolder",     "txtBaBackupFolder", "cmdBaBrowseFolder",
+        "cmdBaBrowseBackup", "txtBaEveryCount", "updBaEveryCount",   "cboBaEveryUnits"};
+    for (const char* name : kWhileStopped)
+      Get<Control>(name).Enabled(!running);
+    for (const char* name : kWhileRunning)
+      Get<Control>(name).Enabled(running);
+    for (const char* name : kAlsoWhileStopped)
+      Get<Control>(name).Enabled(!running);
+    mPopStart.Visible(!running);
+    mPopStop.Visible(running);
+    if (trayIcon_) trayIcon_->State(running ? "Running" : "Stopped");
+  });
+}
+
+int32_t FrmPopup::GetIndex(const std::string& name, bool wantData) {
+  Frame frame(ctx_, kModule, "GetIndex");
+  return frame.Run(int32_t{0}, [&](int32_t& index) {
+    ComboBox* list = nullptr;
+    if (currentTab_ == "Agents") list = &agents.cboAgName;
+    if (currentTab_ == "Import") list = &import.cboImName;
+    if (list == nullptr) return;
+    for (int32_t i = 0; i < list->ListCount(); ++i) {
+      if (list->List(i) == name) {
+        index = wantData ? list->ItemData(i) : i;
+        return;
+      }
+    }
+  });
+}
+
+void FrmPopup::cmdStopStart_Click() {
+  Frame frame(ctx_, kModule, "cmdStopStart_Click");
+  frame.Run([&] {
+    if (mobjVellix_->Running()) {
+      mobjVellix_->Running(false);
+    } else {
+      mobjVellix_->Running(true);
+    }
+  });
+}
+
+void FrmPopup::cmdHide_Click() {
+  Frame frame(ctx_, kModule, "cmdHide_Click");
+  frame.Run([&] { StateMonitor(kEventHide); });
+}
+
+void FrmPopup::cmdExit_Click() {
+  Frame frame(ctx_, kModule, "GetIndex");
+  frame.Run([&] {
+    const auto answer =
+        ctx_.Host().MsgBox(Text(".Strings.ControlPanel.ConfirmClose"), MsgButtons::OKCancel, "");
+    if (answer == MsgResult::OK) StateMonitor(kEventExit);
+  });
+}
+
+void FrmPopup::mPopAbout_Click() {
+  Frame frame(ctx_, kModule, "mPopHide_Click");
+  frame.Run([&] {
+    if (forms_.about != nullptr) forms_.about->Show(true);
+  });
+}
+
+void FrmPopup::mPopStart_Click() {
+  Frame frame(ctx_, kModule, "mPopStart_Click");
+  frame.Run([&] { cmdStopStart_Click(); });
+}
+
+void FrmPopup::mPopStop_Click() {
+  Frame frame(ctx_, kModule, "mPopStop_Click");
+  frame.Run([&] { cmdStopStart_Click(); });
+}
+
+void FrmPopup::mPopView_Click() {
+  Frame frame(ctx_, kModule, "mPopView_Click");
+  frame.Run([&] { StateMonitor(kEventView); });
+}
+
+void FrmPopup::mPopHide_Click() {
+  Frame frame(ctx_, kModule, "mPopHide_Click");
+  frame.Run([&] { StateMonitor(kEventHide); });
+}
+
+void FrmPopup::mPopExit_Click() {
+  Frame frame(ctx_, kModule, "mPopExit_Click");
+  frame.Run([&] { StateMonitor(kEventExit); });
+}
+
+void FrmPopup::cmdSuHelp_Click() {
+  summary.cmdSuHelp_Click();
+}
+
+void FrmPopup::tmrBackupTimer_Timer() {
+  Frame frame(ctx_, kModule, "tmrBackupTimer_Timer");
+  frame.Run([&] {
+    // Both conditions are read, as the runtime's And reads both.
+    const bool due = mobjVellix_->Config()->BackupDue();
+    const bool processing = mobjMonitor_->Processing();
+    if (due && !processing) {
+      if (forms_.backupManager != nullptr) forms_.backupManager->Show(true);
+      backup.Load();  // LoadBackup
+    }
+  });
+}
+
+void FrmPopup::mobjVellix_Configured(bool value) {
+  Frame frame(ctx_, kModule, "mobjVellix_Configured");
+  frame.Run([&] { StateMonitor(value ? kEventConfigured : kEventUnconfigured); });
+}
+
+void FrmPopup::mobjVellix_Run(bool value) {
+  Frame frame(ctx_, kModule, "mobjVellix_Run");
+  frame.Run([&] { StateMonitor(value ? kEventRun : kEventStop); });
+}
+
+void FrmPopup::mobjVellix_Activity(const std::string& activity) {
+  Frame frame(ctx_, kModule, "mobjVellix_Activity");
+  frame.Run([&] {
+    if (activity == "Start") {
+      lastActivity_ = 0;
+      lastActivityTime_ = ctx_.Now();
+      trayIcon_->State("Processing");
+    } else if (activity == "Complete" || activity == "Stop") {
+      lastActivity_ = activity == "Complete" ? 1 : 2;
+      lastActivityTime_ = ctx_.Now();
+      // "Stop" shows Running too: the engine's Run report sets Stopped.
+      trayIcon_->State("Running");
+    } else if (activity == "Shutdown") {
+      lastActivity_ = 2;
+      lastActivityTime_ = ctx_.Now();
+      Unload();
+    }
+  });
+}
+
+void FrmPopup::mobjVellix_Notify(int32_t type, const Ref<PurgeDetails>& details, int16_t& result) {
+  Frame frame(ctx_, kModule, "mobjVellix_Notify");
+  frame.Run([&] {
+    tmrBackupTimer.Enabled(false);
+    // The purge notice answers Type 0; until it is built the question stays unanswered.
+    (void)type;
+    (void)details;
+    (void)result;
+    tmrBackupTimer.Enabled(true);
+  });
+}
+
+void FrmPopup::Form_Activate() {
+  Frame frame(ctx_, kModule, "Form_Activate");
+  frame.Run([&] {
+    if (controlState_ == kStateUnconfiguredHidden || controlState_ == kStateConfiguredHidden ||
+        controlState_ == kStateRunningHidden) {
+      Hide();
+    }
+  });
+}
+
+void FrmPopup::Form_Resize() {
+  Frame frame(ctx_, kModule, "Form_Resize");
+  frame.Run([&] {
+    if (WindowState() == 1) Hide();
+  });
+}
+
+void FrmPopup::Form_MouseMove(int16_t /*button*/, int16_t /*shift*/, double x, double /*y*/) {
+  Frame frame(ctx_, kModule, "Form_MouseMove");
+  frame.Run([&] {
+    double message = x;
+    if (ScaleMode() != 3) message = x / ctx_.twipsPerPixelX;
+    switch (CLng(message)) {
+      case kLeftButtonUp:
+      case kLeftDoubleClick:
+        StateMonitor(kEventView);
+        break;
+      case kRightButtonUp:
+        BringToFront();
+        PopupMenu(mPopupSys);
+        break;
+      default:
+        break;
+    }
+  });
+}
+
+void FrmPopup::UnloadOtherForm(Form* form) {
+  if (form != nullptr) form->Unload();
+}
+
+void FrmPopup::Form_Unload(bool& /*cancel*/) {
+  Frame frame(ctx_, kModule, "Form_Unload");
+  frame.Run([&] {
+    ctx_.rootNode->Commit("");
+    trayIcon_.reset();
+    UnloadOtherForm(forms_.backupManager);
+    UnloadOtherForm(forms_.iconTimer);
+    mobjMonitor_.Reset();
+    ConnectEngine(nullptr);
+    ctx_.engine.Reset();
+    mobjConfigConnector_.Reset();
+    ctx_.engineConnector.Reset();
+    ctx_.errorLog->ComponentEnded(kProject);
+    layoutNode_.Reset();
+    ctx_.rootNode.Reset();
+    ctx_.errorLog.Reset();
+    ctx_.errorConnector.Reset();
+  });
+}
+
+}  // namespace vellix

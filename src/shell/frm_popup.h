@@ -1,0 +1,199 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "activity/log_panel.h"
+#include "foundation/context.h"
+#include "foundation/controls.h"
+#include "foundation/event.h"
+#include "foundation/form.h"
+#include "foundation/ref.h"
+#include "panels/agents_panel.h"
+#include "panels/backup_panel.h"
+#include "panels/import_panel.h"
+#include "panels/periods_panel.h"
+#include "panels/quick_setup_panel.h"
+#include "panels/summary_panel.h"
+#include "shell/layout_metrics.h"
+#include "shell/panel.h"
+
+namespace vellix {
+
+class ConfigConnector;
+class ConfigNode;
+class FrmIconTimer;
+class FrmPredictiveStart;
+class Monitor;
+class PurgeDetails;
+class TrayIcon;
+class TrayPlatform;
+class VellixEngine;
+
+// The other forms the main form opens or closes. A form that isn't built yet
+// is left out, and what would open it has no effect.
+struct PopupForms {
+  FrmIconTimer* iconTimer = nullptr;
+  FrmPredictiveStart* predictiveStart = nullptr;
+  Form* about = nullptr;
+  Form* backupManager = nullptr;
+};
+
+// The one main form: a tab strip over stacked panels, three buttons below,
+// the tray's popup menu, and the receiver of the engine's events. It is a
+// frame: each panel is its own class; every command and report passes
+// through StateMonitor.
+class FrmPopup : public Form, public PopupShell {
+ public:
+  FrmPopup(Context& ctx, TrayPlatform& trayPlatform, PopupForms forms);
+  ~FrmPopup() override;
+
+  // Properties the other forms read.
+  [[nodiscard]] std::string Componant() const { return "VellixControl"; }
+  [[nodiscard]] std::string Version() const;
+  [[nodiscard]] std::string ProductName();
+  [[nodiscard]] bool Hidden();
+  void Hidden(bool value);
+
+  // The state machine: one entry for every command and engine report.
+  void StateMonitor(int32_t event) override;
+  void TraceState(int32_t state, int32_t event);
+
+  void SetupFormContext();
+  bool FormRun(bool running);
+  void RunDisable(bool running) override;
+  int32_t GetIndex(const std::string& name, bool wantData) override;
+  void ShowMain();
+  void ShowQuickSetup();
+  void ShowSplash();
+  void FillForm();
+
+  void tabControlOptions_BeforeClick(bool& cancel);
+  void tabControlOptions_Click();
+
+  void cmdStopStart_Click();
+  void cmdHide_Click();
+  void cmdExit_Click();
+  void mPopAbout_Click();
+  void mPopStart_Click();
+  void mPopStop_Click();
+  void mPopView_Click();
+  void mPopHide_Click();
+  void mPopExit_Click();
+  void tmrBackupTimer_Timer();
+
+  void mobjVellix_Configured(bool value);
+  void mobjVellix_Run(bool value);
+  void mobjVellix_Activity(const std::string& activity);
+  void mobjVellix_Notify(int32_t type, const Ref<PurgeDetails>& details, int16_t& result);
+
+  // PopupShell
+  [[nodiscard]] Context& ctx() const override { return ctx_; }
+  [[nodiscard]] Form& PopupForm() override { return *this; }
+  [[nodiscard]] const LayoutMetrics& Metrics() const override { return metrics_; }
+  [[nodiscard]] const std::string& CurrentTab() const override { return currentTab_; }
+  void cmdSuHelp_Click() override;
+
+  // Fields of the form.
+  [[nodiscard]] int32_t ControlState() const { return controlState_; }
+  // Sets the state field as it stands, without any step: for diagnostics and
+  // for tests that start the machine in a given state.
+  void ControlState(int32_t state) { controlState_ = state; }
+  [[nodiscard]] int32_t LastActivity() const { return lastActivity_; }
+  [[nodiscard]] Date LastActivityTime() const { return lastActivityTime_; }
+  [[nodiscard]] TrayIcon* Tray() const { return trayIcon_.get(); }
+  [[nodiscard]] const Ref<VellixEngine>& mobjVellix() const { return mobjVellix_; }
+  void mobjVellix(Ref<VellixEngine> engine);
+  [[nodiscard]] const Ref<::vellix::Monitor>& mobjMonitor() const { return mobjMonitor_; }
+  void mobjMonitor(Ref<::vellix::Monitor> monitor);
+
+  // Controls of the shell, in the order of the form.
+  TabStrip tabControlOptions;
+  PictureBox picSu;
+  PictureBox picPe;
+  PictureBox picAg;
+  PictureBox picIm;
+  PictureBox picBa;
+  PictureBox picLo;
+  PictureBox picAt;
+  PictureBox picQuickSetup;
+  PictureBox picSplash;
+  Label lblSplash;
+  CommandButton cmdStopStart;
+  CommandButton cmdHide;
+  CommandButton cmdExit;
+  Timer tmrBackupTimer;
+  Menu mPopupSys;
+  Menu mPopAbout;
+  Menu mPopSep1;
+  Menu mPopStart;
+  Menu mPopStop;
+  Menu mPopSep2;
+  Menu mPopView;
+  Menu mPopHide;
+  Menu mPopSep3;
+  Menu mPopExit;
+
+  // The panels.
+  SummaryPanel summary;
+  PeriodsPanel periods;
+  AgentsPanel agents;
+  ImportPanel import;
+  BackupPanel backup;
+  LogPanel log;
+  QuickSetupPanel quickSetup;
+
+  static constexpr const char* kBranch = "Componants.VellixControl";
+
+ protected:
+  void Design() override;
+  void Form_Load() override;
+  void Form_Unload(bool& cancel) override;
+  void Form_Activate() override;
+  void Form_Resize() override;
+  void Form_MouseMove(int16_t button, int16_t shift, double x, double y) override;
+
+ private:
+  struct TabEntry {
+    const char* key;
+    PictureBox* panel;
+    Panel* procedures;  // nullptr: no Load or Leave
+    bool hasLeave;
+  };
+
+  // The shared steps of the state machine.
+  void OfferView();
+  void OfferHide();
+  void BringToFrontStep();
+  void PutAway();
+  void SaveHidden(bool value);
+  void CommitTree();
+  void StateMonitorSteps(int32_t state, int32_t event, std::string& errorText);
+  void QuickSetupOKSteps();
+
+  [[nodiscard]] std::vector<TabEntry> TabTable();
+  [[nodiscard]] std::string Text(const std::string& suffix) const;
+  void ConnectEngine(Ref<VellixEngine> engine);
+  void LayoutAttention();
+  void UnloadOtherForm(Form* form);
+
+  Context& ctx_;
+  TrayPlatform& trayPlatform_;
+  PopupForms forms_;
+
+  std::string currentTab_;
+  int32_t controlState_ = kStateUnloaded;
+  Ref<ConfigNode> layoutNode_;
+  std::unique_ptr<TrayIcon> trayIcon_;
+  LayoutMetrics metrics_;
+  int32_t lastActivity_ = 2;
+  Date lastActivityTime_;
+  Ref<VellixEngine> mobjVellix_;
+  std::vector<Connection> vellixConnections_;
+  Ref<ConfigConnector> mobjConfigConnector_;
+  Ref<::vellix::Monitor> mobjMonitor_;
+};
+
+}  // namespace vellix

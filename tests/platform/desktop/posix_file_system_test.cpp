@@ -1,0 +1,89 @@
+#include "platform/desktop/posix_file_system.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <set>
+
+#include "foundation/text.h"
+#include "foundation/vb_error.h"
+#include "scratch_folder.h"
+
+namespace vellix::desktop {
+namespace {
+
+int32_t ErrorOf(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const VbError& e) {
+    return e.Number();
+  }
+  return 0;
+}
+
+TEST(FileSystem, CreatesOneFolderLevelAndFailsWhenTheParentIsMissing) {
+  test::ScratchFolder scratch;
+  PosixFileSystem fs{PathMapping(scratch.Path())};
+
+  EXPECT_FALSE(fs.FolderExists("C:\\Orvane Vellix Store"));
+  fs.CreateFolder("C:\\Orvane Vellix Store");
+  EXPECT_TRUE(fs.FolderExists("c:\\Orvane Vellix Store\\"));
+  EXPECT_TRUE(std::filesystem::is_directory(scratch.Path() / "drives/c/Orvane Vellix Store"));
+  EXPECT_EQ(ErrorOf([&] { fs.CreateFolder("C:\\Orvane Vellix Store"); }), 58);
+
+  // Two levels below anything that is there: nothing is made at all.
+  EXPECT_EQ(ErrorOf([&] { fs.CreateFolder("D:\\Archive\\2026"); }), 76);
+  EXPECT_FALSE(fs.FolderExists("D:\\Archive"));
+  EXPECT_TRUE(fs.FolderExists("D:\\")) << "every drive is there";
+
+  // POSIX paths are taken as they stand.
+  const auto posix = (scratch.Path() / "posix").string();
+  fs.CreateFolder(posix);
+  EXPECT_TRUE(fs.FolderExists(posix));
+  EXPECT_EQ(ErrorOf([&] { fs.CreateFolder(posix + "/a/b"); }), 76);
+
+  EXPECT_FALSE(fs.FolderExists(""));
+  EXPECT_FALSE(fs.FolderExists("   "));
+  EXPECT_EQ(ErrorOf([&] { fs.CreateFolder(""); }), 76);
+  fs.WriteTextFile("C:\\file.txt", "x");
+  EXPECT_FALSE(fs.FolderExists("C:\\file.txt"));
+  EXPECT_EQ(ErrorOf([&] { fs.CreateFolder("C:\\file.txt\\sub"); }), 76);
+}
+
+TEST(FileSystem, WritesAndDeletesTheHelpPageBesideTheTemporaryFolder) {
+  test::ScratchFolder scratch;
+  PosixFileSystem fs{PathMapping(scratch.Path())};
+
+  const auto temp = fs.GetSpecialFolder(2);
+  EXPECT_EQ(temp, "C:\\Temp");
+  EXPECT_TRUE(fs.FolderExists(temp));
+  std::set<std::string> names;
+  for (int i = 0; i < 20; ++i) {
+    auto name = fs.GetTempName();
+    EXPECT_TRUE(std::regex_match(name, std::regex("rad[0-9A-F]{5}\\.tmp"))) << name;
+    names.insert(name);
+  }
+  EXPECT_GT(names.size(), 15U) << "names are fresh";
+
+  // Joined with no separator, the file lies beside the folder, not in it.
+  const auto page = Replace(temp + fs.GetTempName(), ".tmp", ".htm");
+  fs.WriteTextFile(page, "<HTML> <\\HTML>");
+  EXPECT_TRUE(fs.FileExists(page));
+  const auto native = PathMapping(scratch.Path()).ToNative(page);
+  EXPECT_EQ(native.parent_path(), scratch.Path() / "drives/c");
+  EXPECT_EQ(test::ReadFile(native), "<HTML> <\\HTML>");
+  fs.WriteTextFile(page, "again");
+  EXPECT_EQ(test::ReadFile(native), "again") << "replaced, not appended";
+
+  fs.DeleteFile(page);
+  EXPECT_FALSE(fs.FileExists(page));
+  EXPECT_EQ(ErrorOf([&] { fs.DeleteFile(page); }), 53);
+  EXPECT_EQ(ErrorOf([&] { fs.DeleteFile(temp); }), 53) << "a folder is no file";
+  EXPECT_EQ(ErrorOf([&] { fs.WriteTextFile("C:\\Nowhere\\page.htm", "x"); }), 76);
+  EXPECT_EQ(ErrorOf([&] { fs.WriteTextFile(temp, "x"); }), 70);
+  EXPECT_TRUE(fs.FolderExists(temp)) << "the folder survives a refused write";
+  EXPECT_EQ(ErrorOf([&] { fs.GetSpecialFolder(3); }), 5);
+}
+
+}  // namespace
+}  // namespace vellix::desktop

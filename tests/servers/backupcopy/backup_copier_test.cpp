@@ -1,0 +1,374 @@
+#include "servers/backupcopy/backup_copier.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <fstream>
+#include <random>
+#include <sstream>
+
+#include "faulty_file_io.h"
+#include "foundation/vb_error.h"
+#include "pumped_host.h"
+
+namespace vellix::backupcopy {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+struct Seen {
+  int32_t code;
+  std::string data;
+};
+
+class BackupCopierTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    root = fs::path(::testing::TempDir()) /
+           ("vellix-backupcopy-" + std::to_string(::getpid()) + "-" +
+            ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    fs::remove_all(root);
+    fs::create_directories(Store());
+    fs::create_directories(Backup());
+  }
+  void TearDown() override {
+    copier.reset();
+    fs::remove_all(root);
+  }
+
+  fs::path Store() const { return root / "drives" / "x" / "Stores"; }
+  fs::path Backup() const { return root / "drives" / "x" / "Backup"; }
+
+  // A copier held as the backup manager holds it, copying in small blocks
+  // and telling every block, so a test sees many events from small files.
+  void Make(std::shared_ptr<FileIo> io = nullptr) {
+    copier = std::make_shared<BackupCopier>(host, desktop::PathMapping(root), std::move(io));
+    copier->ChunkBytes(16 << 10);
+    copier->ProgressInterval(0ms);
+    connection = copier->Status.Connect([this](int32_t& code, std::string& data, bool& cancel) {
+      seen.push_back({code, data});
+      if (code == BackupServer::kFileBegins) current = data;
+      if (onEvent) onEvent(code, data, cancel);
+    });
+  }
+
+  // A store file of pseudo-random bytes; answers its path as the logic writes it.
+  std::string Put(const std::string& name, size_t size) {
+    std::string bytes(size, '\0');
+    std::mt19937 random(static_cast<unsigned>(size) + static_cast<unsigned>(name.size()));
+    std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(random()); });
+    Write(Store() / name, bytes);
+    fs::last_write_time(Store() / name, fs::file_time_type(std::chrono::hours(24 * 365 * 30)));
+    return "X:\\Stores\\" + name;
+  }
+  void Add(const std::string& file) { copier->AddFile(file, "X:\\Backup"); }
+
+  void RunToEnd() {
+    copier->Start();
+    ASSERT_TRUE(host.PumpUntil([&] {
+      return !seen.empty() && (seen.back().code == BackupServer::kRunComplete ||
+                               seen.back().code == BackupServer::kCancelled);
+    })) << Pattern();
+  }
+
+  // The codes seen, a row of progress events shown as one "5".
+  std::string Pattern() const {
+    std::string out;
+    for (size_t i = 0; i < seen.size(); ++i) {
+      if (i > 0 && seen[i].code == 5 && seen[i - 1].code == 5) continue;
+      out += (out.empty() ? "" : " ") + std::to_string(seen[i].code);
+    }
+    return out;
+  }
+  std::vector<std::string> DataOf(int32_t code) const {
+    std::vector<std::string> out;
+    for (const auto& s : seen) {
+      if (s.code == code) out.push_back(s.data);
+    }
+    return out;
+  }
+  // The progress told for the file as given.
+  std::vector<int64_t> ProgressOf(const std::string& file) const {
+    std::vector<int64_t> out;
+    std::string now;
+    for (const auto& s : seen) {
+      if (s.code == BackupServer::kFileBegins) now = s.data;
+      if (s.code == BackupServer::kProgress && now == file) out.push_back(std::stoll(s.data));
+    }
+    return out;
+  }
+  // Temporary copies left in the backup folder.
+  long Partials() const {
+    return std::count_if(fs::directory_iterator(Backup()), {}, [](const auto& e) {
+      return e.path().filename().string().find("vellix-partial") != std::string::npos;
+    });
+  }
+  static void Write(const fs::path& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+  }
+  static std::string Read(const fs::path& path) {
+    std::ostringstream out;
+    out << std::ifstream(path, std::ios::binary).rdbuf();
+    return out.str();
+  }
+  void RunPending() {
+    host.PumpUntil([&] { return host.Pending() == 0; });
+  }
+  bool SameFile(const std::string& name) const {
+    return fs::exists(Backup() / name) && Read(Backup() / name) == Read(Store() / name);
+  }
+
+  fs::path root;
+  test::PumpedHost host;
+  std::shared_ptr<BackupCopier> copier;
+  Connection connection;
+  std::vector<Seen> seen;
+  std::string current;
+  std::function<void(int32_t, const std::string&, bool&)> onEvent;
+};
+
+TEST_F(BackupCopierTest, CopiesEveryFileInOrderWithItsContentAndDate) {
+  Make();
+  const auto a = Put("a.pst", (200 << 10) + 3);
+  const auto b = Put("b.pst", 64 << 10);
+  Put("c.pst", 5000);
+  const auto c = (Store() / "c.pst").string();  // a POSIX path works as well
+  Add(a);
+  Add(b);
+  copier->AddFile(c, Backup().string());
+  RunToEnd();
+
+  EXPECT_EQ(Pattern(), "0 2 5 3 2 5 3 2 5 3 1");
+  EXPECT_THAT(DataOf(BackupServer::kFileBegins), ::testing::ElementsAre(a, b, c));
+  EXPECT_THAT(DataOf(BackupServer::kFileComplete), ::testing::ElementsAre(a, b, c));
+  for (const auto& [file, size] : {std::pair{a, (200 << 10) + 3}, {b, 64 << 10}, {c, 5000}}) {
+    const auto progress = ProgressOf(file);
+    ASSERT_FALSE(progress.empty()) << file;
+    EXPECT_TRUE(std::is_sorted(progress.begin(), progress.end())) << file;
+    EXPECT_EQ(progress.back(), size) << file;
+  }
+  EXPECT_GT(ProgressOf(a).size(), 3U);
+  for (const char* name : {"a.pst", "b.pst", "c.pst"}) {
+    EXPECT_TRUE(SameFile(name)) << name;
+    EXPECT_EQ(fs::last_write_time(Backup() / name), fs::last_write_time(Store() / name)) << name;
+  }
+  EXPECT_EQ(Partials(), 0);
+  EXPECT_FALSE(copier->Running());
+}
+
+TEST_F(BackupCopierTest, TellsProgressSparinglyAndCopiesEmptyFiles) {
+  Make();
+  copier->ProgressInterval(1h);
+  Add(Put("big.pst", 300 << 10));
+  Add(Put("empty.pst", 0));
+  RunToEnd();
+
+  // One progress for the big file, with its whole size; none for the empty one.
+  EXPECT_EQ(Pattern(), "0 2 5 3 2 3 1");
+  EXPECT_THAT(DataOf(BackupServer::kProgress), ::testing::ElementsAre("307200"));
+  EXPECT_TRUE(SameFile("big.pst"));
+  EXPECT_TRUE(fs::exists(Backup() / "empty.pst"));
+  EXPECT_EQ(fs::file_size(Backup() / "empty.pst"), 0U);
+}
+
+TEST_F(BackupCopierTest, CopiesThroughMemoryWhenTheKernelWillNotCopy) {
+  const auto file = Put("a.pst", (3 << 20) + 17);
+  for (int refusal : {EXDEV, ENOSYS, EINVAL, EOPNOTSUPP}) {
+    auto io = std::make_shared<test::FaultyFileIo>();
+    io->refuseInKernelCopy = refusal;
+    seen.clear();
+    Make(io);
+    Add(file);
+    RunToEnd();
+    EXPECT_EQ(Pattern(), "0 2 5 3 1") << refusal;
+    EXPECT_EQ(ProgressOf(file).back(), (3 << 20) + 17) << refusal;
+    EXPECT_TRUE(SameFile("a.pst")) << refusal;
+    fs::remove(Backup() / "a.pst");
+  }
+}
+
+TEST_F(BackupCopierTest, CancelStopsTheRunAndLeavesNoPartialCopy) {
+  Make();
+  const auto a = Put("a.pst", 256 << 10);
+  const auto b = Put("b.pst", 256 << 10);
+  const auto c = Put("c.pst", 256 << 10);
+  Write(Backup() / "b.pst", "an older copy");
+  for (const auto& f : {a, b, c})
+    Add(f);
+  onEvent = [&](int32_t code, const std::string&, bool& cancel) {
+    if (code == BackupServer::kProgress && current == b) cancel = true;
+  };
+  RunToEnd();
+
+  EXPECT_EQ(Pattern(), "0 2 5 3 2 5 6");
+  EXPECT_EQ(seen.back().data, b);
+  EXPECT_EQ(ProgressOf(b).size(), 1U);  // the cancel took effect at the next event
+  EXPECT_TRUE(SameFile("a.pst"));
+  EXPECT_EQ(Read(Backup() / "b.pst"), "an older copy");
+  EXPECT_FALSE(fs::exists(Backup() / "c.pst"));
+  EXPECT_EQ(Partials(), 0);
+  copier.reset();  // waits for the worker: nothing may follow the cancel
+  EXPECT_EQ(host.Pending(), 0U);
+
+  // A cancel answered when a file is done stops before the next one, which
+  // the cancel names.
+  fs::remove(Backup() / "a.pst");
+  seen.clear();
+  Make();
+  for (const auto& f : {a, b, c})
+    Add(f);
+  onEvent = [&](int32_t code, const std::string&, bool& cancel) {
+    cancel = code == BackupServer::kFileComplete;
+  };
+  RunToEnd();
+  EXPECT_EQ(Pattern(), "0 2 5 3 6");
+  EXPECT_EQ(seen.back().data, b);
+  EXPECT_TRUE(SameFile("a.pst"));
+  EXPECT_EQ(Read(Backup() / "b.pst"), "an older copy");
+}
+
+TEST_F(BackupCopierTest, AFailedFileIsExplainedAndTheRunGoesOn) {
+  auto io = std::make_shared<test::FaultyFileIo>();
+  io->readFault = test::FaultyFileIo::Fault{"a.pst", EIO, 32 << 10};
+  io->writeFault = test::FaultyFileIo::Fault{".b.pst.vellix-partial", ENOSPC, 16 << 10};
+  Make(io);
+  const auto a = Put("a.pst", 100 << 10);
+  const auto b = Put("b.pst", 100 << 10);
+  const auto c = Put("c.pst", 100 << 10);
+  const auto d = Put("d.pst", 100 << 10);
+  Write(Backup() / "a.pst", "an older copy");
+  for (const auto& f : {a, b, c, d})
+    Add(f);
+  onEvent = [&](int32_t code, const std::string&, bool&) {
+    if (code == BackupServer::kProgress && current == c) fs::remove(Store() / "c.pst");
+  };
+  RunToEnd();
+
+  EXPECT_EQ(Pattern(), "0 2 5 4 2 5 4 2 5 4 2 5 3 1");
+  EXPECT_THAT(DataOf(BackupServer::kFileError),
+              ::testing::ElementsAre("Could not read X:\\Stores\\a.pst: Input/output error",
+                                     "Not enough space on the backup drive for X:\\Stores\\b.pst",
+                                     "X:\\Stores\\c.pst disappeared during the copy"));
+  EXPECT_EQ(Read(Backup() / "a.pst"), "an older copy");
+  EXPECT_FALSE(fs::exists(Backup() / "b.pst"));
+  EXPECT_FALSE(fs::exists(Backup() / "c.pst"));
+  EXPECT_TRUE(SameFile("d.pst"));
+  EXPECT_EQ(Partials(), 0);
+}
+
+TEST_F(BackupCopierTest, ExplainsFilesItCannotStart) {
+  auto io = std::make_shared<test::FaultyFileIo>();
+  io->freeSpace = 10;
+  Make(io);
+  const auto a = Put("a.pst", 1000);
+  Add("X:\\Stores\\none.pst");
+  copier->AddFile(a, "X:\\Nowhere");
+  Add("X:\\Stores");
+  Add(a);
+  RunToEnd();
+
+  EXPECT_EQ(Pattern(), "0 2 4 2 4 2 4 2 4 1");
+  EXPECT_THAT(DataOf(BackupServer::kFileError),
+              ::testing::ElementsAre("X:\\Stores\\none.pst could not be found",
+                                     "The backup location X:\\Nowhere could not be found",
+                                     "X:\\Stores is not a file",
+                                     "Not enough space on the backup drive for X:\\Stores\\a.pst"));
+  EXPECT_EQ(Partials(), 0);
+}
+
+TEST_F(BackupCopierTest, ACopyThatDiffersFromItsSourceNeverTakesTheFinalName) {
+  auto io = std::make_shared<test::FaultyFileIo>();
+  io->refuseInKernelCopy = EXDEV;
+  io->corruptWrites = true;
+  Make(io);
+  const auto a = Put("a.pst", 100 << 10);
+  Write(Backup() / "a.pst", "an older copy");
+  Add(a);
+  RunToEnd();
+  EXPECT_EQ(Pattern(), "0 2 5 4 1");
+  EXPECT_THAT(DataOf(BackupServer::kFileError),
+              ::testing::ElementsAre("The copy of X:\\Stores\\a.pst does not match the original"));
+  EXPECT_EQ(Read(Backup() / "a.pst"), "an older copy");
+  EXPECT_EQ(Partials(), 0);
+
+  // Without the check the same damage goes unnoticed: the check is what caught it.
+  seen.clear();
+  copier->Verify(false);
+  Add(a);
+  RunToEnd();
+  EXPECT_EQ(Pattern(), "0 2 5 3 1");
+  EXPECT_FALSE(SameFile("a.pst"));
+
+  // A source written to during the copy gives no copy either.
+  io->corruptWrites = false;
+  seen.clear();
+  const auto b = Put("b.pst", 100 << 10);
+  Add(b);
+  onEvent = [&](int32_t code, const std::string&, bool&) {
+    if (code == BackupServer::kProgress) std::ofstream(Store() / "b.pst", std::ios::app) << "x";
+  };
+  RunToEnd();
+  EXPECT_THAT(DataOf(BackupServer::kFileError),
+              ::testing::ElementsAre("X:\\Stores\\b.pst changed during the copy"));
+  EXPECT_FALSE(fs::exists(Backup() / "b.pst"));
+  EXPECT_EQ(Partials(), 0);
+}
+
+TEST_F(BackupCopierTest, OneRunAtATimeAndRunsFollowEachOther) {
+  Make();
+  RunToEnd();  // nothing added: the run still begins and completes
+  EXPECT_EQ(Pattern(), "0 1");
+
+  seen.clear();
+  Add(Put("a.pst", 64 << 10));
+  copier->Start();
+  try {
+    copier->Start();
+    ADD_FAILURE() << "a second Start while copying was accepted";
+  } catch (const VbError& e) {
+    EXPECT_EQ(e.Number(), kErrAlreadyCopying);
+  }
+  Add(Put("b.pst", 1000));  // waits for the next run
+  ASSERT_TRUE(host.PumpUntil([&] { return !seen.empty() && seen.back().code == 1; }));
+  EXPECT_EQ(Pattern(), "0 2 5 3 1");
+
+  seen.clear();
+  RunToEnd();
+  EXPECT_EQ(Pattern(), "0 2 5 3 1");
+  EXPECT_TRUE(SameFile("b.pst"));
+}
+
+TEST_F(BackupCopierTest, ReleasingTheCopierMidRunNeverHangsOrLeavesAPartialCopy) {
+  // The window stops pumping while a file is in copy, then lets the copier go.
+  Make();
+  Add(Put("a.pst", 512 << 10));
+  copier->Start();
+  ASSERT_TRUE(host.PumpUntil([&] { return !seen.empty() && seen.back().code == 5; }));
+  ASSERT_TRUE(host.WaitForPosted());
+  copier.reset();
+  RunPending();  // what was posted for the released copier does nothing
+  EXPECT_EQ(seen.back().code, BackupServer::kProgress);
+  EXPECT_FALSE(fs::exists(Backup() / "a.pst"));
+  EXPECT_EQ(Partials(), 0);
+
+  // The window releases it from inside a progress handler.
+  seen.clear();
+  Make();
+  Add("X:\\Stores\\a.pst");
+  onEvent = [&](int32_t code, const std::string&, bool&) {
+    if (code == BackupServer::kProgress) copier.reset();
+  };
+  copier->Start();
+  ASSERT_TRUE(host.PumpUntil([&] { return copier == nullptr; }));
+  RunPending();
+  EXPECT_EQ(Pattern(), "0 2 5");
+  EXPECT_FALSE(fs::exists(Backup() / "a.pst"));
+  EXPECT_EQ(Partials(), 0);
+}
+
+}  // namespace
+}  // namespace vellix::backupcopy

@@ -1,0 +1,216 @@
+// What the configuration answers: agents, lookups, defaults and settings.
+#include <string>
+#include <vector>
+
+#include "engine_fixture.h"
+#include "foundation/vb_error.h"
+
+namespace vellix::engine::test {
+namespace {
+
+std::vector<std::string> Names(const Collection<Ref<Agent>>& agents) {
+  std::vector<std::string> names;
+  for (const auto& a : agents)
+    names.push_back(a->Name());
+  return names;
+}
+
+// The number of a server failure, or 0 when the call did not fail.
+template <class Fn>
+int32_t FailureOf(Fn&& fn) {
+  try {
+    fn();
+  } catch (const VbError& e) {
+    return e.Number();
+  }
+  return 0;
+}
+
+TEST_F(EngineTest, UnknownAgentsAndPeriodsGiveNothingWithoutAnError) {
+  auto config = Config();
+  auto mail = config->CreateAgent("Received Emails");
+  EXPECT_TRUE(config->Agent("Sent Emails").IsNothing());
+  EXPECT_TRUE(config->Agent("").IsNothing());
+  EXPECT_TRUE(config->Agent("99").IsNothing());
+  EXPECT_TRUE(config->Agent("1x").IsNothing());
+  EXPECT_TRUE(config->Period("File 2024").IsNothing());
+  EXPECT_EQ(config->Watermark("Sent Emails"), Date());
+
+  // The same agent by its name in any case and by its id as text.
+  ASSERT_FALSE(config->Agent("received emails").IsNothing());
+  EXPECT_EQ(config->Agent(std::to_string(mail->Id()))->Name(), "Received Emails");
+  EXPECT_EQ(config->Agent("received emails")->Id(), mail->Id());
+  EXPECT_EQ(config->Agents().Item("RECEIVED EMAILS")->Id(), mail->Id());
+}
+
+TEST_F(EngineTest, ANewAgentGetsAFreshNameTheDocumentedDefaultsAndAnUnknownType) {
+  auto config = Config();
+  config->CreateAgent("Agent 2");
+  auto first = config->CreateAgent("");
+  auto third = config->CreateAgent("");
+  EXPECT_EQ(first->Name(), "Agent 1");
+  EXPECT_EQ(third->Name(), "Agent 3");
+  EXPECT_EQ(Names(config->Agents()), (std::vector<std::string>{"Agent 2", "Agent 1", "Agent 3"}));
+  EXPECT_NE(first->Id(), third->Id());
+
+  EXPECT_EQ(first->MonitorType(), "Unknown");
+  EXPECT_EQ(first->StoreCount(), 1);
+  EXPECT_EQ(first->StoreUnits(), "Year");
+  EXPECT_EQ(first->StoreFormat(), "'@yyyy'");
+  EXPECT_EQ(first->RemovePeriod(), 30);
+  EXPECT_EQ(first->FileAfterCount(), 1);
+  EXPECT_EQ(first->FileAfterUnits(), "Day");
+  EXPECT_FALSE(first->FileDisabled());
+  EXPECT_FALSE(first->PurgeDisabled());
+  EXPECT_TRUE(first->SubFolders());
+  EXPECT_EQ(first->PurgeNotify(), 0);
+  EXPECT_EQ(first->ImportTime(), Date());
+  EXPECT_EQ(first->Folders().Count(), 0);
+  EXPECT_EQ(first->Periods().Count(), 0);
+
+  // The first folder's type is set by the panel, and stays.
+  first->MonitorType("Calendar");
+  EXPECT_EQ(config->Agent("Agent 1")->MonitorType(), "Calendar");
+}
+
+TEST_F(EngineTest, AgentNamesStayUniqueWhateverTheCase) {
+  auto config = Config();
+  auto mail = config->CreateAgent("Received Emails");
+  auto sent = config->CreateAgent("Sent Emails");
+  EXPECT_LT(FailureOf([&] { config->CreateAgent("RECEIVED EMAILS"); }), 0);
+  EXPECT_LT(FailureOf([&] { sent->Name("received emails"); }), 0);
+  EXPECT_LT(FailureOf([&] { sent->Name("  "); }), 0);
+  EXPECT_EQ(sent->Name(), "Sent Emails");
+
+  // A rename is found by the new name, and by its id as before.
+  mail->Name("Inbox");
+  EXPECT_TRUE(config->Agent("Received Emails").IsNothing());
+  EXPECT_EQ(config->Agent("Inbox")->Id(), mail->Id());
+  mail->Name("INBOX");  // its own name in another case is no clash
+  EXPECT_EQ(config->Agent(std::to_string(mail->Id()))->Name(), "INBOX");
+}
+
+TEST_F(EngineTest, ADeletedAgentIsGoneAndItsOldObjectFailsWithAServerError) {
+  auto config = Config();
+  auto notes = config->CreateAgent("Notes");
+  const int16_t notesId = notes->Id();
+  config->CreateAgent("Tasks");
+  config->DeleteAgent("notes");
+  EXPECT_EQ(Names(config->Agents()), std::vector<std::string>{"Tasks"});
+  EXPECT_TRUE(config->Agent("Notes").IsNothing());
+  EXPECT_LT(FailureOf([&] { (void)notes->StoreCount(); }), 0);
+  EXPECT_LT(FailureOf([&] { notes->RemovePeriod(5); }), 0);
+  EXPECT_LT(FailureOf([&] { config->DeleteAgent("Notes"); }), 0);
+  // A new agent does not take the id of the deleted one, so the old object stays dead.
+  EXPECT_NE(config->CreateAgent("")->Id(), notesId);
+  EXPECT_TRUE(config->Agent(std::to_string(notesId)).IsNothing());
+}
+
+TEST_F(EngineTest, FoldersAndTheImportListKeepOneEntryPerPath) {
+  auto agent = Config()->CreateAgent("Received Emails");
+  EXPECT_TRUE(agent->AddFolder("\\\\Mailbox\\Inbox"));
+  EXPECT_FALSE(agent->AddFolder("\\\\mailbox\\inbox"));
+  EXPECT_FALSE(agent->AddFolder(""));
+  EXPECT_TRUE(agent->AddFolder("\\\\Mailbox\\Inbox\\Orders"));
+  ASSERT_EQ(agent->Folders().Count(), 2);
+  EXPECT_EQ(agent->Folders().Item(2), "\\\\Mailbox\\Inbox\\Orders");
+  agent->RemoveFolder("\\\\MAILBOX\\Inbox");
+  agent->RemoveFolder("\\\\Mailbox\\Nowhere");
+  EXPECT_EQ(agent->Folders().Values(), std::vector<std::string>{"\\\\Mailbox\\Inbox\\Orders"});
+
+  EXPECT_TRUE(agent->AddImport("\\\\Archive\\Old", false));
+  EXPECT_TRUE(agent->AddImport("\\\\Archive\\Older", true));
+  EXPECT_FALSE(agent->ImportSubFolders("\\\\Archive\\Old"));
+  EXPECT_TRUE(agent->ImportSubFolders("\\\\Archive\\Older"));
+  EXPECT_FALSE(agent->ImportSubFolders("\\\\Archive\\Unknown"));
+  // Adding again only changes the flag.
+  EXPECT_FALSE(agent->AddImport("\\\\archive\\old", true));
+  EXPECT_TRUE(agent->ImportSubFolders("\\\\Archive\\Old"));
+  agent->SetImportSubfolders("\\\\Archive\\Older", false);
+  EXPECT_FALSE(agent->ImportSubFolders("\\\\Archive\\Older"));
+  agent->RemoveImport("\\\\Archive\\Old");
+  EXPECT_EQ(agent->ImportFolders().Values(), std::vector<std::string>{"\\\\Archive\\Older"});
+}
+
+TEST_F(EngineTest, ResetConfigRemovesAgentsAndPeriodsAndRestoresTheDefaults) {
+  Configure();
+  engine->Running(true);  // makes the present period
+  auto config = Config();
+  config->CreateAgent("Calendar");
+  config->BackupEveryCount(3);
+  config->BackupUnattended(true);
+  ASSERT_TRUE(config->SetPeriodFormat("Store '@yyyy mmm'"));
+  ASSERT_EQ(config->Periods().Count(), 1);
+  const auto storeFile = Native(config->Periods().Item(1)->FileName());
+
+  config->ResetConfig();
+  EXPECT_EQ(config->Agents().Count(), 0);
+  EXPECT_EQ(config->Periods().Count(), 0);
+  EXPECT_EQ(config->BackupEveryCount(), 1);
+  EXPECT_EQ(config->BackupEveryUnits(), "Week");
+  EXPECT_FALSE(config->BackupUnattended());
+  EXPECT_EQ(config->PeriodFormat(), "File '@yyyy'");
+  EXPECT_EQ(config->StoreLocation(), "");
+  EXPECT_EQ(config->ReferenceDate(), DateSerial(2024, 1, 1));
+  EXPECT_EQ(config->CreateAgent("")->Name(), "Agent 1");
+  // The engine's own state is no setting, and no store file is ever deleted.
+  EXPECT_TRUE(engine->Configured());
+  EXPECT_TRUE(engine->Running());
+  EXPECT_TRUE(std::filesystem::exists(storeFile));
+}
+
+TEST_F(EngineTest, SetPeriodFormatRefusesAFormatThatCannotNameAStore) {
+  auto config = Config();
+  EXPECT_TRUE(config->SetPeriodFormat("File '@yyyy mmm'-'$mmm'"));
+  for (const char* bad :
+       {"", "File", "File @yyyy", "''", "File '@yyyy", "File '@dd/mm/yyyy'", "'$'", "'yyyy'"}) {
+    EXPECT_FALSE(config->SetPeriodFormat(bad)) << bad;
+  }
+  EXPECT_EQ(config->PeriodFormat(), "File '@yyyy mmm'-'$mmm'");
+  EXPECT_FALSE(log->records.empty());  // a refusal is logged with its reason
+
+  engine->RefuseSetPeriodFormat(true);
+  EXPECT_FALSE(config->SetPeriodFormat("File '@yyyy'"));
+  EXPECT_EQ(config->PeriodFormat(), "File '@yyyy mmm'-'$mmm'");
+  engine->ClearFaults();
+  EXPECT_TRUE(config->SetPeriodFormat("File '@yyyy'"));
+}
+
+TEST_F(EngineTest, BackupSettingsFollowTheClockTheIntervalAndTheFolder) {
+  auto config = Config();
+  // Never scheduled: a backup is owed.
+  EXPECT_TRUE(config->BackupDue());
+  config->NextBackup(DateTimeSerial(2024, 5, 15, 10, 31, 0));
+  EXPECT_FALSE(config->BackupDue());
+  clock.AdvanceSeconds(60);
+  EXPECT_TRUE(config->BackupDue());
+
+  EXPECT_EQ(config->BackupEverySeconds(), 7 * 86400);
+  config->BackupEveryCount(2);
+  config->BackupEveryUnits("Day");
+  EXPECT_EQ(config->BackupEverySeconds(), 2 * 86400);
+  config->BackupEveryUnits("Hours");
+  EXPECT_EQ(config->BackupEverySeconds(), 2 * 3600);
+  config->BackupEveryUnits("Month");
+  EXPECT_EQ(config->BackupEverySeconds(), 2 * 365 * 86400 / 12);
+  config->BackupEveryUnits("Fortnight");  // unknown: counted as days
+  EXPECT_EQ(config->BackupEverySeconds(), 2 * 86400);
+  config->BackupEveryCount(0);
+  EXPECT_EQ(config->BackupEverySeconds(), 86400);
+  config->BackupEveryCount(100000);
+  config->BackupEveryUnits("Year");
+  EXPECT_EQ(config->BackupEverySeconds(), 2147483647);
+
+  EXPECT_FALSE(config->BackupLocationAvailable());
+  config->BackupLocation("e:\\Backups");
+  EXPECT_FALSE(config->BackupLocationAvailable());
+  MakeFolder("e:\\Backups");
+  EXPECT_TRUE(config->BackupLocationAvailable());
+  config->BackupLocation((root / "posix-backups").string());
+  EXPECT_FALSE(config->BackupLocationAvailable());
+  std::filesystem::create_directories(root / "posix-backups");
+  EXPECT_TRUE(config->BackupLocationAvailable());
+}
+
+}  // namespace
+}  // namespace vellix::engine::test

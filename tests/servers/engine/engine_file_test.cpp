@@ -1,0 +1,222 @@
+// The engine's own file: what it keeps, and how it meets a bad file.
+#include <algorithm>
+#include <string>
+
+#include "engine_fixture.h"
+#include "servers/engine/engine_file.h"
+
+namespace vellix::engine::test {
+namespace {
+
+bool LogSays(const vellix::test::RecordingErrorLog& log, const std::string& words) {
+  return std::any_of(log.records.begin(), log.records.end(),
+                     [&](const auto& r) { return r.message.find(words) != std::string::npos; });
+}
+
+// Every field different from its default, texts with characters XML must escape.
+EngineData EveryFieldSet() {
+  EngineData d;
+  EngineSettings& s = d.settings;
+  s.configured = true;
+  s.running = true;
+  s.loggingLevel = "Verbose";
+  s.periodFormat = "File '@yyyy mmm'-'$mmm' <&>\"";
+  s.periodCount = 3;
+  s.periodUnits = "Month";
+  s.referenceDate = Date(45292.123456789012);
+  s.storeLocation = "c:\\Orvane Vellix Store";
+  s.backupLocation = "/home/u/backups";
+  s.backupEveryCount = 9;
+  s.backupEveryUnits = "Day";
+  s.nextBackup = Date(45400.5);
+  s.lastBackup = Date(45399.25);
+  s.backupPolicy = 2;
+  s.backupUnattended = true;
+  s.historyName = "Old Things";
+  d.nextAgentId = 12;
+  d.savedTime = Date(45401.75);
+
+  AgentData a;
+  a.id = 11;
+  a.name = "Received Emails";
+  a.monitorType = "Mail and Post";
+  a.folders = {"\\\\Mailbox\\Inbox", "\\\\Mailbox\\Inbox\\Sub"};
+  a.subFolders = false;
+  a.storeCount = 2;
+  a.storeUnits = "Quarter";
+  a.storeFormat = "'@MMM'-'$MMM'";
+  a.fileAfterCount = -4;
+  a.fileAfterUnits = "Hours";
+  a.fileDisabled = true;
+  a.removePeriod = 7;
+  a.purgeDisabled = true;
+  a.purgeNotify = 2;
+  a.imports = {{"\\\\Archive\\A", false}, {"\\\\Archive\\B", true}};
+  a.importTime = Date(45401.5);
+  a.itemCount = 123456;
+  a.unfiledItems = 12;
+  a.itemsToPurge = 34;
+  a.earliestStore = Date(45000.0);
+  a.mostRecentStore = Date(45300.0);
+  a.lastPurge = Date(45350.5);
+  a.lastFile = Date(45351.5);
+  a.watermark = Date(45352.5);
+  a.periods = {"File 2024 Jan-Mar"};
+  d.agents.push_back(a);
+  a.id = 3;
+  a.name = "Calendar";
+  a.folders.clear();
+  d.agents.push_back(a);
+
+  PeriodData p;
+  p.name = "File 2024 Jan-Mar";
+  p.fileName = "c:\\Orvane Vellix Store\\File 2024 Jan-Mar.pst";
+  p.start = Date(45292.0);
+  p.end = Date(45383.0);
+  p.lastBackup = Date(45390.5);
+  p.watermark = Date(45380.5);
+  p.firstEntry = Date(45293.5);
+  p.lastEntry = Date(45382.5);
+  p.itemCount = 999;
+  p.connected = false;
+  d.periods.push_back(p);
+  return d;
+}
+
+TEST(EngineFile, EveryPropertyOfEveryAgentAndPeriodRoundTrips) {
+  const EngineData data = EveryFieldSet();
+  const EngineFileRead read = ParseEngineText(EngineFileText(data));
+  ASSERT_EQ(read.outcome, EngineFileRead::Outcome::Loaded) << read.error;
+  EXPECT_TRUE(read.problems.empty());
+  EXPECT_TRUE(read.data == data);
+  // Nothing is left to defaults: a default record differs from what was read.
+  EXPECT_FALSE(read.data.agents[0] == AgentData{});
+  EXPECT_EQ(EngineFileText(read.data), EngineFileText(data));
+}
+
+TEST_F(EngineTest, WhatThePanelWritesIsThereAfterARestart) {
+  Configure();
+  auto config = Config();
+  config->BackupLocation("e:\\Backups");
+  config->BackupEveryCount(4);
+  config->BackupEveryUnits("Day");
+  config->NextBackup(Date(45500.5));
+  config->LastBackup(Date(45400.25));
+  config->BackupPolicy(2);
+  config->BackupUnattended(true);
+  config->HistoryName("History");
+  engine->LoggingLevel("Off");
+  auto agent = config->CreateAgent("Calendar");
+  agent->MonitorType("Calendar");
+  (void)agent->AddFolder("\\\\Mailbox\\Calendar");
+  agent->SubFolders(false);
+  agent->StoreCount(1);
+  agent->StoreUnits("Quarter");
+  agent->StoreFormat("'@MMM'-'$MMM'");
+  agent->FileAfterCount(3);
+  agent->FileAfterUnits("Hours");
+  agent->FileDisabled(true);
+  agent->RemovePeriod(7);
+  agent->PurgeDisabled(true);
+  agent->PurgeNotify(1);
+  (void)agent->AddImport("\\\\Archive", false);
+  agent->ImportTime(Date(45430.75));
+  engine->Running(true);
+  config->Periods().Item(1)->LastBackup(Date(45420.5));
+  const std::string before = ReadText(engineFile);
+
+  log->records.clear();
+  Restart();
+  config = Config();
+  EXPECT_TRUE(engine->Configured());
+  EXPECT_TRUE(engine->Running());
+  EXPECT_EQ(engine->LoggingLevel(), "Off");
+  EXPECT_EQ(config->BackupLocation(), "e:\\Backups");
+  EXPECT_EQ(config->BackupEveryCount(), 4);
+  EXPECT_EQ(config->NextBackup(), Date(45500.5));
+  EXPECT_EQ(config->BackupPolicy(), 2);
+  EXPECT_TRUE(config->BackupUnattended());
+  agent = config->Agent("Calendar");
+  ASSERT_FALSE(agent.IsNothing());
+  EXPECT_EQ(agent->StoreUnits(), "Quarter");
+  EXPECT_EQ(agent->StoreFormat(), "'@MMM'-'$MMM'");
+  EXPECT_EQ(agent->FileAfterUnits(), "Hours");
+  EXPECT_TRUE(agent->FileDisabled());
+  EXPECT_EQ(agent->RemovePeriod(), 7);
+  EXPECT_EQ(agent->PurgeNotify(), 1);
+  EXPECT_FALSE(agent->ImportSubFolders("\\\\Archive"));
+  EXPECT_EQ(agent->ImportTime(), Date(45430.75));
+  EXPECT_EQ(agent->Folders().Item(1), "\\\\Mailbox\\Calendar");
+  ASSERT_EQ(config->Periods().Count(), 1);
+  EXPECT_EQ(config->Periods().Item(1)->LastBackup(), Date(45420.5));
+  // The restart changed nothing, so the file is written back the same.
+  config->BackupPolicy(2);
+  EXPECT_EQ(ReadText(engineFile), before);
+  EXPECT_TRUE(log->records.empty()) << log->records.front().message;
+}
+
+TEST_F(EngineTest, AMissingEngineFileStartsAnUnconfiguredEngineAndSaysSo) {
+  // The fixture's engine started with no file at all.
+  EXPECT_FALSE(engine->Configured());
+  EXPECT_TRUE(LogSays(*log, "starts unconfigured"));
+  EXPECT_EQ(Config()->Agents().Count(), 0);
+  EXPECT_FALSE(std::filesystem::exists(engineFile));  // nothing written until something changes
+}
+
+TEST_F(EngineTest, ACorruptEngineFileIsKeptAsideAndTheEngineStartsUnconfigured) {
+  const std::string broken = "<VellixEngine FormatVersion=\"1\"><Settings Configured=\"True\"";
+  for (const std::string& text :
+       {broken, std::string("<Something/>"), std::string("<VellixEngine FormatVersion=\"7\"/>"),
+        std::string("\x00\x01\xff garbage", 12)}) {
+    WriteText(engineFile, text);
+    log->records.clear();
+    Restart();
+    EXPECT_FALSE(engine->Configured()) << text;
+    EXPECT_TRUE(LogSays(*log, "is corrupt")) << text;
+    ASSERT_EQ(log->records.size(), 1U);
+    EXPECT_EQ(log->records[0].module, "VellixEngine");
+    // What the user had is still on the disk, and a change writes a fresh file.
+    EXPECT_FALSE(std::filesystem::exists(engineFile));
+    Config()->CreateAgent("Notes");
+    EXPECT_EQ(ParseEngineText(ReadText(engineFile)).outcome, EngineFileRead::Outcome::Loaded);
+  }
+  EXPECT_EQ(ReadText(engineFile.string() + ".corrupt"), broken);
+  EXPECT_TRUE(std::filesystem::exists(engineFile.string() + ".corrupt-4"));
+}
+
+TEST_F(EngineTest, ABadValueInTheFileKeepsItsDefaultAndTheRestIsTaken) {
+  WriteText(engineFile,
+            "<VellixEngine FormatVersion=\"1\">"
+            "<Settings Configured=\"Yes\" PeriodCount=\"70000\" StoreLocation=\"c:\\S\"/>"
+            "<Agents><Agent Id=\"4\" Name=\"Notes\" RemovePeriod=\"x\" StoreCount=\"3\"/>"
+            "<Agent Id=\"5\" Name=\"notes\"/><Agent Id=\"junk\" Name=\"Tasks\"/>"
+            "<Agent Id=\"6\" Name=\"Journal\"/></Agents>"
+            "<Periods><Period Name=\"P\" ItemCount=\"1e3\"/><Period Name=\"\"/></Periods>"
+            "</VellixEngine>");
+  log->records.clear();
+  Restart();
+  auto config = Config();
+  EXPECT_FALSE(engine->Configured());
+  EXPECT_EQ(config->PeriodCount(), 1);
+  EXPECT_EQ(config->StoreLocation(), "c:\\S");
+  ASSERT_EQ(config->Agents().Count(), 2);
+  EXPECT_EQ(config->Agent("Notes")->RemovePeriod(), 30);
+  EXPECT_EQ(config->Agent("Notes")->StoreCount(), 3);
+  EXPECT_EQ(config->Agent("Journal")->Id(), 6);
+  EXPECT_EQ(config->Periods().Item(1)->ItemCount(), 0);
+  EXPECT_EQ(log->records.size(), 7U);  // one for each value or entry passed over
+  EXPECT_TRUE(LogSays(*log, "PeriodCount \"70000\""));
+  // A new agent gets an id no agent of the file had.
+  EXPECT_EQ(config->CreateAgent("")->Id(), 7);
+}
+
+TEST_F(EngineTest, AnEngineFileThatCannotBeWrittenIsLoggedAndTheValuesStay) {
+  std::filesystem::create_directories(engineFile);  // a folder where the file should be
+  auto config = Config();
+  config->BackupEveryCount(5);
+  EXPECT_EQ(config->BackupEveryCount(), 5);
+  EXPECT_TRUE(LogSays(*log, "can't be written"));
+}
+
+}  // namespace
+}  // namespace vellix::engine::test

@@ -1,0 +1,139 @@
+#include "servers/errorlog/error_log_file.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "foundation/vb_error.h"
+#include "servers/errorlog/error_log_server.h"
+
+namespace vellix {
+namespace {
+
+class ErrorLogFileTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = (std::filesystem::temp_directory_path() / "vellix-log-XXXXXX").string();
+    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
+    folder_ = pattern;
+  }
+  void TearDown() override { std::filesystem::remove_all(folder_); }
+
+  [[nodiscard]] std::vector<std::string> Lines(const std::filesystem::path& file) const {
+    std::ifstream in(file, std::ios::binary);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(in, line);)
+      lines.push_back(line);
+    return lines;
+  }
+
+  std::filesystem::path folder_;
+  ManualClock clock_{DateTimeSerial(2024, 5, 1, 9, 5, 7)};
+};
+
+TEST_F(ErrorLogFileTest, WritesOneTabSeparatedLinePerCall) {
+  const auto file = folder_ / "state" / "ErrorLog.txt";
+  ErrorLogServer server(file, clock_);
+  EXPECT_EQ(server.LogFileName(), file.string());
+  auto log = server.ErrorLog();
+  ASSERT_FALSE(log.IsNothing()) << server.OpenError();
+  log->ComponentStarted("VellixControl");
+  log->LogEvent(kProject, "frmPopup", "Form_Load", "Object variable not set", 91, "");
+  const std::string nasty = "two\tcolumns\r\nand C:\\path\\n";
+  log->LogEvent(kProject, "Startup", "Main", nasty, -5, "");
+  log->LogEvent(kProject, "Utils", "GetFolder", "with detail", 0, "more");
+  log->ObjectCreated(kProject, "TrayIcon");
+  log->ObjectDestroyed(kProject, "TrayIcon");
+  log->ComponentEnded("VellixControl");
+
+  const auto lines = Lines(file);
+  ASSERT_EQ(lines.size(), 7u);
+  EXPECT_EQ(lines[0], "2024-05-01T09:05:07\tComponentStarted\tVellixControl");
+  EXPECT_EQ(lines[1],
+            "2024-05-01T09:05:07\tVellixControl\tfrmPopup\tForm_Load\t91\tObject variable not set");
+  EXPECT_EQ(lines[2],
+            "2024-05-01T09:05:07\tVellixControl\tStartup\tMain\t-5\t"
+            "two\\tcolumns\\r\\nand C:\\\\path\\\\n");
+  EXPECT_EQ(SplitLogLine(lines[2]),
+            (std::vector<std::string>{"2024-05-01T09:05:07", "VellixControl", "Startup", "Main",
+                                      "-5", nasty}));
+  EXPECT_EQ(SplitLogLine(lines[3]).back(), "more");
+  EXPECT_EQ(lines[4], "2024-05-01T09:05:07\tObjectCreated\tVellixControl\tTrayIcon");
+  EXPECT_EQ(lines[5], "2024-05-01T09:05:07\tObjectDestroyed\tVellixControl\tTrayIcon");
+  EXPECT_EQ(lines[6], "2024-05-01T09:05:07\tComponentEnded\tVellixControl");
+
+  // A later start appends.
+  ErrorLogServer again(file, clock_);
+  again.ErrorLog()->ComponentStarted("VellixControl");
+  EXPECT_EQ(Lines(file).size(), 8u);
+}
+
+TEST_F(ErrorLogFileTest, AnUnusableLogIsReportedNeverHidden) {
+  std::ofstream(folder_ / "blocker") << "a file where a folder should be";
+  ErrorLogServer server(folder_ / "blocker" / "ErrorLog.txt", clock_);
+  EXPECT_TRUE(server.ErrorLog().IsNothing());
+  EXPECT_NE(server.OpenError().find("blocker"), std::string::npos) << server.OpenError();
+  EXPECT_EQ(server.Componant(), "OVErrorLog");
+
+  // A full disk: the failed record reaches the caller as a server failure.
+  ErrorLogFile full("/dev/full", clock_);
+  ASSERT_TRUE(full.Open(nullptr));
+  try {
+    full.LogEvent(kProject, "frmPopup", "Form_Load", "lost", 5, "");
+    ADD_FAILURE() << "a record on a full disk was taken as written";
+  } catch (const VbError& e) {
+    EXPECT_EQ(e.Number(), errorlog_error::kWriteFailed);
+  }
+}
+
+TEST_F(ErrorLogFileTest, EveryRecordWrittenBeforeAKillIsInTheFile) {
+  const auto file = folder_ / "ErrorLog.txt";
+  std::mt19937 random(7);
+  std::uniform_int_distribution<int> stopAfter(50, 400);
+  int expected = 0;
+  for (int round = 0; round < 5; ++round) {
+    int acks[2];
+    ASSERT_EQ(::pipe(acks), 0);
+    const pid_t pid = ::fork();
+    ASSERT_GE(pid, 0);
+    if (pid == 0) {
+      ::close(acks[0]);
+      ErrorLogServer server(file, clock_);
+      auto log = server.ErrorLog();
+      for (int i = expected;; ++i) {
+        log->LogEvent(kProject, "Stress", "Run", "record " + std::to_string(i) + "\tend", 0, "");
+        if (::write(acks[1], &i, sizeof i) != sizeof i) ::_exit(2);
+      }
+    }
+    ::close(acks[1]);
+    const int target = expected + stopAfter(random);
+    int acked = -1;
+    while (acked < target && ::read(acks[0], &acked, sizeof acked) == sizeof acked) {
+    }
+    ::kill(pid, SIGKILL);
+    ::waitpid(pid, nullptr, 0);
+    ::close(acks[0]);
+    ASSERT_EQ(acked, target);
+
+    // Every acknowledged record is there, whole and in order; the child may
+    // have written a few more before the kill landed.
+    const auto lines = Lines(file);
+    ASSERT_GT(static_cast<int>(lines.size()), target);
+    for (int i = 0; i < static_cast<int>(lines.size()); ++i) {
+      const auto fields = SplitLogLine(lines[i]);
+      ASSERT_EQ(fields.size(), 6u) << lines[i];
+      ASSERT_EQ(fields[5], "record " + std::to_string(i) + "\tend");
+    }
+    expected = static_cast<int>(lines.size());
+  }
+}
+
+}  // namespace
+}  // namespace vellix

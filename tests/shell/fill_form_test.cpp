@@ -1,0 +1,105 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <string>
+#include <utility>
+
+#include "support/popup/popup_world.h"
+
+namespace vellix {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+struct Rect {
+  int32_t left, top, width, height;
+  friend bool operator==(const Rect&, const Rect&) = default;
+  friend std::ostream& operator<<(std::ostream& os, const Rect& r) {
+    return os << "{" << r.left << ", " << r.top << ", " << r.width << ", " << r.height << "}";
+  }
+};
+
+Rect RectOf(const Control& c) {
+  return {c.Left(), c.Top(), c.Width(), c.Height()};
+}
+
+// A world whose layout values are set before the start.
+// The engine is configured, so that the start logs nothing but the layout's own problems.
+void SetLayout(test::PopupWorld& w, std::initializer_list<std::pair<const char*, int>> values) {
+  w.engine->Configured(true);
+  w.PresetHidden(false);
+  auto root = w.config->RootNode();
+  for (const auto& [key, value] : values) {
+    root->GetNode(key, true, "Integer", Variant(int16_t{0}))
+        ->SetContent(Variant(static_cast<int16_t>(value)));
+  }
+  root->Commit("");
+}
+
+TEST(FillForm, PlacesTheFormItsPanelsAndButtonsByTheMetrics) {
+  test::PopupWorld w;
+  SetLayout(w, {{"CommonFormat.FormLayout.Border", 100},
+                {"CommonFormat.FormLayout.RowHeight", 300},
+                {"CommonFormat.FormLayout.ButtonWidth", 1200},
+                {"CommonFormat.FormLayout.FormBLRBorder", 60},
+                {"CommonFormat.FormLayout.FormTopBorder", 400},
+                {"CommonFormat.FormLayout.TabsHeight", 350},
+                {"Componants.VellixControl.Strings.ControlPanel.PicWidth", 8000},
+                {"Componants.VellixControl.Strings.ControlPanel.PicHeight", 5000}});
+  w.Start();
+  const FrmPopup& p = w.popup;
+  // The tab strip keeps its design place (120, 120).
+  EXPECT_EQ(RectOf(p.tabControlOptions), (Rect{120, 120, 8200, 5450}));
+  EXPECT_EQ(p.Width(), 8200 + 2 * 100 + 2 * 60);
+  EXPECT_EQ(p.Height(), 5450 + 3 * 100 + 60 + 300 + 300 + 100);
+  for (const PictureBox* pic :
+       {&p.picSu, &p.picPe, &p.picAg, &p.picIm, &p.picBa, &p.picLo, &p.picAt}) {
+    EXPECT_EQ(RectOf(*pic), (Rect{220, 470, 8000, 5000})) << pic->Name();
+  }
+  EXPECT_EQ(RectOf(p.picQuickSetup), (Rect{0, 0, 8520 - 120, 6510 - 60 - 400}));
+  EXPECT_EQ(RectOf(p.picSplash), RectOf(p.picQuickSetup));
+  EXPECT_EQ(RectOf(p.cmdExit), (Rect{7120, 5670, 1200, 300}));
+  EXPECT_EQ(RectOf(p.cmdStopStart), (Rect{5820, 5670, 1200, 300}));
+  EXPECT_EQ(RectOf(p.cmdHide), (Rect{4520, 5670, 1200, 300}));
+  EXPECT_THAT(w.Problems(), IsEmpty());
+
+  // Texts come from the tree.
+  EXPECT_EQ(p.tabControlOptions.Tabs("Backup").Caption(),
+            w.Text(".Strings.ControlPanel.Backup.Tab"));
+  EXPECT_EQ(p.tabControlOptions.Tabs("Log").ToolTipText(),
+            w.Text(".Strings.ControlPanel.Log.ToolTip"));
+  EXPECT_EQ(p.cmdExit.Caption(), w.Text(".Strings.ControlPanel.cmdExit"));
+  EXPECT_EQ(p.cmdStopStart.ToolTipText(), w.Text(".Strings.ControlPanel.cmdStopStart-Tip"));
+}
+
+TEST(FillForm, ABorderOfZeroMakesControlsTouchWithoutNegativeValues) {
+  test::PopupWorld w;
+  SetLayout(w, {{"CommonFormat.FormLayout.Border", 0}});
+  w.Start();
+  for (const Control* c : w.popup.Controls()) {
+    EXPECT_GE(c->Left(), 0) << c->Name();
+    EXPECT_GE(c->Top(), 0) << c->Name();
+    EXPECT_GE(c->Width(), 0) << c->Name();
+    EXPECT_GE(c->Height(), 0) << c->Name();
+  }
+  EXPECT_EQ(w.popup.cmdStopStart.Left() + w.popup.cmdStopStart.Width(), w.popup.cmdExit.Left());
+  EXPECT_THAT(w.Problems(), IsEmpty());
+}
+
+TEST(FillForm, ASumPast32767StopsTheLayoutWithOneOverflowRecord) {
+  test::PopupWorld w;
+  SetLayout(w, {{"Componants.VellixControl.Strings.ControlPanel.PicHeight", 32600},
+                {"CommonFormat.FormLayout.TabsHeight", 350}});
+  w.Start();
+  EXPECT_THAT(w.Problems(), ElementsAre(test::LogRecord{"frmPopup", "FillForm", "Overflow", 6}));
+  // The width was set before the failing sum; nothing after it ran.
+  EXPECT_EQ(w.popup.tabControlOptions.Width(), 9600 + 2 * 120);
+  EXPECT_EQ(w.popup.cmdExit.Width(), 0);
+  // The state machine still got its Load, and the engine's report.
+  EXPECT_EQ(w.popup.ControlState(), 3);
+}
+
+}  // namespace
+}  // namespace vellix

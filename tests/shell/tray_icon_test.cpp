@@ -1,0 +1,262 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "foundation/context.h"
+#include "foundation/date.h"
+#include "foundation/form.h"
+#include "servers/config/config_tree_node.h"
+#include "shell/frm_icon_timer.h"
+#include "shell/tray_icon.h"
+#include "support/recording_error_log.h"
+#include "support/recording_tray.h"
+#include "support/scripted_host.h"
+
+namespace vellix {
+namespace {
+
+using test::LogRecord;
+using test::TrayCall;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+const std::string kA = "ProcessingA.ico";
+const std::string kB = "ProcessingB.ico";
+const std::string kFormIcon = "VellixControl.ico";
+
+class TrayIconTest : public ::testing::Test {
+ protected:
+  TrayIconTest() {
+    ctx.errorLog = log;
+    ctx.rootNode = Ref<ConfigNode>(root);
+    ctx.exeFolder = "/opt/vellix";
+    root->GetNode("Componants.VellixControl.Strings.SystemTrayTip", true, "String",
+                  Variant("- mail archiving"));
+    popup.Icon(kFormIcon);
+  }
+
+  std::unique_ptr<TrayIcon> MakeIcon(const std::string& productName = "Vellix Control") {
+    return std::make_unique<TrayIcon>(ctx, tray, iconTimer, popup, productName);
+  }
+  std::string TipFor(const std::string& productName) { return MakeIcon(productName)->Tip(); }
+
+  ManualClock clock;
+  test::ScriptedHost host{&clock};
+  Context ctx{clock, &host};
+  std::shared_ptr<test::RecordingErrorLog> log = std::make_shared<test::RecordingErrorLog>();
+  std::shared_ptr<ConfigTreeNode> root =
+      std::make_shared<ConfigTreeNode>("", ContentKind::Collection, Variant());
+  test::RecordingTray tray;
+  FrmIconTimer iconTimer{host};
+  Form popup{host, "frmPopup"};
+};
+
+TEST_F(TrayIconTest, StartsStoppedWithItsTipAndLoadsTheSixIconsBesideTheProgram) {
+  auto icon = MakeIcon();
+
+  EXPECT_EQ(icon->State(), "Stopped");
+  EXPECT_THAT(tray.calls,
+              ElementsAre(TrayCall{"Add", "Stopped.ico", "Vellix Control - mail archiving"}));
+  EXPECT_THAT(tray.loadedPaths,
+              ElementsAre("/opt/vellix\\Stopped.ico", "/opt/vellix\\Running.ico",
+                          "/opt/vellix\\ProcessingA.ico", "/opt/vellix\\ProcessingB.ico",
+                          "/opt/vellix\\BackingupA.ico", "/opt/vellix\\BackingupB.ico"));
+  EXPECT_FALSE(host.TimerRunning(iconTimer.tmrTrayIcon));
+  EXPECT_FALSE(iconTimer.tmrTrayIcon.Enabled());
+  EXPECT_TRUE(iconTimer.Loaded());
+  EXPECT_FALSE(iconTimer.Visible());
+
+  icon->State("Running");
+  EXPECT_EQ(tray.calls.back(), (TrayCall{"Modify", "Running.ico", icon->Tip()}));
+  EXPECT_THAT(log->records, IsEmpty());
+}
+
+TEST_F(TrayIconTest, ProcessingAlternatesItsTwoPicturesEveryHalfSecond) {
+  auto icon = MakeIcon();
+  icon->State("Processing");
+  EXPECT_THAT(tray.Shown(), ElementsAre(kA));
+
+  host.Advance(499);
+  EXPECT_THAT(tray.Shown(), ElementsAre(kA));
+  host.Advance(1);
+  EXPECT_THAT(tray.Shown(), ElementsAre(kA, kB));
+  host.Advance(1000);
+  EXPECT_THAT(tray.Shown(), ElementsAre(kA, kB, kA, kB));
+
+  icon->State("Running");
+  host.Advance(2000);
+  EXPECT_THAT(tray.Shown(), ElementsAre(kA, kB, kA, kB, "Running.ico"));
+}
+
+TEST_F(TrayIconTest, NextAnimationStartsWithWhicheverPictureWasNext) {
+  auto icon = MakeIcon();
+  icon->State("Processing");  // A
+  host.Advance(1000);         // B, A
+  icon->State("Running");
+  icon->State("Processing");  // not reset: B comes next
+  EXPECT_EQ(tray.Current(), kB);
+
+  // Backing up shows the processing pair and shares its turn.
+  icon->State("Stopped");
+  icon->State("Backingup");
+  EXPECT_EQ(tray.Current(), kA);
+  host.Advance(500);
+  EXPECT_EQ(tray.Current(), kB);
+  for (const auto& picture : tray.Shown()) {
+    EXPECT_NE(picture, "BackingupA.ico");
+    EXPECT_NE(picture, "BackingupB.ico");
+  }
+}
+
+TEST_F(TrayIconTest, StoppingDuringAnAnimationEndsItBeforeTheNextTick) {
+  auto icon = MakeIcon();
+  icon->State("Processing");
+  host.Advance(750);  // one tick gone, the next due in 250 ms
+  icon->State("Stopped");
+  host.Advance(5000);
+
+  EXPECT_THAT(tray.Shown(), ElementsAre(kA, kB, "Stopped.ico"));
+  EXPECT_FALSE(host.TimerRunning(iconTimer.tmrTrayIcon));
+}
+
+TEST_F(TrayIconTest, SettingProcessingAgainStepsThePictureWithoutRestartingTheCount) {
+  auto icon = MakeIcon();
+  icon->State("Processing");  // A at 0 ms
+  host.Advance(300);
+  icon->State("Processing");  // B at 300 ms
+  EXPECT_THAT(tray.Shown(), ElementsAre(kA, kB));
+
+  host.Advance(200);  // the tick due at 500 ms still comes then
+  EXPECT_THAT(tray.Shown(), ElementsAre(kA, kB, kA));
+  host.Advance(499);
+  EXPECT_THAT(tray.Shown(), ElementsAre(kA, kB, kA));
+  host.Advance(1);
+  EXPECT_THAT(tray.Shown(), ElementsAre(kA, kB, kA, kB));
+}
+
+TEST_F(TrayIconTest, AnIconFileMissingOrUnreadableMakesEveryStateShowTheFormsIcon) {
+  tray.missing = {"ProcessingB.ico"};
+  auto icon = MakeIcon();
+  EXPECT_EQ(tray.calls.front(), (TrayCall{"Add", kFormIcon, icon->Tip()}));
+
+  icon->State("Processing");
+  host.Advance(1000);  // the animation still ticks, with one steady picture
+  icon->State("Running");
+  icon->State("Backingup");
+  EXPECT_THAT(tray.Shown(), ElementsAre(kFormIcon, kFormIcon, kFormIcon, kFormIcon, kFormIcon));
+
+  // A file whose loading fails is passed over the same way, after trying all.
+  icon.reset();
+  tray = test::RecordingTray();
+  tray.failing = {"Stopped.ico"};
+  icon = MakeIcon();
+  EXPECT_EQ(tray.calls.front().picture, kFormIcon);
+  EXPECT_EQ(tray.loadedPaths.size(), 6U);
+  EXPECT_THAT(log->records, IsEmpty());
+}
+
+TEST_F(TrayIconTest, TipIsCutToSixtyThreeBytesNeverInsideACharacter) {
+  EXPECT_EQ(TipFor("Vellix"), "Vellix - mail archiving");
+
+  const std::string longName(70, 'x');
+  EXPECT_EQ(TipFor(longName), std::string(63, 'x'));
+
+  // "é" takes bytes 62 and 63: the whole character goes.
+  EXPECT_EQ(TipFor(std::string(62, 'a') + "\xC3\xA9"), std::string(62, 'a'));
+  // "€" would end at byte 64.
+  EXPECT_EQ(TipFor(std::string(61, 'a') + "\xE2\x82\xAC"), std::string(61, 'a'));
+  // A four-byte character that just fits stays whole.
+  EXPECT_EQ(TipFor(std::string(59, 'a') + "\xF0\x9F\x93\xA6"),
+            std::string(59, 'a') + "\xF0\x9F\x93\xA6");
+  EXPECT_EQ(TipFor(std::string(60, 'a') + "\xF0\x9F\x93\xA6"), std::string(60, 'a'));
+  // Broken text is cut as bytes rather than shortened without end.
+  EXPECT_EQ(TrayIcon::CutToBytes(std::string(10, 'a') + std::string(60, '\x80'), 63).size(), 63U);
+
+  // Every update sends the same tip.
+  tray.calls.clear();
+  auto icon = MakeIcon(std::string(62, 'a') + "\xC3\xA9");
+  icon->State("Processing");
+  host.Advance(500);
+  for (const auto& call : tray.calls)
+    EXPECT_EQ(call.tip, std::string(62, 'a'));
+}
+
+TEST_F(TrayIconTest, CreationAndDestructionAreRecordedAndTheIconTakenAway) {
+  auto icon = MakeIcon();
+  EXPECT_THAT(log->lifecycle, ElementsAre("ObjectCreated VellixControl TrayIcon"));
+
+  icon->State("Processing");
+  icon.reset();
+  EXPECT_THAT(log->lifecycle, ElementsAre("ObjectCreated VellixControl TrayIcon",
+                                          "ObjectDestroyed VellixControl TrayIcon"));
+  EXPECT_EQ(tray.calls.back().action, "Delete");
+  EXPECT_FALSE(host.TimerRunning(iconTimer.tmrTrayIcon));
+
+  const auto callsAtEnd = tray.calls.size();
+  iconTimer.tmrTrayIcon.Enabled(true);  // the form outlives the icon
+  host.Advance(2000);
+  EXPECT_EQ(tray.calls.size(), callsAtEnd);
+  EXPECT_THAT(log->records, IsEmpty());
+}
+
+TEST_F(TrayIconTest, AnUnknownStateIsKeptButChangesNeitherTimerNorPicture) {
+  auto icon = MakeIcon();
+  icon->State("Processing");
+  icon->State("Paused");
+  icon->State("processing");  // the texts are compared exactly
+  EXPECT_EQ(icon->State(), "processing");
+  EXPECT_THAT(tray.Shown(), ElementsAre(kA));
+  EXPECT_TRUE(host.TimerRunning(iconTimer.tmrTrayIcon));
+
+  host.Advance(1500);  // the ticks go on but show nothing for this state
+  EXPECT_THAT(tray.Shown(), ElementsAre(kA));
+}
+
+TEST_F(TrayIconTest, FailuresAreLoggedAndTheIconCarriesOn) {
+  auto icon = MakeIcon();
+  tray.failModifyWith = 5;
+  icon->State("Processing");
+  host.Advance(500);
+  EXPECT_EQ(icon->State(), "Processing");
+  EXPECT_THAT(
+      log->records,
+      ElementsAre(
+          LogRecord{"TrayIcon", "DisplayStoppedIcon", "Invalid procedure call or argument", 5},
+          LogRecord{"TrayIcon", "DisplayStoppedIcon", "Invalid procedure call or argument", 5}));
+
+  // A picture that never went out is still the next one.
+  tray.failModifyWith = 0;
+  host.Advance(500);
+  EXPECT_THAT(tray.Shown(), ElementsAre(kA));
+}
+
+TEST_F(TrayIconTest, WithoutAConfigurationTreeTheIconStillAnimates) {
+  ctx.rootNode = nullptr;
+  auto icon = MakeIcon();
+  EXPECT_THAT(tray.calls, IsEmpty());  // the tip couldn't be read, so no Add
+  ASSERT_EQ(log->records.size(), 1U);
+  EXPECT_EQ(log->records[0].procedure, "Class_Initialize");
+  EXPECT_EQ(log->records[0].number, 91);
+
+  icon->State("Processing");
+  host.Advance(500);
+  EXPECT_THAT(tray.Shown(), ElementsAre(kA, kB));
+}
+
+TEST_F(TrayIconTest, LosingTheErrorLogBeforeDestructionLeavesNoHandlerBehind) {
+  auto icon = MakeIcon();
+  icon->State("Processing");
+  const auto callsBefore = tray.calls.size();
+  ctx.errorLog = nullptr;
+  icon.reset();  // stops at the record it can't write
+
+  host.Advance(2000);  // the timer may still run, but reaches nothing
+  EXPECT_EQ(tray.calls.size(), callsBefore);
+  EXPECT_FALSE(static_cast<bool>(iconTimer.tmrTrayIcon.Tick));
+}
+
+}  // namespace
+}  // namespace vellix

@@ -1,0 +1,128 @@
+#include "support/popup/popup_world.h"
+
+#include <gtest/gtest.h>
+
+#include "foundation/control_startup.h"
+#include "servers/config/config_tree_node.h"
+#include "servers/engine/engine_server_connector.h"
+
+namespace vellix::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+fs::path Resources() {
+  return fs::path(VELLIX_SOURCE_DIR) / "resources";
+}
+
+fs::path FreshFolder() {
+  const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+  std::string name = "vellix-world";
+  if (info != nullptr) name += std::string("-") + info->test_suite_name() + "-" + info->name();
+  for (char& c : name) {
+    if (c == '/') c = '_';
+  }
+  fs::path dir = fs::temp_directory_path() / name;
+  fs::remove_all(dir);
+  fs::create_directories(dir);
+  return dir;
+}
+
+class LogConnector : public ErrorConnector {
+ public:
+  explicit LogConnector(Ref<::vellix::ErrorLog> log) : log_(std::move(log)) {}
+  Ref<::vellix::ErrorLog> ErrorLog() override { return log_; }
+  std::string LogFileName() override { return "ErrorLog.txt"; }
+  std::string Componant() override { return "ErrorLog"; }
+  std::string Version() override { return "1.0.0"; }
+
+ private:
+  Ref<::vellix::ErrorLog> log_;
+};
+
+}  // namespace
+
+PopupWorld::PopupWorld()
+    : dir(FreshFolder()),
+      popup(ctx, tray, PopupForms{&iconTimer, &predictiveStart, nullptr, nullptr}) {
+  clock.Set(DateTimeSerial(2026, 11, 22, 9, 30, 0));
+  ctx.exeFolder = Resources().string();
+  config = std::make_shared<ConfigServer>(dir / "ConfigTree.xml", Resources() / "CommonFormat.xml");
+  engine = std::make_shared<engine::EngineServer>(
+      dir / "Engine.xml", desktop::PathMapping(dir / "data"), clock, nullptr);
+}
+
+PopupWorld::~PopupWorld() {
+  std::error_code ec;
+  fs::remove_all(dir, ec);
+}
+
+void PopupWorld::PresetHidden(bool hidden) {
+  auto root = config->RootNode();
+  auto boot = CreateConfigNode();
+  if (root->GetNode("Componants.VellixControl", false, "", Variant()).IsNothing()) {
+    ASSERT_TRUE(boot->LoadFile((Resources() / ControlStartup::kBootConfigFile).string()));
+    ASSERT_TRUE(root->AttachBranch(boot, "Componants"));
+  }
+  root->GetNode("Componants.VellixControl.Hidden", true, "Boolean", Variant(true))
+      ->SetContent(Variant(hidden));
+  root->Commit("");
+}
+
+void PopupWorld::Start() {
+  ControlStartup::Main(ctx, *this, popup);
+  host.Pump();  // the event loop starts: the window's activation arrives
+}
+
+std::vector<std::string> PopupWorld::Journal() const {
+  return engine->Journal().Texts();
+}
+
+std::vector<std::string> PopupWorld::StateTrace() const {
+  std::vector<std::string> out;
+  for (const auto& r : log->records) {
+    if (r.procedure == "StateMonitor") out.push_back(r.message);
+  }
+  return out;
+}
+
+std::vector<LogRecord> PopupWorld::Problems() const {
+  std::vector<LogRecord> out;
+  for (const auto& r : log->records) {
+    if (r.procedure != "StateMonitor") out.push_back(r);
+  }
+  return out;
+}
+
+std::string PopupWorld::Text(const std::string& key) const {
+  return config->RootNode()->GetValue("Componants.VellixControl" + key).ToString();
+}
+
+std::shared_ptr<void> PopupWorld::CreateStartupHolder() {
+  return std::make_shared<int>(0);
+}
+
+Ref<ErrorConnector> PopupWorld::CreateErrorConnector() {
+  return MakeRef<LogConnector>(log);
+}
+
+Ref<ConfigConnector> PopupWorld::CreateConfigConnector() {
+  return config;
+}
+
+Ref<ConfigNode> PopupWorld::CreateConfigNode() {
+  return MakeRef<ConfigTreeNode>("", ContentKind::Collection, Variant());
+}
+
+Ref<EngineConnector> PopupWorld::CreateEngineConnector() {
+  if (!engineReachable)
+    return MakeRef<engine::EngineServerConnector>(nullptr, desktop::PathMapping(dir));
+  return MakeRef<engine::EngineServerConnector>(engine, desktop::PathMapping(dir / "data"));
+}
+
+Ref<BackupServer> PopupWorld::CreateBackupServer() {
+  return nullptr;
+}
+
+}  // namespace vellix::test
