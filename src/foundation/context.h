@@ -18,6 +18,10 @@ class EngineConnector;
 class VellixEngine;
 class ServerFactory;
 class UiHost;
+class MailProgram;
+class DesktopShell;
+class FileSystem;
+class WebBrowser;
 
 // The process-wide values of the design, in one object handed to every form
 // and helper: the servers' objects, the formats read at start-up, and where
@@ -43,6 +47,13 @@ struct Context {
   Locale locale = Locale::English();
   const Clock* clock;
   UiHost* host;  // nothing only in tests that show no window
+  // The desktop: the mail program, the shell, the file system and the web
+  // browser. Set by the application; nothing only in tests that don't use them.
+  MailProgram* mailProgram = nullptr;
+  DesktopShell* shell = nullptr;
+  FileSystem* fileSystem = nullptr;
+  WebBrowser* browser = nullptr;
+
   // The screen's twips per pixel, set by the view from the screen's density.
   int32_t twipsPerPixelX = 15;
   // The folder of the executable, where the icons and the boot file lie.

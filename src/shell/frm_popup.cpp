@@ -107,6 +107,8 @@ void FrmPopup::Design() {
   mPopHide.Caption("&Hide");
   mPopSep3.Caption("-");
   mPopExit.Caption("&Exit");
+  summary.Design();
+  quickSetup.Design();
 }
 
 std::string FrmPopup::Text(const std::string& suffix) const {
@@ -288,50 +290,33 @@ std::vector<FrmPopup::TabEntry> FrmPopup::TabTable() {
   };
 }
 
+void FrmPopup::ShowPages(bool main, bool splash, bool setup, const std::string& captionKey) {
+  for (PictureBox* pic : {&picSu, &picPe, &picAg, &picIm, &picBa}) pic->Visible(main);
+  tabControlOptions.Visible(main);
+  cmdHide.Visible(main);
+  cmdExit.Visible(main);
+  cmdStopStart.Visible(main);
+  picSplash.Visible(splash);
+  picQuickSetup.Visible(setup);
+  Caption(Text(captionKey));
+}
+
 void FrmPopup::ShowMain() {
   Frame frame(ctx_, kModule, "ShowMain");
   frame.Run([&] {
-    for (PictureBox* pic : {&picSu, &picPe, &picAg, &picIm, &picBa})
-      pic->Visible(true);
-    tabControlOptions.Visible(true);
-    cmdHide.Visible(true);
-    cmdExit.Visible(true);
-    cmdStopStart.Visible(true);
-    picSplash.Visible(false);
-    picQuickSetup.Visible(false);
-    Caption(Text(".Strings.PopupFormTitle"));
+    ShowPages(true, false, false, ".Strings.PopupFormTitle");
     FormRun(mobjVellix_->Running());
   });
 }
 
 void FrmPopup::ShowQuickSetup() {
   Frame frame(ctx_, kModule, "ShowQuickSetup");
-  frame.Run([&] {
-    for (PictureBox* pic : {&picSu, &picPe, &picAg, &picIm, &picBa})
-      pic->Visible(false);
-    tabControlOptions.Visible(false);
-    cmdHide.Visible(false);
-    cmdExit.Visible(false);
-    cmdStopStart.Visible(false);
-    picSplash.Visible(false);
-    picQuickSetup.Visible(true);
-    Caption(Text(".Strings.QuickSetup.FormCaption"));
-  });
+  frame.Run([&] { ShowPages(false, false, true, ".Strings.QuickSetup.FormCaption"); });
 }
 
 void FrmPopup::ShowSplash() {
   Frame frame(ctx_, kModule, "ShowSplash");
-  frame.Run([&] {
-    for (PictureBox* pic : {&picSu, &picPe, &picAg, &picIm, &picBa})
-      pic->Visible(false);
-    tabControlOptions.Visible(false);
-    cmdHide.Visible(false);
-    cmdExit.Visible(false);
-    cmdStopStart.Visible(false);
-    picSplash.Visible(true);
-    picQuickSetup.Visible(false);
-    Caption(Text(".Strings.PopupFormTitle"));
-  });
+  frame.Run([&] { ShowPages(false, true, false, ".Strings.PopupFormTitle"); });
 }
 
 void FrmPopup::SetupFormContext() {

@@ -170,6 +170,10 @@ class FrmPopup : public Form, public PopupShell {
   void PutAway();
   void SaveHidden(bool value);
   void CommitTree();
+  void HideTo(int32_t hiddenState);
+  void ViewFromHidden(int32_t visibleState);
+  // What the three Show procedures set alike: which pages show, and the caption.
+  void ShowPages(bool main, bool splash, bool setup, const std::string& captionKey);
   void StateMonitorSteps(int32_t state, int32_t event, std::string& errorText);
   void QuickSetupOKSteps();
 

@@ -68,6 +68,25 @@ void FrmPopup::CommitTree() {
   ctx_.rootNode->Commit("");
 }
 
+// Hide from a visible state: the window goes and the choice is kept.
+void FrmPopup::HideTo(int32_t hiddenState) {
+  OfferView();
+  SaveHidden(true);
+  PutAway();
+  controlState_ = hiddenState;
+  CommitTree();
+}
+
+// View from a hidden state: the window comes back on its Summary tab.
+void FrmPopup::ViewFromHidden(int32_t visibleState) {
+  OfferHide();
+  SaveHidden(false);
+  SetupFormContext();
+  BringToFrontStep();
+  controlState_ = visibleState;
+  CommitTree();
+}
+
 void FrmPopup::StateMonitor(int32_t event) {
   Frame frame(ctx_, "frmPopup", "Visible");
   frame.Run([&] {
@@ -107,11 +126,7 @@ void FrmPopup::StateMonitorSteps(int32_t state, int32_t event, std::string& erro
           CommitTree();
           return;
         case kEventHide:
-          OfferView();
-          SaveHidden(true);
-          PutAway();
-          controlState_ = kStateUnconfiguredHidden;
-          CommitTree();
+          HideTo(kStateUnconfiguredHidden);
           return;
         case kEventMoreConfig:
           quickSetup.SaveQuickSetup();
@@ -138,12 +153,7 @@ void FrmPopup::StateMonitorSteps(int32_t state, int32_t event, std::string& erro
     case kStateUnconfiguredHidden:
       switch (event) {
         case kEventView:
-          OfferHide();
-          SaveHidden(false);
-          SetupFormContext();
-          BringToFrontStep();
-          controlState_ = kStateUnconfiguredVisible;
-          CommitTree();
+          ViewFromHidden(kStateUnconfiguredVisible);
           return;
         case kEventExit:
           SaveHidden(false);  // Form_Unload commits
@@ -166,11 +176,7 @@ void FrmPopup::StateMonitorSteps(int32_t state, int32_t event, std::string& erro
           CommitTree();
           return;
         case kEventHide:
-          OfferView();
-          SaveHidden(true);
-          PutAway();
-          controlState_ = kStateConfiguredHidden;
-          CommitTree();
+          HideTo(kStateConfiguredHidden);
           return;
         case kEventQuickSetup:
           if (ctx_.Host().MsgBox(ctx_.rootNode
@@ -202,12 +208,7 @@ void FrmPopup::StateMonitorSteps(int32_t state, int32_t event, std::string& erro
     case kStateConfiguredHidden:
       switch (event) {
         case kEventView:
-          OfferHide();
-          SaveHidden(false);
-          SetupFormContext();
-          BringToFrontStep();
-          controlState_ = kStateConfiguredVisible;
-          CommitTree();
+          ViewFromHidden(kStateConfiguredVisible);
           return;
         case kEventExit:
           mobjVellix_->Shutdown();
@@ -236,11 +237,7 @@ void FrmPopup::StateMonitorSteps(int32_t state, int32_t event, std::string& erro
           CommitTree();
           return;
         case kEventHide:
-          OfferView();
-          SaveHidden(true);
-          PutAway();
-          controlState_ = kStateRunningHidden;
-          CommitTree();
+          HideTo(kStateRunningHidden);
           return;
         case kEventExit:
           mobjVellix_->Shutdown();
@@ -257,12 +254,7 @@ void FrmPopup::StateMonitorSteps(int32_t state, int32_t event, std::string& erro
     case kStateRunningHidden:
       switch (event) {
         case kEventView:
-          OfferHide();
-          SaveHidden(false);
-          SetupFormContext();
-          BringToFrontStep();
-          controlState_ = kStateRunningVisible;
-          CommitTree();
+          ViewFromHidden(kStateRunningVisible);
           return;
         case kEventExit:
           // Only here does the form go at once; elsewhere it waits for "Shutdown".

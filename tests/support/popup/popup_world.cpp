@@ -45,9 +45,32 @@ class LogConnector : public ErrorConnector {
 
 PopupWorld::PopupWorld()
     : dir(FreshFolder()),
+      paths(dir / "data"),
       popup(ctx, tray, PopupForms{&iconTimer, &predictiveStart, nullptr, nullptr}) {
   clock.Set(DateTimeSerial(2026, 11, 22, 9, 30, 0));
   ctx.exeFolder = Resources().string();
+  env["HOME"] = (dir / "home").string();
+  fs::create_directories(dir / "home" / "Documents");
+  auto lookup = [this](const std::string& name) -> std::optional<std::string> {
+    auto it = env.find(name);
+    if (it == env.end()) return std::nullopt;
+    return it->second;
+  };
+  mail = std::make_unique<outlook::ProfileMailProgram>(Resources() / "profiles" / "demo.xml");
+  shell = std::make_unique<desktop::XdgShell>(
+      paths,
+      [this](const std::string& title) -> std::optional<fs::path> {
+        auto chosen = host.BrowseForFolder(title);
+        if (!chosen) return std::nullopt;
+        return fs::path(*chosen);
+      },
+      lookup);
+  files = std::make_unique<desktop::PosixFileSystem>(paths);
+  browser = std::make_unique<desktop::XdgWebBrowser>(paths, lookup);
+  ctx.mailProgram = mail.get();
+  ctx.shell = shell.get();
+  ctx.fileSystem = files.get();
+  ctx.browser = browser.get();
   config = std::make_shared<ConfigServer>(dir / "ConfigTree.xml", Resources() / "CommonFormat.xml");
   engine = std::make_shared<engine::EngineServer>(
       dir / "Engine.xml", desktop::PathMapping(dir / "data"), clock, nullptr);
@@ -108,7 +131,8 @@ Ref<ErrorConnector> PopupWorld::CreateErrorConnector() {
 }
 
 Ref<ConfigConnector> PopupWorld::CreateConfigConnector() {
-  return config;
+  configSeen = std::make_shared<RecordingConfigConnector>(config);
+  return configSeen;
 }
 
 Ref<ConfigNode> PopupWorld::CreateConfigNode() {
@@ -118,7 +142,7 @@ Ref<ConfigNode> PopupWorld::CreateConfigNode() {
 Ref<EngineConnector> PopupWorld::CreateEngineConnector() {
   if (!engineReachable)
     return MakeRef<engine::EngineServerConnector>(nullptr, desktop::PathMapping(dir));
-  return MakeRef<engine::EngineServerConnector>(engine, desktop::PathMapping(dir / "data"));
+  return MakeRef<engine::EngineServerConnector>(engine, paths);
 }
 
 Ref<BackupServer> PopupWorld::CreateBackupServer() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -8,10 +9,16 @@
 #include "dialogs/frm_predictive_start.h"
 #include "foundation/context.h"
 #include "foundation/server_factory.h"
+#include "platform/desktop/path_mapping.h"
+#include "platform/desktop/posix_file_system.h"
+#include "platform/desktop/xdg_shell.h"
+#include "platform/desktop/xdg_web_browser.h"
+#include "platform/outlook/profile_mail_program.h"
 #include "servers/config/config_server.h"
 #include "servers/engine/engine_server.h"
 #include "shell/frm_icon_timer.h"
 #include "shell/frm_popup.h"
+#include "support/popup/recording_config.h"
 #include "support/recording_error_log.h"
 #include "support/recording_tray.h"
 #include "support/scripted_host.h"
@@ -50,14 +57,25 @@ class PopupWorld : public ServerFactory {
   Ref<BackupServer> CreateBackupServer() override;
 
   std::filesystem::path dir;
+  // The desktop's environment as the stand-ins read it: HOME and a documents
+  // folder below the test's folder; tests add PATH or BROWSER.
+  std::map<std::string, std::string> env;
   ManualClock clock;
   ScriptedHost host{&clock};
   Context ctx{clock, &host};
   RecordingTray tray;
   std::shared_ptr<RecordingErrorLog> log = std::make_shared<RecordingErrorLog>();
   std::shared_ptr<ConfigServer> config;
+  // What the program reaches the tree through: notes the keys it asked for
+  // and didn't find.
+  std::shared_ptr<RecordingConfigConnector> configSeen;
   std::shared_ptr<engine::EngineServer> engine;
   bool engineReachable = true;
+  desktop::PathMapping paths;
+  std::unique_ptr<outlook::ProfileMailProgram> mail;
+  std::unique_ptr<desktop::XdgShell> shell;
+  std::unique_ptr<desktop::PosixFileSystem> files;
+  std::unique_ptr<desktop::XdgWebBrowser> browser;
   FrmIconTimer iconTimer{host};
   FrmPredictiveStart predictiveStart{ctx, host};
   FrmPopup popup;

@@ -1,0 +1,54 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+#include "support/popup/popup_world.h"
+
+namespace vellix {
+namespace {
+
+using ::testing::IsEmpty;
+
+// Every key the program asks the tree for is shipped in the boot
+// configuration or the shared branch: a missing one would show as an empty
+// caption or message.
+std::set<std::string> Missing(const test::PopupWorld& w) {
+  std::set<std::string> missing = *w.configSeen->missing;
+  // The first start's probe for the branch, before it is grafted.
+  missing.erase("Componants.VellixControl");
+  return missing;
+}
+
+TEST(BootConfiguration, HoldsEveryKeyAStartAndTheTabsAskFor) {
+  test::PopupWorld w;
+  w.engine->Configured(true);
+  w.Start();
+  for (const char* tab : {"Periods", "Agents", "Import", "Backup", "Log", "Summary"}) {
+    w.popup.tabControlOptions.UserSelectTab(tab);
+  }
+  w.popup.cmdStopStart.UserClick();  // start
+  w.popup.cmdStopStart.UserClick();  // stop
+  w.popup.cmdHide.UserClick();
+  w.popup.mPopView_Click();
+  w.host.Pump();
+  EXPECT_THAT(Missing(w), IsEmpty());
+  EXPECT_THAT(w.Problems(), IsEmpty());
+}
+
+TEST(BootConfiguration, HoldsEveryKeyTheQuestionsAndMessagesUse) {
+  test::PopupWorld w;
+  w.engine->Configured(true);
+  w.Start();
+  w.host.AnswerNext(MsgResult::No);
+  w.popup.StateMonitor(kEventQuickSetup);  // the warning before quick setup
+  w.host.AnswerNext(MsgResult::Cancel);
+  w.popup.cmdExit.UserClick();  // the question before closing
+  for (const auto& prompt : w.host.Prompts())
+    EXPECT_FALSE(prompt.empty());
+  EXPECT_THAT(Missing(w), IsEmpty());
+}
+
+}  // namespace
+}  // namespace vellix
