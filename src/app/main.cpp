@@ -1,16 +1,188 @@
+#include <QApplication>
+#include <QTemporaryDir>
+#include <QWidget>
+#include <chrono>
+#include <cmath>
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
-// The window of the control panel comes with the Qt view; until then the
-// program says so and ends.
+#include "app/app_options.h"
+#include "app/app_servers.h"
+#include "app/first_paint_watch.h"
+#include "app/first_run_script.h"
+#include "app/single_instance.h"
+#include "dialogs/frm_predictive_start.h"
+#include "foundation/context.h"
+#include "foundation/control_startup.h"
+#include "foundation/date.h"
+#include "foundation/format.h"
+#include "platform/desktop/path_mapping.h"
+#include "platform/desktop/posix_file_system.h"
+#include "platform/desktop/xdg_shell.h"
+#include "platform/desktop/xdg_web_browser.h"
+#include "platform/outlook/profile_mail_program.h"
+#include "servers/config/data_paths.h"
+#include "shell/frm_icon_timer.h"
+#include "shell/frm_popup.h"
+#include "view/qt/qt_host.h"
+#include "view/qt/qt_tray.h"
+
+namespace fs = std::filesystem;
+using namespace vellix;
+
+namespace {
+
+// Where the drive letters of the logic's paths lie: the data folder given,
+// or the XDG data folder.
+fs::path DrivesRoot(const std::string& dataDir) {
+  if (!dataDir.empty()) {
+    std::error_code ec;
+    auto absolute = fs::absolute(dataDir, ec);
+    return ec ? fs::path(dataDir) : absolute;
+  }
+  if (const char* xdg = std::getenv("XDG_DATA_HOME"); xdg && fs::path(xdg).is_absolute())
+    return fs::path(xdg) / "vellix";
+  const char* home = std::getenv("HOME");
+  return fs::path(home && *home ? home : "/tmp") / ".local" / "share" / "vellix";
+}
+
+void PrintFirstPaint() {
+  const auto ns = std::chrono::duration_cast<std::chrono::nanoseconds>(
+                      std::chrono::system_clock::now().time_since_epoch())
+                      .count();
+  std::printf("first-paint-ns %lld\n", static_cast<long long>(ns));
+  std::fflush(stdout);
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
-  for (int i = 1; i < argc; ++i) {
-    if (std::strcmp(argv[i], "--version") == 0) {
-      std::printf("vellix-control %s\n", VELLIX_VERSION);
-      return 0;
+  app::AppOptions options;
+  std::string error;
+  if (!app::ParseOptions(std::vector<std::string>(argv + 1, argv + argc), options, error)) {
+    std::fprintf(stderr, "vellix-control: %s\n", error.c_str());
+    return 2;
+  }
+  if (options.help) {
+    std::fputs(app::UsageText().c_str(), stdout);
+    return 0;
+  }
+  if (options.version) {
+    std::printf("vellix-control %s\n", VELLIX_VERSION);
+    return 0;
+  }
+
+  QApplication application(argc, argv);
+  QApplication::setApplicationName("Vellix Control");
+  QApplication::setApplicationVersion(VELLIX_VERSION);
+  // The panel lives in the tray: a closed window doesn't end it, the last
+  // form unloaded does.
+  QApplication::setQuitOnLastWindowClosed(false);
+  const fs::path exeDir = QCoreApplication::applicationDirPath().toStdString();
+
+  // The scripted first start needs a first start: a fresh folder of its own
+  // unless one is given.
+  std::optional<QTemporaryDir> scratch;
+  std::string dataDir = options.dataDir;
+  if (!options.screenshot.empty() && dataDir.empty()) {
+    scratch.emplace();
+    if (!scratch->isValid()) {
+      std::fprintf(stderr, "vellix-control: unable to create a temporary data folder\n");
+      return 1;
+    }
+    dataDir = scratch->path().toStdString();
+  }
+  const DataPaths paths = ResolveDataPaths(dataDir);
+  if (!CreateDataFolders(paths, &error)) {
+    std::fprintf(stderr, "vellix-control: %s\n", error.c_str());
+    return 1;
+  }
+  const desktop::PathMapping mapping(DrivesRoot(dataDir));
+
+  app::SingleInstance instance(app::SingleInstance::NameFor(paths.configDir));
+  if (instance.AskRunningToShow()) {
+    std::printf("Vellix Control is already running; its window has been brought up.\n");
+    return 0;
+  }
+
+  qtview::QtHost host;
+  host.SetTitle("Vellix Control");
+  host.SetIconFolder(exeDir.string());
+
+  SystemClock clock;
+  Context ctx(clock, &host);
+  const fs::path profile =
+      options.profile.empty() ? exeDir / "profiles" / "demo.xml" : fs::path(options.profile);
+  outlook::ProfileMailProgram mail(profile, [](const std::string& problem) {
+    std::fprintf(stderr, "vellix-control: mail profile: %s\n", problem.c_str());
+  });
+  desktop::XdgShell shell(mapping, [&host](const std::string& title) -> std::optional<fs::path> {
+    auto chosen = host.BrowseForFolder(title);
+    if (!chosen) return std::nullopt;
+    return fs::path(*chosen);
+  });
+  desktop::PosixFileSystem files(mapping);
+  desktop::XdgWebBrowser browser(mapping);
+  app::AppServers servers(paths, exeDir / "CommonFormat.xml", mapping, clock, host);
+  ctx.exeFolder = exeDir.string();
+  ctx.locale = Locale::FromEnvironment();
+  ctx.twipsPerPixelX = static_cast<int32_t>(std::lround(host.TwipsPerPixel()));
+  ctx.mailProgram = &mail;
+  ctx.shell = &shell;
+  ctx.fileSystem = &files;
+  ctx.browser = &browser;
+  ctx.servers = &servers;
+
+  qtview::QtTray tray(
+      host, [mapping](const std::string& path) { return mapping.ToNative(path).string(); });
+  FrmIconTimer iconTimer(host);
+  FrmPredictiveStart predictiveStart(ctx, host);
+  FrmPopup popup(ctx, tray, PopupForms{&iconTimer, &predictiveStart, nullptr, nullptr});
+
+  std::unique_ptr<app::FirstRunScript> script;
+  if (!options.screenshot.empty()) {
+    script = std::make_unique<app::FirstRunScript>(host, popup, predictiveStart,
+                                                   fs::absolute(options.screenshot),
+                                                   mapping.DataRoot() / "Backups");
+    if (!script->Prepare(error)) {
+      std::fprintf(stderr, "vellix-control: %s\n", error.c_str());
+      return 1;
     }
   }
-  std::printf("Vellix Control %s: the control panel's window comes in a later step.\n",
-              VELLIX_VERSION);
-  return 0;
+  app::FirstPaintWatch firstPaint;
+  firstPaint.OnFirstPaint = [] {
+    PrintFirstPaint();
+    QCoreApplication::exit(0);
+  };
+  host.OnFormShown = [&](Form& form, QWidget& window) {
+    if (options.quitAfterFirstPaint) firstPaint.Watch(window);
+    if (script) script->FormShown(form, window);
+  };
+  host.OnLastFormUnloaded = [] { QCoreApplication::quit(); };
+
+  // A later start asks this one to show its window; it comes up as the
+  // tray menu's View would bring it.
+  if (!instance.Listen([&host, &popup] { host.Post([&popup] { popup.mPopView_Click(); }); },
+                       error)) {
+    std::fprintf(stderr, "vellix-control: %s; a second start won't find this one\n", error.c_str());
+  }
+
+  ControlStartup::Main(ctx, servers, popup);
+  if (!host.AnyFormLoaded()) {
+    std::fprintf(stderr,
+                 "vellix-control: the control panel could not start; see the error log %s\n",
+                 paths.ErrorLogFile().string().c_str());
+    return 1;
+  }
+  tray.AttachForm(popup);
+  if (script) script->Start();
+  const int code = QApplication::exec();
+  // The forms outlive the script and the watch; nothing may call them now.
+  host.OnFormShown = nullptr;
+  return script ? script->ExitCode() : code;
 }

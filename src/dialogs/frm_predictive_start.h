@@ -1,8 +1,11 @@
 #pragma once
 
+#include <string>
+
 #include "foundation/context.h"
 #include "foundation/controls.h"
 #include "foundation/form.h"
+#include "shell/layout_metrics.h"
 
 namespace vellix {
 
@@ -20,14 +23,30 @@ class FrmPredictiveStart : public Form {
   CommandButton cmdRunLater;
   CommandButton cmdRunNow;
 
+  // Size and place of the message and the two buttons, from the metrics and
+  // the dialog's texts.
+  void LayoutForm();
+  // Fills the engine's forecast into the message: "XXX" the items, "YYY" the
+  // minutes.
+  void LoadForm();
+
   void cmdRunNow_Click();
   void cmdRunLater_Click();
 
+  [[nodiscard]] const LayoutMetrics& Metrics() const { return metrics_; }
+
+  static constexpr const char* kTextNode = "Componants.VellixControl.Strings.frmPredictiveStart.";
+
  protected:
+  void Design() override;
   void Form_Load() override;
 
  private:
+  // The dialog's text of that key; Empty reads as "".
+  [[nodiscard]] std::string Text(const std::string& key) const;
+
   Context& ctx_;
+  LayoutMetrics metrics_;
   bool later_ = true;
 };
 

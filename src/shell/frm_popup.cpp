@@ -291,7 +291,8 @@ std::vector<FrmPopup::TabEntry> FrmPopup::TabTable() {
 }
 
 void FrmPopup::ShowPages(bool main, bool splash, bool setup, const std::string& captionKey) {
-  for (PictureBox* pic : {&picSu, &picPe, &picAg, &picIm, &picBa}) pic->Visible(main);
+  for (PictureBox* pic : {&picSu, &picPe, &picAg, &picIm, &picBa})
+    pic->Visible(main);
   tabControlOptions.Visible(main);
   cmdHide.Visible(main);
   cmdExit.Visible(main);

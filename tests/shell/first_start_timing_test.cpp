@@ -11,9 +11,8 @@ using ::testing::ElementsAre;
 // A user's first start: the Quick setup page shows, the user presses OK and,
 // in the forecast dialog, Run Now.
 void PressOkThenRunNow(test::PopupWorld& w) {
-  w.host.OnModal("frmPredictiveStart", [](Form& f) {
-    static_cast<FrmPredictiveStart&>(f).cmdRunNow.UserClick();
-  });
+  w.host.OnModal("frmPredictiveStart",
+                 [](Form& f) { static_cast<FrmPredictiveStart&>(f).cmdRunNow.UserClick(); });
   w.host.AnswerNext(MsgResult::OK);  // no backup folder: go on all the same
   w.popup.Get<CommandButton>("cmdOK").UserClick();
   w.host.Pump();

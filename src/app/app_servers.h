@@ -1,0 +1,62 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+
+#include "foundation/date.h"
+#include "foundation/server_factory.h"
+#include "platform/desktop/path_mapping.h"
+#include "servers/config/data_paths.h"
+
+namespace vellix {
+class ConfigServer;
+class ErrorLogServer;
+class UiHost;
+namespace engine {
+class EngineServer;
+}
+}  // namespace vellix
+
+namespace vellix::app {
+
+// The application's servers: the stand-ins of the product's other programs,
+// each made once on first request and kept for the whole process, so that
+// every part of the panel that attaches reaches the same tree, log and
+// engine.
+class AppServers final : public ServerFactory {
+ public:
+  // seedFile: the shared CommonFormat branch a first start begins with;
+  // mapping: how path texts of the logic reach the file system.
+  AppServers(DataPaths paths, std::filesystem::path seedFile, desktop::PathMapping mapping,
+             const Clock& clock, UiHost& host);
+  ~AppServers() override;
+  AppServers(const AppServers&) = delete;
+  AppServers& operator=(const AppServers&) = delete;
+
+  // Where the engine keeps its configuration: beside the tree.
+  [[nodiscard]] std::filesystem::path EngineFile() const;
+
+  std::shared_ptr<void> CreateStartupHolder() override;
+  Ref<ErrorConnector> CreateErrorConnector() override;
+  Ref<ConfigConnector> CreateConfigConnector() override;
+  Ref<ConfigNode> CreateConfigNode() override;
+  Ref<EngineConnector> CreateEngineConnector() override;
+  Ref<BackupServer> CreateBackupServer() override;
+
+  // The engine, once made; nothing before. The application stops it at exit.
+  [[nodiscard]] const std::shared_ptr<engine::EngineServer>& Engine() const { return engine_; }
+
+ private:
+  std::shared_ptr<ErrorLogServer> LogServer();
+
+  DataPaths paths_;
+  std::filesystem::path seedFile_;
+  desktop::PathMapping mapping_;
+  const Clock& clock_;
+  UiHost& host_;
+  std::shared_ptr<ErrorLogServer> errorLog_;
+  std::shared_ptr<ConfigServer> config_;
+  std::shared_ptr<engine::EngineServer> engine_;
+};
+
+}  // namespace vellix::app

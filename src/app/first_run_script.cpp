@@ -1,0 +1,232 @@
+#include "app/first_run_script.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPixmap>
+#include <QPushButton>
+#include <QTimer>
+#include <QWidget>
+#include <cctype>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+#include "dialogs/frm_predictive_start.h"
+#include "foundation/controls.h"
+#include "shell/frm_popup.h"
+#include "shell/panel.h"
+#include "view/qt/qt_host.h"
+
+namespace vellix::app {
+
+namespace {
+
+// Time for a window to lay out and paint before its picture is taken.
+constexpr int kSettleMs = 300;
+// A run that hasn't finished by then is stuck (a dialog nobody answers).
+constexpr int kWatchdogMs = 60000;
+constexpr int kPictures = 3;
+
+bool SameText(const std::string& a, const std::string& b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i) {
+    if (std::tolower(static_cast<unsigned char>(a[i])) !=
+        std::tolower(static_cast<unsigned char>(b[i])))
+      return false;
+  }
+  return true;
+}
+
+// Whether the control lies in the container, directly or further down.
+bool Inside(const Form& form, const Control& control, const std::string& container) {
+  std::string at = control.Container();
+  for (int depth = 0; !at.empty() && depth < 32; ++depth) {
+    if (SameText(at, container)) return true;
+    const auto* parent = form.Find(at);
+    if (parent == nullptr) return false;
+    at = parent->Container();
+  }
+  return false;
+}
+
+}  // namespace
+
+FirstRunScript::FirstRunScript(qtview::QtHost& host, FrmPopup& popup,
+                               FrmPredictiveStart& predictiveStart, std::filesystem::path outDir,
+                               std::filesystem::path backupFolder)
+    : host_(host),
+      popup_(popup),
+      predictiveStart_(predictiveStart),
+      outDir_(std::move(outDir)),
+      backupFolder_(std::move(backupFolder)) {}
+
+bool FirstRunScript::Prepare(std::string& error) {
+  std::error_code ec;
+  std::filesystem::create_directories(outDir_, ec);
+  if (ec) {
+    error = "Unable to create the folder " + outDir_.string() + ": " + ec.message();
+    return false;
+  }
+  std::filesystem::create_directories(backupFolder_, ec);
+  if (ec) {
+    error = "Unable to create the folder " + backupFolder_.string() + ": " + ec.message();
+    return false;
+  }
+  auto* answerer = new QTimer(this);
+  connect(answerer, &QTimer::timeout, this, [this] { AnswerMessageBoxes(); });
+  answerer->start(100);
+  QTimer::singleShot(kWatchdogMs, this, [this] {
+    std::fprintf(stderr, "vellix-control: the screenshot run is stuck at step \"%s\"\n",
+                 step_.c_str());
+    std::fflush(stdout);
+    std::fflush(stderr);
+    std::_Exit(3);
+  });
+  return true;
+}
+
+void FirstRunScript::Start() {
+  // Start-up shows the main form; should the view not report it, go on anyway.
+  QTimer::singleShot(kSettleMs * 2, this, [this] {
+    if (step_ == "start") QuickSetupStep();
+  });
+}
+
+void FirstRunScript::FormShown(Form& form, QWidget& /*window*/) {
+  if (&form == &popup_ && step_ == "start") {
+    step_ = "quick setup shown";
+    QTimer::singleShot(kSettleMs, this, [this] { QuickSetupStep(); });
+  } else if (&form == &predictiveStart_ && !predictiveSeen_) {
+    predictiveSeen_ = true;
+    QTimer::singleShot(kSettleMs, this, [this] { PredictiveStartStep(); });
+  }
+}
+
+template <class T>
+T* FirstRunScript::FindControl(Form& form, const char* name) {
+  auto* typed = dynamic_cast<T*>(form.Find(name));
+  if (typed == nullptr) Note(std::string("no control ") + name + " on " + form.Name());
+  return typed;
+}
+
+void FirstRunScript::QuickSetupStep() {
+  if (quickSetupDone_) return;
+  quickSetupDone_ = true;
+  step_ = "quick setup";
+  if (!popup_.picQuickSetup.Visible()) Note("the Quick setup page is not in view");
+  Shot(popup_, "quick-setup.png");
+
+  for (const char* name : {"chkEmails", "chkCalendar"}) {
+    if (auto* box = FindControl<CheckBox>(popup_, name); box && box->Value() != 1) box->UserClick();
+  }
+  if (auto* option = FindControl<OptionButton>(popup_, "optQuarter"); option && !option->Value())
+    option->UserClick();
+  if (auto* path = FindControl<TextBox>(popup_, "txtBackupPath")) {
+    path->UserSetText(backupFolder_.string());
+    path->UserLeave();
+  }
+  step_ = "quick setup OK";
+  if (auto* ok = FindControl<CommandButton>(popup_, "cmdOK")) {
+    // Runs the whole confirmation: the Predictive start dialog comes up
+    // modal inside this call and the step for it runs from its event loop.
+    ok->UserClick();
+  }
+  if (!predictiveSeen_) Note("the Predictive start dialog was not shown");
+  QTimer::singleShot(kSettleMs, this, [this] { SummaryStep(); });
+}
+
+void FirstRunScript::PredictiveStartStep() {
+  step_ = "predictive start";
+  Shot(predictiveStart_, "predictive-start.png");
+  if (auto* run = FindControl<CommandButton>(predictiveStart_, "cmdRunNow")) run->UserClick();
+}
+
+void FirstRunScript::SummaryStep() {
+  step_ = "summary";
+  popup_.mPopView_Click();
+  auto& tabs = popup_.tabControlOptions;
+  if (tabs.SelectedItem() == nullptr || tabs.SelectedItem()->Key() != "Summary")
+    tabs.UserSelectTab("Summary");
+  TreeView* tree = nullptr;
+  for (auto* control : popup_.Controls()) {
+    if (control->Kind() == ControlKind::TreeView && Inside(popup_, *control, "picSu")) {
+      tree = dynamic_cast<TreeView*>(control);
+      break;
+    }
+  }
+  if (tree == nullptr) {
+    Note("no tree on the Summary tab");
+  } else {
+    const TreeNode* agents = nullptr;
+    for (const auto* root : tree->Roots()) {
+      if (SameText(root->Text(), "Agents")) agents = root;
+    }
+    if (agents != nullptr)
+      tree->UserClickNode(agents->Key());
+    else
+      Note("no \"Agents\" root in " + tree->Name());
+  }
+  QTimer::singleShot(kSettleMs, this, [this] { SummaryShot(); });
+}
+
+void FirstRunScript::SummaryShot() {
+  step_ = "summary picture";
+  Shot(popup_, "summary.png");
+  Finish();
+}
+
+void FirstRunScript::Finish() {
+  if (finished_) return;
+  finished_ = true;
+  step_ = "exit";
+  for (const auto& note : notes_)
+    std::printf("screenshot: %s\n", note.c_str());
+  std::printf("screenshot: %d of %d pictures written to %s\n", written_, kPictures,
+              outDir_.string().c_str());
+  std::fflush(stdout);
+  const int code = ExitCode();
+  popup_.mPopExit_Click();
+  // Exit may stop for a question; the pictures are taken, so leave anyway.
+  QTimer::singleShot(kSettleMs * 3, this, [code] { QCoreApplication::exit(code); });
+}
+
+int FirstRunScript::ExitCode() const {
+  return written_ == kPictures ? 0 : 1;
+}
+
+bool FirstRunScript::Shot(const Form& form, const std::string& file) {
+  QWidget* window = host_.WindowOf(form);
+  if (window == nullptr) {
+    Note("no window for " + form.Name() + ", " + file + " not written");
+    return false;
+  }
+  const auto path = outDir_ / file;
+  if (!window->grab().save(QString::fromStdString(path.string()), "PNG")) {
+    Note("unable to write " + path.string());
+    return false;
+  }
+  ++written_;
+  std::printf("screenshot: wrote %s\n", path.string().c_str());
+  return true;
+}
+
+void FirstRunScript::AnswerMessageBoxes() {
+  for (QWidget* widget : QApplication::topLevelWidgets()) {
+    auto* box = qobject_cast<QMessageBox*>(widget);
+    if (box == nullptr || !box->isVisible()) continue;
+    std::printf("screenshot: message box \"%s\" answered\n", box->text().toStdString().c_str());
+    std::fflush(stdout);
+    QAbstractButton* button = box->defaultButton();
+    if (button == nullptr && !box->buttons().isEmpty()) button = box->buttons().first();
+    if (button != nullptr)
+      button->click();
+    else
+      box->done(0);
+  }
+}
+
+void FirstRunScript::Note(std::string text) {
+  notes_.push_back(std::move(text));
+}
+
+}  // namespace vellix::app

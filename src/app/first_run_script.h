@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QObject>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+class QWidget;
+
+namespace vellix {
+class Form;
+class FrmPopup;
+class FrmPredictiveStart;
+namespace qtview {
+class QtHost;
+}
+}  // namespace vellix
+
+namespace vellix::app {
+
+// --screenshot: a first start played as a user would, writing a picture of
+// each window it passes to the output folder: the Quick setup page, the
+// Predictive start dialog and the main form on its Summary tab. A control
+// that isn't there is passed over with a note, so a half-built panel still
+// gives what can be had. Message boxes on the way are answered with their
+// default button and their texts printed.
+class FirstRunScript : public QObject {
+ public:
+  FirstRunScript(qtview::QtHost& host, FrmPopup& popup, FrmPredictiveStart& predictiveStart,
+                 std::filesystem::path outDir, std::filesystem::path backupFolder);
+
+  // Before start-up: the output folder is made; false with a message when it can't be.
+  bool Prepare(std::string& error);
+  // After start-up returned: the script goes on from the event loop.
+  void Start();
+  // The view showed a form.
+  void FormShown(Form& form, QWidget& window);
+
+  // 0 when every picture was written, 1 otherwise; the notes say what was missed.
+  [[nodiscard]] int ExitCode() const;
+  [[nodiscard]] const std::vector<std::string>& Notes() const { return notes_; }
+
+ private:
+  void QuickSetupStep();
+  void PredictiveStartStep();
+  void SummaryStep();
+  void SummaryShot();
+  void Finish();
+  void AnswerMessageBoxes();
+  bool Shot(const Form& form, const std::string& file);
+  void Note(std::string text);
+  template <class T>
+  T* FindControl(Form& form, const char* name);
+
+  qtview::QtHost& host_;
+  FrmPopup& popup_;
+  FrmPredictiveStart& predictiveStart_;
+  std::filesystem::path outDir_;
+  std::filesystem::path backupFolder_;
+  std::string step_ = "start";
+  bool quickSetupDone_ = false;
+  bool predictiveSeen_ = false;
+  bool finished_ = false;
+  int written_ = 0;
+  std::vector<std::string> notes_;
+};
+
+}  // namespace vellix::app

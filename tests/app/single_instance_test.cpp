@@ -1,0 +1,62 @@
+#include "app/single_instance.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QLocalServer>
+#include <chrono>
+#include <filesystem>
+
+namespace vellix::app {
+namespace {
+
+// Runs the event loop until the condition holds; bounded, never a fixed wait.
+bool PumpUntil(const std::function<bool()>& done) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+  while (!done()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+  }
+  return true;
+}
+
+TEST(SingleInstance, ASecondStartOnTheSameDataFolderBringsUpTheFirstOne) {
+  int argc = 1;
+  char name[] = "vellix_tests_app";
+  char* argv[] = {name, nullptr};
+  QCoreApplication application(argc, argv);
+
+  const auto folder = std::filesystem::temp_directory_path() / "vellix-single-instance-test";
+  const std::string socketName = SingleInstance::NameFor(folder / "config");
+  // The same folder however it is spelled; another folder is another panel.
+  EXPECT_EQ(SingleInstance::NameFor(folder / "x" / ".." / "config"), socketName);
+  EXPECT_NE(SingleInstance::NameFor(folder / "other" / "config"), socketName);
+
+  // Nobody runs yet: the first start goes on by itself.
+  SingleInstance first(socketName);
+  EXPECT_FALSE(first.AskRunningToShow(500));
+
+  // A socket left behind by a start that crashed doesn't keep it from listening.
+  {
+    QLocalServer probe;
+    ASSERT_TRUE(probe.listen(QString::fromStdString(socketName)));
+    const QString leftOver = probe.fullServerName();
+    probe.close();
+    QFile stale(leftOver);
+    ASSERT_TRUE(stale.open(QIODevice::WriteOnly));
+  }
+  int shown = 0;
+  std::string error;
+  ASSERT_TRUE(first.Listen([&shown] { ++shown; }, error)) << error;
+
+  SingleInstance second(socketName);
+  EXPECT_TRUE(second.AskRunningToShow());
+  EXPECT_TRUE(PumpUntil([&] { return shown == 1; }));
+  SingleInstance third(socketName);
+  EXPECT_TRUE(third.AskRunningToShow());
+  EXPECT_TRUE(PumpUntil([&] { return shown == 2; }));
+}
+
+}  // namespace
+}  // namespace vellix::app

@@ -1,0 +1,164 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "foundation/config_node.h"
+#include "platform/desktop/path_mapping.h"
+#include "servers/engine/engine_server.h"
+#include "servers/engine/processing_hooks.h"
+#include "support/popup/popup_world.h"
+
+namespace vellix {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+// An engine whose first run would take a known number of items.
+class Forecast : public engine::ProcessingHooks {
+ public:
+  explicit Forecast(const int32_t* items) : items_(items) {}
+  int32_t ForecastItemCount(engine::EngineCore& /*core*/) override { return *items_; }
+
+ private:
+  const int32_t* items_;
+};
+
+class PredictiveStart : public ::testing::Test {
+ protected:
+  // A started control panel whose engine forecasts `items`.
+  void StartWith(int32_t items) {
+    forecast_ = items;
+    if (w.popup.Loaded()) return;
+    w.engine = std::make_shared<engine::EngineServer>(
+        w.dir / "Engine.xml", desktop::PathMapping(w.dir / "data"), w.clock, nullptr,
+        std::make_unique<Forecast>(&forecast_));
+    w.Start();
+    w.log->records.clear();  // the start's own unexpected "not configured" report
+  }
+
+  void SetText(const std::string& key, const Variant& value) {
+    w.config->RootNode()
+        ->GetNode(std::string(FrmPredictiveStart::kTextNode) + key, true, "String", value)
+        ->SetContent(value);
+  }
+
+  // The message the dialog shows for this rate and wording.
+  std::string MessageFor(const Variant& rate, const std::string& blank) {
+    SetText("ProcessingRatePerMin", rate);
+    SetText("BlankMessage", blank);
+    dialog().Load();
+    std::string message = dialog().lblMessage.Caption();
+    dialog().Unload();
+    return message;
+  }
+
+  FrmPredictiveStart& dialog() { return w.predictiveStart; }
+
+  test::PopupWorld w;
+  int32_t forecast_ = 0;
+};
+
+TEST_F(PredictiveStart, TheMessageTellsItemsAndWholeMinutesNeverLessThanOne) {
+  StartWith(0);
+  EXPECT_EQ(MessageFor(Variant(600), "XXX items, about YYY minutes"), "0 items, about 1 minutes");
+  EXPECT_THAT(w.Journal(), Contains("Flush"));
+
+  StartWith(59);
+  EXPECT_EQ(MessageFor(Variant(60), "XXX/YYY"), "59/1");
+  EXPECT_EQ(MessageFor(Variant("20"), "XXX/YYY"), "59/2");  // a rate written as text
+
+  // Every placeholder, in any case; without "YYY" only the count is filled in.
+  StartWith(125);
+  EXPECT_EQ(MessageFor(Variant(60), "XXX (xxx), yyy or YYY min"), "125 (125), 2 or 2 min");
+  EXPECT_EQ(MessageFor(Variant(60), "About XXX items."), "About 125 items.");
+  EXPECT_THAT(w.Problems(), IsEmpty());
+}
+
+TEST_F(PredictiveStart, ARateOfNothingIsLoggedAndTheDialogStillOpens) {
+  StartWith(125);
+  for (const Variant& rate : {Variant(0), Variant()}) {
+    w.log->records.clear();
+    SetText("ProcessingRatePerMin", rate);
+    SetText("BlankMessage", "XXX items in YYY minutes");
+    dialog().Load();
+    EXPECT_TRUE(dialog().Loaded());
+    EXPECT_EQ(dialog().lblMessage.Caption(), "XXX items in YYY minutes");
+    ASSERT_EQ(w.Problems().size(), 1U);
+    EXPECT_EQ(w.Problems()[0].module, "frmPredictiveStart");
+    EXPECT_EQ(w.Problems()[0].procedure, "LoadForm");
+    EXPECT_EQ(w.Problems()[0].number, 11);
+    EXPECT_TRUE(dialog().Later());
+    dialog().Unload();
+  }
+}
+
+TEST_F(PredictiveStart, LayoutPutsTheButtonsUnderTheMessageAtItsRightEnd) {
+  StartWith(0);
+  SetText("Width", Variant(6000));
+  dialog().Load();
+  const LayoutMetrics& m = dialog().Metrics();
+  ASSERT_GT(m.Border, 0);
+  const Label& msg = dialog().lblMessage;
+  EXPECT_EQ(dialog().Width(), 6000);
+  EXPECT_EQ(dialog().Caption(), w.Text(".Strings.frmPredictiveStart.Caption"));
+  EXPECT_EQ(msg.Left(), m.Border);
+  EXPECT_EQ(msg.Width(), 6000 - 2 * m.Border - 2 * m.FormBLRBorder);
+  EXPECT_EQ(msg.Height(), 3 * m.RowHeight);
+  const CommandButton& later = dialog().cmdRunLater;
+  const CommandButton& now = dialog().cmdRunNow;
+  EXPECT_EQ(later.Left() + later.Width(), msg.Left() + msg.Width());
+  EXPECT_EQ(later.Top(), msg.Top() + msg.Height() + m.Border);
+  EXPECT_EQ(now.Top(), later.Top());
+  EXPECT_EQ(now.Left() + now.Width() + m.Border, later.Left());
+  EXPECT_EQ(later.Width(), m.ButtonWidth);
+  EXPECT_EQ(later.Height(), m.RowHeight);
+  EXPECT_EQ(dialog().Height(),
+            later.Top() + m.RowHeight + m.Border + m.FormTopBorder + m.FormBLRBorder);
+  EXPECT_EQ(later.Caption(), w.Text(".Strings.frmPredictiveStart.cmdRunLater"));
+  EXPECT_EQ(now.Caption(), w.Text(".Strings.frmPredictiveStart.cmdRunNow"));
+  dialog().Unload();
+
+  // Where a key gives nothing the design captions stand.
+  SetText("Caption", Variant(""));
+  SetText("cmdRunNow", Variant(""));
+  dialog().Load();
+  EXPECT_EQ(dialog().Caption(), "Vellix is now configured");
+  EXPECT_EQ(dialog().cmdRunNow.Caption(), "Run Now");
+  dialog().Unload();
+}
+
+TEST_F(PredictiveStart, OnlyRunNowClearsLaterAndEachLoadStartsAgainAtLater) {
+  StartWith(0);
+  dialog().Load();
+  dialog().cmdRunNow.UserClick();
+  EXPECT_FALSE(dialog().Later());
+  EXPECT_FALSE(dialog().Loaded());
+  dialog().Load();
+  EXPECT_TRUE(dialog().Later()) << "a new load starts at Later";
+  dialog().cmdRunLater.UserClick();
+  EXPECT_TRUE(dialog().Later());
+  EXPECT_FALSE(dialog().Loaded());
+}
+
+TEST_F(PredictiveStart, ClosingItByItsFrameWaitsAndStartsNothing) {
+  StartWith(300);
+  ASSERT_EQ(w.popup.ControlState(), kStateUnconfiguredVisible);
+  // No step for the dialog: the user closes it by its frame.
+  ASSERT_TRUE(w.popup.quickSetup.txtBackupPath.UserSetText("/srv/backup"));
+  ASSERT_TRUE(w.popup.quickSetup.cmdOK.UserClick());
+  w.host.Pump();
+
+  EXPECT_THAT(w.host.History(), Contains("close frmPredictiveStart"));
+  EXPECT_THAT(w.host.Prompts(), ElementsAre(w.Text(".Strings.QuickSetup.MsgWaitingToStart")));
+  EXPECT_FALSE(w.engine->Running());
+  EXPECT_THAT(w.Journal(), Not(Contains("put Running True")));
+  EXPECT_EQ(w.popup.ControlState(), kStateConfiguredVisible);
+}
+
+}  // namespace
+}  // namespace vellix
