@@ -1,0 +1,237 @@
+#include "view/qt/form_window.h"
+
+#include <QCloseEvent>
+#include <QIcon>
+#include <QResizeEvent>
+#include <QWindowStateChangeEvent>
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include <cctype>
+#include "foundation/buttons.h"
+
+namespace vellix::qtview {
+
+namespace {
+
+std::string Lower(std::string_view text) {
+  std::string out(text);
+  std::transform(out.begin(), out.end(), out.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return out;
+}
+
+bool IsContainer(const Control& control) {
+  return control.Kind() == ControlKind::Frame || control.Kind() == ControlKind::PictureBox;
+}
+
+class CountScope {
+ public:
+  explicit CountScope(int& count) : count_(count) { ++count_; }
+  CountScope(const CountScope&) = delete;
+  CountScope& operator=(const CountScope&) = delete;
+  ~CountScope() { --count_; }
+
+ private:
+  int& count_;
+};
+
+}  // namespace
+
+FormWindow::FormWindow(Form& form, Hooks hooks) : form_(&form), hooks_(std::move(hooks)) {
+  CountScope scope(applying_);
+  setObjectName(Qs(form.Name()));
+  setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+                 Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
+  hooks_.context.restack = [this](const std::string& container) { Restack(container); };
+
+  std::unordered_set<Control*> done;
+  BuildChildren("", this, done);
+  // Controls whose container isn't a frame or picture box (a misspelt one)
+  // still show, on the form.
+  for (Control* control : form.Controls()) {
+    if (done.count(control) != 0 || control->Kind() == ControlKind::Menu) continue;
+    done.insert(control);
+    auto binding = MakeBinding(*control, this, hooks_.context);
+    if (!binding) continue;
+    widgets_[Lower(control->Name())] = binding->Widget();
+    bindings_.push_back(std::move(binding));
+  }
+  for (Control* control : form.Controls()) {
+    if (IsContainer(*control)) Restack(control->Name());
+  }
+  Restack("");
+
+  changed_ = form.OnChanged([this](Form&, std::string_view property) { OnFormChanged(property); });
+  OnFormChanged("Caption");
+  OnFormChanged("Icon");
+  ApplySize();
+}
+
+FormWindow::~FormWindow() {
+  // Bindings first, while the widgets they watch still exist.
+  bindings_.clear();
+}
+
+void FormWindow::BuildChildren(const std::string& container, QWidget* parent,
+                               std::unordered_set<Control*>& done) {
+  for (Control* control : form_->ChildrenOf(container)) {
+    if (done.count(control) != 0) continue;
+    done.insert(control);
+    auto binding = MakeBinding(*control, parent, hooks_.context);
+    if (!binding) continue;
+    QWidget* widget = binding->Widget();
+    widgets_[Lower(control->Name())] = widget;
+    bindings_.push_back(std::move(binding));
+    if (IsContainer(*control)) BuildChildren(control->Name(), widget, done);
+  }
+}
+
+void FormWindow::Detach() {
+  if (form_ == nullptr) return;
+  changed_.Disconnect();
+  for (auto& binding : bindings_)
+    binding->Detach();
+  form_ = nullptr;
+}
+
+QWidget* FormWindow::WidgetOf(std::string_view name) const {
+  auto it = widgets_.find(Lower(name));
+  return it == widgets_.end() ? nullptr : it->second;
+}
+
+void FormWindow::ShowAsModel() {
+  CountScope scope(applying_);
+  switch (form_ == nullptr ? 0 : form_->WindowState()) {
+    case 1:
+      showMinimized();
+      break;
+    case 2:
+      showMaximized();
+      break;
+    default:
+      showNormal();
+      break;
+  }
+  ApplyFocus();
+}
+
+void FormWindow::Restack(const std::string& container) {
+  if (form_ == nullptr) return;
+  std::vector<Control*> children = form_->ChildrenOf(container);
+  std::stable_sort(children.begin(), children.end(),
+                   [](const Control* a, const Control* b) { return a->ZIndex() < b->ZIndex(); });
+  for (Control* child : children) {
+    if (QWidget* widget = WidgetOf(child->Name())) widget->raise();
+  }
+}
+
+void FormWindow::OnFormChanged(std::string_view property) {
+  if (form_ == nullptr) return;
+  CountScope scope(applying_);
+  if (property == "Caption") {
+    setWindowTitle(Qs(form_->Caption()));
+  } else if (property == "Width" || property == "Height") {
+    ApplySize();
+  } else if (property == "Left" || property == "Top") {
+    move(static_cast<int>(form_->Left() / hooks_.context.twipsPerPixel),
+         static_cast<int>(form_->Top() / hooks_.context.twipsPerPixel));
+  } else if (property == "WindowState") {
+    ApplyWindowState();
+  } else if (property == "Icon") {
+    const QPixmap pixmap = hooks_.context.picture && !form_->Icon().empty()
+                               ? hooks_.context.picture(form_->Icon())
+                               : QPixmap();
+    setWindowIcon(pixmap.isNull() ? QIcon() : QIcon(pixmap));
+  } else if (property == "ActiveControl") {
+    ApplyFocus();
+  }
+}
+
+void FormWindow::ApplySize() {
+  const double tpp = hooks_.context.twipsPerPixel;
+  const int width = std::max(0, form_->Width() - 2 * kFrameSideTwips);
+  const int height = std::max(0, form_->Height() - kFrameTopTwips - kFrameSideTwips);
+  resize(static_cast<int>(std::lround(width / tpp)), static_cast<int>(std::lround(height / tpp)));
+}
+
+void FormWindow::ApplyWindowState() {
+  if (!isVisible()) return;
+  const int32_t state = form_->WindowState();
+  if (state == 1 && !isMinimized()) {
+    showMinimized();
+  } else if (state == 2 && !isMaximized()) {
+    showMaximized();
+  } else if (state == 0 && (isMinimized() || isMaximized())) {
+    showNormal();
+  }
+}
+
+void FormWindow::ApplyFocus() {
+  Control* active = form_ == nullptr ? nullptr : form_->ActiveControl();
+  if (active == nullptr) return;
+  if (QWidget* widget = WidgetOf(active->Name())) {
+    if (!widget->hasFocus()) widget->setFocus(Qt::OtherFocusReason);
+  }
+}
+
+bool FormWindow::event(QEvent* event) {
+  if (event->type() == QEvent::WindowActivate && form_ != nullptr && hooks_.activated) {
+    Form& form = *form_;
+    RunGuarded("activate", [&] { hooks_.activated(form); });
+  }
+  return QDialog::event(event);
+}
+
+void FormWindow::closeEvent(QCloseEvent* event) {
+  if (form_ == nullptr) {
+    event->accept();
+    return;
+  }
+  Form& form = *form_;
+  RunGuarded("close", [&] { form.UserClose(); });
+  // Unloaded: the host has taken the window away already. Kept (a handler
+  // cancelled, or hid the form instead): the window stays as the model says.
+  if (form_ == nullptr) {
+    event->accept();
+  } else {
+    event->ignore();
+  }
+}
+
+void FormWindow::changeEvent(QEvent* event) {
+  QDialog::changeEvent(event);
+  if (event->type() != QEvent::WindowStateChange || form_ == nullptr || applying_ > 0) return;
+  const int32_t state = isMinimized() ? 1 : isMaximized() ? 2 : 0;
+  if (state == form_->WindowState()) return;
+  Form& form = *form_;
+  RunGuarded("window state", [&] { form.UserWindowState(state); });
+}
+
+void FormWindow::resizeEvent(QResizeEvent* event) {
+  QDialog::resizeEvent(event);
+  if (form_ == nullptr || applying_ > 0 || !event->spontaneous() || isMinimized()) return;
+  const double tpp = hooks_.context.twipsPerPixel;
+  const auto width =
+      static_cast<int32_t>(std::lround(event->size().width() * tpp)) + 2 * kFrameSideTwips;
+  const auto height = static_cast<int32_t>(std::lround(event->size().height() * tpp)) +
+                      kFrameTopTwips + kFrameSideTwips;
+  // The model's size rounds to whole pixels here; only a real change counts.
+  if (std::abs(width - form_->Width()) < tpp && std::abs(height - form_->Height()) < tpp) return;
+  Form& form = *form_;
+  RunGuarded("resize", [&] { form.UserResize(width, height); });
+}
+
+void FormWindow::reject() {
+  if (form_ == nullptr) return;
+  for (Control* control : form_->Controls()) {
+    auto* button = dynamic_cast<CommandButton*>(control);
+    if (button != nullptr && button->Cancel() && button->Reachable()) {
+      RunGuarded("cancel", [button] { button->UserClick(); });
+      return;
+    }
+  }
+}
+
+}  // namespace vellix::qtview

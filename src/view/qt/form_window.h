@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QDialog>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "foundation/event.h"
+#include "foundation/form.h"
+#include "view/qt/control_binding.h"
+
+namespace vellix::qtview {
+
+// The window of one loaded form: a dialog holding a widget per control,
+// placed at the control's rectangle. The form's own caption, size, icon and
+// window state follow the model; the user's close box, resizing, minimising
+// and activation go to the model's entry points.
+class FormWindow : public QDialog {
+ public:
+  struct Hooks {
+    RenderContext context;
+    // The window became the active one.
+    std::function<void(Form&)> activated;
+  };
+
+  // Window frame around the client area, in twips, as the forms' layout
+  // counts it: the form's Width and Height include it.
+  static constexpr int kFrameSideTwips = 120;
+  static constexpr int kFrameTopTwips = 500;
+
+  FormWindow(Form& form, Hooks hooks);
+  ~FormWindow() override;
+
+  // The model, or nullptr once detached.
+  [[nodiscard]] Form* Model() const { return form_; }
+  // The form has been unloaded or is going: the window makes no more calls
+  // into it and ignores its changes.
+  void Detach();
+  // The widget of a control by name (any case); nullptr for none.
+  [[nodiscard]] QWidget* WidgetOf(std::string_view name) const;
+  // Shows the window in the model's window state.
+  void ShowAsModel();
+
+ protected:
+  bool event(QEvent* event) override;
+  void closeEvent(QCloseEvent* event) override;
+  void changeEvent(QEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  // Escape presses the model's Cancel button; neither hides the window behind
+  // the model's back.
+  void reject() override;
+  void accept() override {}
+
+ private:
+  void BuildChildren(const std::string& container, QWidget* parent,
+                     std::unordered_set<Control*>& done);
+  void Restack(const std::string& container);
+  void OnFormChanged(std::string_view property);
+  void ApplySize();
+  void ApplyWindowState();
+  void ApplyFocus();
+
+  Form* form_;
+  Hooks hooks_;
+  Connection changed_;
+  std::vector<std::unique_ptr<ControlBinding>> bindings_;
+  std::unordered_map<std::string, QWidget*> widgets_;  // by lower-case name
+  int applying_ = 0;
+};
+
+}  // namespace vellix::qtview

@@ -1,0 +1,225 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSignalSpy>
+#include <QTabBar>
+#include <QTableWidget>
+#include <QTest>
+#include <QToolButton>
+#include <QTreeWidget>
+
+#include "sample_form.h"
+#include "view/qt/qt_host.h"
+
+namespace vellix::test {
+namespace {
+
+using ::testing::ElementsAre;
+
+class FormRendering : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    form.Show();
+    window = host.WindowOf(form);
+    ASSERT_NE(window, nullptr);
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+    form.log.clear();
+  }
+  void TearDown() override { form.Unload(); }
+
+  template <class W>
+  W* Find(const char* name) {
+    auto* widget = window->findChild<W*>(QString::fromLatin1(name));
+    EXPECT_NE(widget, nullptr) << name;
+    return widget;
+  }
+
+  qtview::QtHost host;
+  SampleForm form{host};
+  QWidget* window = nullptr;
+};
+
+TEST_F(FormRendering, ClickOnRenderedButtonRunsTheModelsHandler) {
+  auto* button = Find<QPushButton>("cmdGo");
+  ASSERT_NE(button, nullptr);
+  EXPECT_EQ(button->text(), "&Go");
+  QTest::mouseClick(button, Qt::LeftButton);
+  EXPECT_THAT(form.log, ElementsAre("cmdGo_Click"));
+
+  // A disabled control is disabled on screen and its click reaches nothing.
+  form.cmdGo.Enabled(false);
+  EXPECT_FALSE(button->isEnabled());
+  QTest::mouseClick(button, Qt::LeftButton);
+  EXPECT_THAT(form.log, ElementsAre("cmdGo_Click"));
+}
+
+TEST_F(FormRendering, TypingIntoTextBoxAndLeavingRunsChangeThenLostFocus) {
+  auto* edit = Find<QLineEdit>("txtName");
+  auto* button = Find<QPushButton>("cmdGo");
+  ASSERT_TRUE(edit && button);
+  edit->setFocus(Qt::MouseFocusReason);
+  QTest::keyClicks(edit, "ab");
+  button->setFocus(Qt::TabFocusReason);
+  EXPECT_THAT(form.log, ElementsAre("txtName_Change a", "txtName_Change ab", "txtName_LostFocus"));
+  EXPECT_EQ(form.txtName.Text(), "ab");
+  EXPECT_EQ(form.ActiveControl(), &form.cmdGo);
+}
+
+TEST_F(FormRendering, ModelChangesShowInTheWidgets) {
+  auto* edit = Find<QLineEdit>("txtName");
+  auto* label = Find<QLabel>("lblInfo");
+  auto* check = Find<QCheckBox>("chkOn");
+  auto* combo = Find<QComboBox>("cboKind");
+  ASSERT_TRUE(edit && label && check && combo);
+
+  // Setting a text in code raises Change once; the widget's update doesn't
+  // come back as a second one.
+  form.txtName.Text("Archive");
+  EXPECT_EQ(edit->text(), "Archive");
+  EXPECT_THAT(form.log, ElementsAre("txtName_Change Archive"));
+
+  EXPECT_EQ(label->text(), "Name:");
+  form.lblInfo.Caption("Fish && Chips");
+  EXPECT_EQ(label->text(), "Fish & Chips");
+
+  form.chkOn.Value(CheckBox::kGrayed);
+  EXPECT_EQ(check->checkState(), Qt::PartiallyChecked);
+  form.chkOn.Value(CheckBox::kChecked);
+  EXPECT_EQ(check->checkState(), Qt::Checked);
+
+  form.cboKind.AddItem("Monthly");
+  form.cboKind.ListIndex(2);
+  EXPECT_EQ(combo->count(), 3);
+  EXPECT_EQ(combo->currentText(), "Monthly");
+  EXPECT_FALSE(combo->isEditable());
+
+  // Twips to pixels at the screen's resolution.
+  const double tpp = host.TwipsPerPixel();
+  form.txtName.Move(1500, 3000, 1500, 450);
+  EXPECT_EQ(edit->geometry(),
+            QRect(qRound(1500 / tpp), qRound(3000 / tpp), qRound(1500 / tpp), qRound(450 / tpp)));
+  form.txtName.Visible(false);
+  EXPECT_TRUE(edit->isHidden());
+  form.txtName.ToolTipText("Who");
+  EXPECT_EQ(edit->toolTip(), "Who");
+
+  // Controls of a frame lie in its box.
+  auto* option = Find<QRadioButton>("optA");
+  ASSERT_NE(option, nullptr);
+  auto* frame = Find<QGroupBox>("fraChoice");
+  EXPECT_EQ(option->parentWidget(), frame);
+
+  // Bringing a control to the front stacks its widget above its siblings.
+  auto* other = Find<QRadioButton>("optB");
+  ASSERT_TRUE(frame && other);
+  const auto stacking = [frame](QObject* w) { return frame->children().indexOf(w); };
+  EXPECT_LT(stacking(option), stacking(other));
+  form.optA.ZOrder(0);
+  EXPECT_GT(stacking(option), stacking(other));
+
+  form.Caption("Renamed");
+  EXPECT_EQ(window->windowTitle(), "Renamed");
+}
+
+TEST_F(FormRendering, TabChangeVetoedByTheModelLeavesTheTabBarWhereItWas) {
+  auto* bar = Find<QTabBar>("tabMain");
+  ASSERT_NE(bar, nullptr);
+  ASSERT_EQ(bar->count(), 2);
+  EXPECT_EQ(bar->tabText(1), "Agents");
+
+  form.vetoTabs = true;
+  QTest::mouseClick(bar, Qt::LeftButton, {}, bar->tabRect(1).center());
+  EXPECT_EQ(bar->currentIndex(), 0);
+  EXPECT_EQ(form.tabMain.SelectedItem()->Key(), "summary");
+  EXPECT_THAT(form.log, ElementsAre("tabMain_BeforeClick"));
+
+  form.vetoTabs = false;
+  form.log.clear();
+  QTest::mouseClick(bar, Qt::LeftButton, {}, bar->tabRect(1).center());
+  EXPECT_EQ(bar->currentIndex(), 1);
+  EXPECT_THAT(form.log, ElementsAre("tabMain_BeforeClick", "tabMain_Click agents"));
+
+  // Selecting in code moves the bar too.
+  form.tabMain.Tabs("summary").Selected(true);
+  EXPECT_EQ(bar->currentIndex(), 0);
+}
+
+TEST_F(FormRendering, UserActionsOnValueControlsReachTheModel) {
+  auto* check = Find<QCheckBox>("chkOn");
+  auto* optA = Find<QRadioButton>("optA");
+  auto* optB = Find<QRadioButton>("optB");
+  auto* combo = Find<QComboBox>("cboKind");
+  auto* up = Find<QToolButton>("udCount.Up");
+  auto* count = Find<QLineEdit>("txtCount");
+  ASSERT_TRUE(check && optA && optB && combo && up && count);
+
+  // On the box itself: the caption is shorter than the control.
+  const auto onBox = [](QWidget* w) { return QPoint(6, w->height() / 2); };
+  QTest::mouseClick(check, Qt::LeftButton, {}, onBox(check));
+  EXPECT_EQ(form.chkOn.Value(), CheckBox::kChecked);
+  EXPECT_EQ(check->checkState(), Qt::Checked);
+
+  // Option buttons of one frame: the model keeps one on, and the widgets follow.
+  QTest::mouseClick(optA, Qt::LeftButton, {}, onBox(optA));
+  QTest::mouseClick(optB, Qt::LeftButton, {}, onBox(optB));
+  EXPECT_FALSE(form.optA.Value());
+  EXPECT_TRUE(optB->isChecked());
+  EXPECT_FALSE(optA->isChecked());
+  // Clicking the one that is on keeps it on.
+  QTest::mouseClick(optB, Qt::LeftButton, {}, onBox(optB));
+  EXPECT_TRUE(optB->isChecked());
+
+  Q_EMIT combo->activated(1);
+  EXPECT_EQ(form.cboKind.ListIndex(), 1);
+
+  QTest::mouseClick(up, Qt::LeftButton);
+  EXPECT_EQ(form.txtCount.Text(), "6");
+  EXPECT_EQ(count->text(), "6");
+
+  EXPECT_THAT(form.log, ElementsAre("chkOn_Click 1", "optA_Click", "optB_Click",
+                                    "cboKind_Click Weekly", "UpClick"));
+}
+
+TEST_F(FormRendering, UserActionsOnListsTreesAndGridsReachTheModel) {
+  auto* list = Find<QListWidget>("lstTicks");
+  auto* tree = Find<QTreeWidget>("tvwFolders");
+  auto* grid = Find<QTableWidget>("grdRuns");
+  ASSERT_TRUE(list && tree && grid);
+
+  ASSERT_EQ(list->count(), 2);
+  list->item(1)->setCheckState(Qt::Checked);
+  EXPECT_TRUE(form.lstTicks.Selected(1));
+  form.lstTicks.Selected(0, true);
+  EXPECT_EQ(list->item(0)->checkState(), Qt::Checked);
+
+  ASSERT_EQ(tree->topLevelItemCount(), 1);
+  QTreeWidgetItem* root = tree->topLevelItem(0);
+  ASSERT_EQ(root->childCount(), 1);
+  EXPECT_EQ(root->child(0)->text(0), "Inbox");
+  Q_EMIT tree->itemClicked(root->child(0), 0);
+  EXPECT_EQ(form.tvwFolders.SelectedItem()->Key(), "inbox");
+  form.tvwFolders.Add("root", TreeView::Relationship::Child, "sent", "Sent");
+  EXPECT_EQ(tree->topLevelItem(0)->childCount(), 2);
+
+  EXPECT_EQ(grid->item(0, 1)->text(), "Run");
+  form.grdRuns.TextMatrix(2, 1, "Done");
+  EXPECT_EQ(grid->item(2, 1)->text(), "Done");
+  Q_EMIT grid->cellClicked(2, 1);
+  EXPECT_EQ(form.grdRuns.Row(), 2);
+  EXPECT_EQ(grid->currentRow(), 2);
+
+  EXPECT_THAT(form.log, ElementsAre("lstTicks_ItemCheck 1", "lstTicks_ItemCheck 0",
+                                    "NodeClick inbox", "LeaveCell 1", "EnterCell 2"));
+}
+
+}  // namespace
+}  // namespace vellix::test
