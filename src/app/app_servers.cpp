@@ -53,7 +53,8 @@ Ref<EngineConnector> AppServers::CreateEngineConnector() {
   if (!engine_) {
     // The engine writes its own records into the same log as the panel.
     Ref<ErrorLog> log = LogServer()->ErrorLog();
-    engine_ = std::make_shared<engine::EngineServer>(EngineFile(), mapping_, clock_, log);
+    engine_ = std::make_shared<engine::EngineServer>(
+        EngineFile(), mapping_, clock_, log, makeProcessingHooks ? makeProcessingHooks() : nullptr);
   }
   return MakeRef<engine::EngineServerConnector>(engine_, mapping_);
 }

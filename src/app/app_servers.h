@@ -1,12 +1,14 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 
 #include "foundation/date.h"
 #include "foundation/server_factory.h"
 #include "platform/desktop/path_mapping.h"
 #include "servers/config/data_paths.h"
+#include "servers/engine/processing_hooks.h"
 
 namespace vellix {
 class ConfigServer;
@@ -42,6 +44,9 @@ class AppServers final : public ServerFactory {
   Ref<ConfigNode> CreateConfigNode() override;
   Ref<EngineConnector> CreateEngineConnector() override;
   Ref<BackupServer> CreateBackupServer() override;
+
+  // What the engine runs its processing through; none files nothing.
+  std::function<std::unique_ptr<engine::ProcessingHooks>()> makeProcessingHooks;
 
   // The engine, once made; nothing before. The application stops it at exit.
   [[nodiscard]] const std::shared_ptr<engine::EngineServer>& Engine() const { return engine_; }

@@ -15,6 +15,7 @@
 #include "app/app_servers.h"
 #include "app/first_paint_watch.h"
 #include "app/first_run_script.h"
+#include "app/profile_forecast.h"
 #include "app/single_instance.h"
 #include "dialogs/frm_predictive_start.h"
 #include "foundation/context.h"
@@ -129,6 +130,12 @@ int main(int argc, char** argv) {
   desktop::PosixFileSystem files(mapping);
   desktop::XdgWebBrowser browser(mapping);
   app::AppServers servers(paths, exeDir / "CommonFormat.xml", mapping, clock, host);
+  servers.makeProcessingHooks = [&mail] {
+    return std::make_unique<app::ProfileForecast>([&mail] {
+      mail.CreateApplication();  // the profile is read on first use
+      return mail.Profile();
+    });
+  };
   ctx.exeFolder = exeDir.string();
   ctx.locale = Locale::FromEnvironment();
   ctx.twipsPerPixelX = static_cast<int32_t>(std::lround(host.TwipsPerPixel()));

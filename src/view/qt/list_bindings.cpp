@@ -251,6 +251,9 @@ class GridBinding : public ControlBinding {
       : ControlBinding(grid, new QTableWidget(parent), context), grid_(grid) {
     auto* widget = static_cast<QTableWidget*>(Widget());
     widget->horizontalHeader()->hide();
+    // The last column ends at the grid's inner edge: a width "to the edge" in
+    // twips would otherwise pass it by the frame's few pixels.
+    widget->horizontalHeader()->setStretchLastSection(true);
     widget->verticalHeader()->hide();
     widget->setEditTriggers(QAbstractItemView::NoEditTriggers);
     widget->setSelectionMode(QAbstractItemView::SingleSelection);
@@ -297,7 +300,8 @@ class GridBinding : public ControlBinding {
   void Shape(QTableWidget* widget) {
     widget->setRowCount(grid_.Rows());
     widget->setColumnCount(grid_.Cols());
-    for (int c = 0; c < grid_.Cols(); ++c)
+    // The last column stretches to the inner edge (see the constructor).
+    for (int c = 0; c + 1 < grid_.Cols(); ++c)
       widget->setColumnWidth(c, Px(grid_.ColWidth(c)));
     for (int r = 0; r < grid_.Rows(); ++r)
       widget->setRowHeight(r, Px(grid_.RowHeight(r)));
