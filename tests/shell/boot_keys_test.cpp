@@ -52,3 +52,29 @@ TEST(BootConfiguration, HoldsEveryKeyTheQuestionsAndMessagesUse) {
 
 }  // namespace
 }  // namespace vellix
+
+namespace vellix {
+namespace {
+
+TEST(BootConfiguration, HoldsEveryKeyAFirstRunAndTheSummaryAskFor) {
+  test::PopupWorld w;
+  w.Start();
+  w.host.OnModal("frmPredictiveStart",
+                 [](Form& f) { static_cast<FrmPredictiveStart&>(f).cmdRunNow.UserClick(); });
+  w.popup.Get<CommandButton>("cmdOK").UserClick();
+  w.host.Pump();
+  ASSERT_EQ(w.popup.ControlState(), kStateRunningHidden);
+  w.popup.mPopView_Click();
+  w.host.Pump();
+  SummaryPanel& su = w.popup.summary;
+  su.tvwSuSelector.UserClickNode("Agents");
+  su.tvwSuSelector.UserClickNode("Received Emails");
+  su.tvwSuSelector.UserClickNode("PeriodsRoot");
+  for (const auto& period : w.engine->Config()->Periods()) {
+    su.tvwSuSelector.UserClickNode(period->Name());
+  }
+  EXPECT_THAT(Missing(w), IsEmpty());
+}
+
+}  // namespace
+}  // namespace vellix
