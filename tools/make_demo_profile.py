@@ -139,8 +139,8 @@ def item_for(rng, folder, item_type):
     return subject, sender, size
 
 
-def add_folder(rng, parent, spec):
-    name, item_type, kind, count, children = spec
+def add_folder(rng, parent, entry):
+    name, item_type, kind, count, children = entry
     node = ET.SubElement(parent, "folder", name=name, type=item_type)
     if kind is not None:
         node.set("default", str(kind))
@@ -165,8 +165,8 @@ def main():
     rng = random.Random(SEED)
     root = ET.Element("profile")
     store = ET.SubElement(root, "store", name=STORE)
-    for spec in LAYOUT:
-        add_folder(rng, store, spec)
+    for entry in LAYOUT:
+        add_folder(rng, store, entry)
     ET.indent(root, space="  ")
     out.parent.mkdir(parents=True, exist_ok=True)
     with open(out, "w", encoding="utf-8", newline="\n") as f:

@@ -81,12 +81,12 @@ std::shared_ptr<MailProfile> GenerateProfile(const ProfileRecipe& recipe) {
 
   std::vector<std::shared_ptr<ProfileFolder>> all;
   std::vector<std::shared_ptr<ProfileFolder>> mail;
-  for (const auto& spec : EnglishDefaultFolders()) {
+  for (const auto& entry : EnglishDefaultFolders()) {
     if (static_cast<int32_t>(all.size()) == folderCount) break;
-    auto folder = store->AddFolder(spec.name, spec.itemType);
-    profile->DefaultFolder(spec.kind, folder);
+    auto folder = store->AddFolder(entry.name, entry.itemType);
+    profile->DefaultFolder(entry.kind, folder);
     all.push_back(folder);
-    if (spec.itemType == 0) mail.push_back(folder);
+    if (entry.itemType == 0) mail.push_back(folder);
   }
   while (static_cast<int32_t>(all.size()) < folderCount) {
     // Most extra folders are mail folders that users file into, nested at will.

@@ -93,8 +93,8 @@ TEST(DemoProfile, HoldsNestedFoldersAndSomeHundredsOfItemsOverThreeYears) {
   EXPECT_GT(last.Serial() - first.Serial(), 2.5 * 365);
   EXPECT_LT(last.Serial() - first.Serial(), 3.1 * 365);
   EXPECT_GT(subjects.size(), 50U) << "subjects vary";
-  for (const auto& spec : EnglishDefaultFolders()) {
-    EXPECT_FALSE(profile.DefaultFolder(spec.kind)->Items().empty()) << spec.name;
+  for (const auto& entry : EnglishDefaultFolders()) {
+    EXPECT_FALSE(profile.DefaultFolder(entry.kind)->Items().empty()) << entry.name;
   }
 }
 
