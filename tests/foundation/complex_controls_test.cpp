@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "foundation/controls.h"
+#include "support/expect_vb_error.h"
 #include "support/scripted_host.h"
 
 namespace vellix {
@@ -12,14 +13,6 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-#define EXPECT_VB_ERROR(statement, number)            \
-  try {                                               \
-    statement;                                        \
-    ADD_FAILURE() << #statement " raised nothing";    \
-  } catch (const VbError& e) {                        \
-    EXPECT_EQ(e.Number(), number) << e.Description(); \
-  }
 
 class PanelForm : public Form {
  public:

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "foundation/controls.h"
+#include "support/expect_vb_error.h"
 #include "support/scripted_host.h"
 
 namespace vellix {
@@ -12,15 +13,6 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-// Expects the statement to raise the run-time error of that number.
-#define EXPECT_VB_ERROR(statement, number)            \
-  try {                                               \
-    statement;                                        \
-    ADD_FAILURE() << #statement " raised nothing";    \
-  } catch (const VbError& e) {                        \
-    EXPECT_EQ(e.Number(), number) << e.Description(); \
-  }
 
 // A form with one control of each simple kind; every handler writes a line.
 class EventForm : public Form {

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "foundation/vb_error.h"
+
+// Expects the statement to raise the run-time error of that number.
+#define EXPECT_VB_ERROR(statement, number)            \
+  try {                                               \
+    statement;                                        \
+    ADD_FAILURE() << #statement " raised nothing";    \
+  } catch (const ::vellix::VbError& e) {              \
+    EXPECT_EQ(e.Number(), number) << e.Description(); \
+  }
