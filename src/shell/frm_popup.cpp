@@ -1,5 +1,6 @@
 #include "shell/frm_popup.h"
 
+#include <array>
 #include <utility>
 
 #include "dialogs/frm_predictive_start.h"
@@ -379,25 +380,25 @@ bool FrmPopup::FormRun(bool running) {
 void FrmPopup::RunDisable(bool running) {
   Frame frame(ctx_, kModule, "RunDisable");
   frame.Run([&] {
-    static constexpr const char* kWhileStopped[] = {"txtPeNewCount",
-                                                    "cboPeNewUnits",
-                                                    "dtpPeReference",
-                                                    "txtPeFormat",
-                                                    "cmdAgAdd",
-                                                    "cmdAgRemove",
-                                                    "lstAgFolders",
-                                                    "txtAgRemove",
-                                                    "chkAgPurgeDisabled",
-                                                    "chkAgSubFolders",
-                                                    "txtAgNewCount",
-                                                    "cboAgNewUnits",
-                                                    "txtAgFormat",
-                                                    "txtAgFileAfterCount",
-                                                    "cboAgFileAfterUnits",
-                                                    "chkAgFileDisabled",
-                                                    "cmdAgNew"};
-    static constexpr const char* kWhileRunning[] = {"cmdAgFileNow", "cmdAgPurgeNow"};
-    static constexpr const char* kAlsoWhileStopped[] = {
+    static constexpr std::array kWhileStopped = {"txtPeNewCount",
+                                                 "cboPeNewUnits",
+                                                 "dtpPeReference",
+                                                 "txtPeFormat",
+                                                 "cmdAgAdd",
+                                                 "cmdAgRemove",
+                                                 "lstAgFolders",
+                                                 "txtAgRemove",
+                                                 "chkAgPurgeDisabled",
+                                                 "chkAgSubFolders",
+                                                 "txtAgNewCount",
+                                                 "cboAgNewUnits",
+                                                 "txtAgFormat",
+                                                 "txtAgFileAfterCount",
+                                                 "cboAgFileAfterUnits",
+                                                 "chkAgFileDisabled",
+                                                 "cmdAgNew"};
+    static constexpr std::array kWhileRunning = {"cmdAgFileNow", "cmdAgPurgeNow"};
+    static constexpr std::array kAlsoWhileStopped = {
         "cmdAgDelete",       "txtBaFolder",     "txtBaBackupFolder", "cmdBaBrowseFolder",
         "cmdBaBrowseBackup", "txtBaEveryCount", "updBaEveryCount",   "cboBaEveryUnits"};
     for (const char* name : kWhileStopped)
