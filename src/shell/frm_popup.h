@@ -172,6 +172,7 @@ class FrmPopup : public Form, public PopupShell {
   void CommitTree();
   void HideTo(int32_t hiddenState);
   void ViewFromHidden(int32_t visibleState);
+  void ViewWhileVisible();
   // What the three Show procedures set alike: which pages show, and the caption.
   void ShowPages(bool main, bool splash, bool setup, const std::string& captionKey);
   void StateMonitorSteps(int32_t state, int32_t event, std::string& errorText);

@@ -77,6 +77,13 @@ void FrmPopup::HideTo(int32_t hiddenState) {
   CommitTree();
 }
 
+// View while the window is meant to be in sight (it may be minimised).
+void FrmPopup::ViewWhileVisible() {
+  SaveHidden(false);
+  BringToFrontStep();
+  CommitTree();
+}
+
 // View from a hidden state: the window comes back on its Summary tab.
 void FrmPopup::ViewFromHidden(int32_t visibleState) {
   OfferHide();
@@ -121,9 +128,7 @@ void FrmPopup::StateMonitorSteps(int32_t state, int32_t event, std::string& erro
     case kStateUnconfiguredVisible:
       switch (event) {
         case kEventView:
-          SaveHidden(false);
-          BringToFrontStep();
-          CommitTree();
+          ViewWhileVisible();
           return;
         case kEventHide:
           HideTo(kStateUnconfiguredHidden);
@@ -171,9 +176,7 @@ void FrmPopup::StateMonitorSteps(int32_t state, int32_t event, std::string& erro
     case kStateConfiguredVisible:
       switch (event) {
         case kEventView:
-          SaveHidden(false);
-          BringToFrontStep();
-          CommitTree();
+          ViewWhileVisible();
           return;
         case kEventHide:
           HideTo(kStateConfiguredHidden);

@@ -5,19 +5,12 @@
 #include <ctime>
 
 #include "foundation/vb_error.h"
+#include "support/expect_vb_error.h"
 
 namespace vellix {
 namespace {
 
-template <class Fn>
-int ErrorNumber(Fn&& fn) {
-  try {
-    fn();
-  } catch (const VbError& e) {
-    return e.Number();
-  }
-  return 0;
-}
+using test::ErrorNumber;
 
 void ExpectCivil(Date date, int y, int mo, int d, int h = 0, int mi = 0, int s = 0) {
   const CivilTime t = ToCivil(date);

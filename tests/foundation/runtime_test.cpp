@@ -8,19 +8,12 @@
 #include <string>
 
 #include "foundation/vb_error.h"
+#include "support/expect_vb_error.h"
 
 namespace vellix {
 namespace {
 
-template <class Fn>
-int ErrorNumber(Fn&& fn) {
-  try {
-    fn();
-  } catch (const VbError& e) {
-    return e.Number();
-  }
-  return 0;
-}
+using test::ErrorNumber;
 
 TEST(ValTest, ReadsTheNumberAtTheStartSkippingBlanksAnywhere) {
   EXPECT_EQ(Val("  1 2 3abc"), 123);

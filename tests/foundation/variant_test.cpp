@@ -3,19 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "foundation/vb_error.h"
+#include "support/expect_vb_error.h"
 
 namespace vellix {
 namespace {
 
-template <class Fn>
-int ErrorNumber(Fn&& fn) {
-  try {
-    fn();
-  } catch (const VbError& e) {
-    return e.Number();
-  }
-  return 0;
-}
+using test::ErrorNumber;
 
 TEST(VariantTest, TextOfEachTypeIsTheRuntimesText) {
   EXPECT_EQ(Variant().ToString(), "");

@@ -12,3 +12,18 @@
   } catch (const ::vellix::VbError& e) {              \
     EXPECT_EQ(e.Number(), number) << e.Description(); \
   }
+
+namespace vellix::test {
+
+// The number of the run-time error the call raises; 0 when it raises none.
+template <class Fn>
+int ErrorNumber(Fn&& fn) {
+  try {
+    fn();
+  } catch (const VbError& e) {
+    return e.Number();
+  }
+  return 0;
+}
+
+}  // namespace vellix::test
