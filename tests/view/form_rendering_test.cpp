@@ -130,6 +130,44 @@ TEST_F(FormRendering, ModelChangesShowInTheWidgets) {
   EXPECT_EQ(window->windowTitle(), "Renamed");
 }
 
+TEST_F(FormRendering, AHiddenPanelGetsItsWidgetsWhenItFirstShows) {
+  const auto named = [this](const char* name) {
+    return window->findChild<QWidget*>(QString::fromLatin1(name));
+  };
+  auto* panel = named("picMore");
+  ASSERT_NE(panel, nullptr);
+  EXPECT_EQ(named("chkMore"), nullptr);
+
+  // Changes while it waits are there when it shows, nested frames included.
+  form.chkMore.Value(CheckBox::kChecked);
+  form.optInner.Enabled(false);
+  form.picMore.Visible(true);
+  auto* check = qobject_cast<QCheckBox*>(named("chkMore"));
+  auto* inner = named("fraInner");
+  auto* option = named("optInner");
+  ASSERT_TRUE(check && inner && option);
+  EXPECT_EQ(check->parentWidget(), panel);
+  EXPECT_EQ(option->parentWidget(), inner);
+  EXPECT_TRUE(check->isChecked());
+  EXPECT_FALSE(option->isEnabled());
+  EXPECT_TRUE(check->isVisible());
+
+  // Bound once: a click runs the model's handler and is seen once.
+  QTest::mouseClick(check, Qt::LeftButton, {}, QPoint(6, check->height() / 2));
+  EXPECT_EQ(form.chkMore.Value(), CheckBox::kUnchecked);
+  form.picMore.Visible(false);
+  form.picMore.Visible(true);
+  EXPECT_EQ(window->findChildren<QCheckBox*>("chkMore").size(), 1);
+}
+
+TEST_F(FormRendering, APanelShownWhileTheWindowIsHiddenIsBuiltWhenTheWindowShows) {
+  form.Hide();
+  form.picMore.Visible(true);
+  EXPECT_EQ(window->findChild<QWidget*>("chkMore"), nullptr);
+  form.Show();
+  EXPECT_NE(window->findChild<QWidget*>("chkMore"), nullptr);
+}
+
 TEST_F(FormRendering, TabChangeVetoedByTheModelLeavesTheTabBarWhereItWas) {
   auto* bar = Find<QTabBar>("tabMain");
   ASSERT_NE(bar, nullptr);

@@ -41,6 +41,13 @@ void SampleForm::Design() {
   fraChoice.Caption("Choice");
   optA.Move(120, 300, 2000, 300);
   optB.Move(120, 700, 2000, 300);
+  picMore.Move(5400, 1200, 3000, 1500);
+  picMore.Visible(false);
+  chkMore.Move(60, 60, 2000, 300);
+  chkMore.Caption("More");
+  fraInner.Move(60, 420, 2800, 900);
+  optInner.Move(120, 300, 2000, 300);
+  optInner.Caption("Inner");
   cboKind.Move(3240, 1020, 2000, 315);
   cboKind.Style(ComboBox::kDropdownList);
   cboKind.AddItem("Daily");

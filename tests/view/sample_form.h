@@ -24,6 +24,11 @@ class SampleForm : public Form {
   FrameControl fraChoice{*this, "fraChoice"};
   OptionButton optA{*this, "optA", "fraChoice"};
   OptionButton optB{*this, "optB", "fraChoice"};
+  // A panel hidden at load, with a frame of its own inside.
+  PictureBox picMore{*this, "picMore"};
+  CheckBox chkMore{*this, "chkMore", "picMore"};
+  FrameControl fraInner{*this, "fraInner", "picMore"};
+  OptionButton optInner{*this, "optInner", "fraInner"};
   ComboBox cboKind{*this, "cboKind"};
   ListBox lstTicks{*this, "lstTicks"};
   TabStrip tabMain{*this, "tabMain"};

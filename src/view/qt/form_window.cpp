@@ -46,22 +46,21 @@ FormWindow::FormWindow(Form& form, Hooks hooks) : form_(&form), hooks_(std::move
                  Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
   hooks_.context.restack = [this](const std::string& container) { Restack(container); };
 
-  std::unordered_set<Control*> done;
-  BuildChildren("", this, done);
+  BuildChildren("", this);
   // Controls whose container isn't a frame or picture box (a misspelt one)
   // still show, on the form.
-  for (Control* control : form.Controls()) {
-    if (done.count(control) != 0 || control->Kind() == ControlKind::Menu) continue;
-    done.insert(control);
-    auto binding = MakeBinding(*control, this, hooks_.context);
-    if (!binding) continue;
-    widgets_[Lower(control->Name())] = binding->Widget();
-    bindings_.push_back(std::move(binding));
+  std::unordered_set<const Control*> placed;
+  std::vector<std::string> containers{""};
+  while (!containers.empty()) {
+    const std::string container = std::move(containers.back());
+    containers.pop_back();
+    for (Control* child : form.ChildrenOf(container)) {
+      if (placed.insert(child).second && IsContainer(*child)) containers.push_back(child->Name());
+    }
   }
   for (Control* control : form.Controls()) {
-    if (IsContainer(*control)) Restack(control->Name());
+    if (placed.count(control) == 0 && control->Kind() != ControlKind::Menu) Bind(*control, this);
   }
-  Restack("");
 
   changed_ = form.OnChanged([this](Form&, std::string_view property) { OnFormChanged(property); });
   OnFormChanged("Caption");
@@ -74,17 +73,50 @@ FormWindow::~FormWindow() {
   bindings_.clear();
 }
 
-void FormWindow::BuildChildren(const std::string& container, QWidget* parent,
-                               std::unordered_set<Control*>& done) {
-  for (Control* control : form_->ChildrenOf(container)) {
-    if (done.count(control) != 0) continue;
-    done.insert(control);
-    auto binding = MakeBinding(*control, parent, hooks_.context);
-    if (!binding) continue;
-    QWidget* widget = binding->Widget();
-    widgets_[Lower(control->Name())] = widget;
-    bindings_.push_back(std::move(binding));
-    if (IsContainer(*control)) BuildChildren(control->Name(), widget, done);
+void FormWindow::BuildChildren(const std::string& container, QWidget* parent) {
+  for (Control* control : form_->ChildrenOf(container))
+    Bind(*control, parent);
+  Restack(container);
+}
+
+void FormWindow::Bind(Control& control, QWidget* parent) {
+  // A container listed inside itself must not be built twice.
+  if (!bound_.insert(&control).second) return;
+  auto binding = MakeBinding(control, parent, hooks_.context);
+  if (!binding) return;
+  QWidget* widget = binding->Widget();
+  widgets_[Lower(control.Name())] = widget;
+  bindings_.push_back(std::move(binding));
+  if (!IsContainer(control)) return;
+  Waiting& waiting = waiting_[&control];
+  waiting.widget = widget;
+  waiting.watch = control.OnChanged([this](Control&, std::string_view property) {
+    if ((property.empty() || property == "Visible" || property == "Reset") && isVisible())
+      BuildShown();
+  });
+}
+
+void FormWindow::BuildInside(Control& container) {
+  auto it = waiting_.find(&container);
+  if (it == waiting_.end()) return;
+  QWidget* widget = it->second.widget;
+  waiting_.erase(it);
+  CountScope scope(applying_);
+  BuildChildren(container.Name(), widget);
+}
+
+void FormWindow::BuildShown() {
+  if (form_ == nullptr) return;
+  // Each build may add waiting containers of its own, so look again after it.
+  for (bool more = true; more;) {
+    more = false;
+    for (const auto& [container, waiting] : waiting_) {
+      if (container->Visible()) {
+        BuildInside(*container);
+        more = true;
+        break;
+      }
+    }
   }
 }
 
@@ -93,15 +125,30 @@ void FormWindow::Detach() {
   changed_.Disconnect();
   for (auto& binding : bindings_)
     binding->Detach();
+  waiting_.clear();
   form_ = nullptr;
 }
 
-QWidget* FormWindow::WidgetOf(std::string_view name) const {
+QWidget* FormWindow::Built(std::string_view name) const {
   auto it = widgets_.find(Lower(name));
   return it == widgets_.end() ? nullptr : it->second;
 }
 
+QWidget* FormWindow::WidgetOf(std::string_view name) {
+  if (QWidget* widget = Built(name); widget != nullptr || form_ == nullptr) return widget;
+  // Build the containers around it, outermost first.
+  std::vector<Control*> chain;
+  for (Control* control = form_->Find(name); control != nullptr && chain.size() < 64;) {
+    control = control->Container().empty() ? nullptr : form_->Find(control->Container());
+    if (control != nullptr) chain.push_back(control);
+  }
+  for (auto it = chain.rbegin(); it != chain.rend(); ++it)
+    BuildInside(**it);
+  return Built(name);
+}
+
 void FormWindow::ShowAsModel() {
+  BuildShown();
   CountScope scope(applying_);
   switch (form_ == nullptr ? 0 : form_->WindowState()) {
     case 1:
@@ -123,7 +170,7 @@ void FormWindow::Restack(const std::string& container) {
   std::stable_sort(children.begin(), children.end(),
                    [](const Control* a, const Control* b) { return a->ZIndex() < b->ZIndex(); });
   for (Control* child : children) {
-    if (QWidget* widget = WidgetOf(child->Name())) widget->raise();
+    if (QWidget* widget = Built(child->Name())) widget->raise();
   }
 }
 
