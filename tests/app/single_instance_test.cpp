@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
 #include <QCoreApplication>
-#include <QFile>
-#include <QLocalServer>
 #include <chrono>
+#include <cstring>
 #include <filesystem>
 
 namespace vellix::app {
@@ -35,20 +38,28 @@ TEST(SingleInstance, ASecondStartOnTheSameDataFolderBringsUpTheFirstOne) {
 
   // Nobody runs yet: the first start goes on by itself.
   SingleInstance first(socketName);
-  EXPECT_FALSE(first.AskRunningToShow(500));
+  EXPECT_FALSE(first.AskRunningToShow());
 
   // A socket left behind by a start that crashed doesn't keep it from listening.
   {
-    QLocalServer probe;
-    ASSERT_TRUE(probe.listen(QString::fromStdString(socketName)));
-    const QString leftOver = probe.fullServerName();
-    probe.close();
-    QFile stale(leftOver);
-    ASSERT_TRUE(stale.open(QIODevice::WriteOnly));
+    const std::string path = first.SocketPath().string();
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+    const int fd = ::socket(AF_UNIX, SOCK_DGRAM, 0);
+    ASSERT_EQ(::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address), 0) << path;
+    ::close(fd);
+    ASSERT_TRUE(std::filesystem::exists(path));
+    EXPECT_FALSE(first.AskRunningToShow());
   }
   int shown = 0;
   std::string error;
   ASSERT_TRUE(first.Listen([&shown] { ++shown; }, error)) << error;
+
+  // A live one is never taken over.
+  SingleInstance rival(socketName);
+  EXPECT_FALSE(rival.Listen([] {}, error));
+  EXPECT_NE(error.find("in use"), std::string::npos) << error;
 
   SingleInstance second(socketName);
   EXPECT_TRUE(second.AskRunningToShow());
