@@ -117,6 +117,14 @@ std::size_t RemoveStaleTempFiles(const std::filesystem::path& path) {
   return removed;
 }
 
+std::optional<FileStamp> StampOf(const std::filesystem::path& path) {
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0) return std::nullopt;
+  return FileStamp{static_cast<uint64_t>(info.st_dev), static_cast<uint64_t>(info.st_ino),
+                   static_cast<int64_t>(info.st_size),
+                   int64_t{info.st_mtim.tv_sec} * 1'000'000'000 + info.st_mtim.tv_nsec};
+}
+
 bool ReadFileLimited(const std::filesystem::path& path, std::size_t maxBytes, std::string* bytes,
                      std::string* error) {
   // Non-blocking, so that a named pipe in place of the file can't hang the open.

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -21,6 +23,17 @@ bool WriteFileAtomically(const std::filesystem::path& path, std::string_view byt
 // process left behind. Only call this while no other process can be writing
 // the same target.
 std::size_t RemoveStaleTempFiles(const std::filesystem::path& path);
+
+// Which file lies at a path, and in which version: equal stamps of one path
+// mean it was neither replaced nor written in between.
+struct FileStamp {
+  uint64_t device = 0;
+  uint64_t inode = 0;
+  int64_t size = 0;
+  int64_t modifiedNs = 0;
+  bool operator==(const FileStamp&) const = default;
+};
+std::optional<FileStamp> StampOf(const std::filesystem::path& path);
 
 // Reads a whole file, refusing one longer than maxBytes; false, with error
 // set, when it is missing, unreadable or too long.

@@ -323,13 +323,27 @@ void ConfigTreeNode::Commit(const std::string& target) {
   ConfigTreeNode* root = Root();
   const std::filesystem::path file = target.empty() ? root->commitFile_ : ServerPath(target);
   if (file.empty()) return;  // a free tree has no file to make durable
+  std::string text = WriteConfigXml(*root);
+  // Each write waits for the disk twice; the same text over the file this
+  // root wrote, still as it left it, is durable already.
+  auto& durable = root->durable_;
+  if (durable && durable->file == file && durable->text == text &&
+      StampOf(file) == durable->stamp) {
+    root->lastError_.clear();
+    return;
+  }
   std::string error;
-  if (!WriteFileAtomically(file, WriteConfigXml(*root), &error)) {
+  if (!WriteFileAtomically(file, text, &error)) {
     root->lastError_ = error;
     std::fprintf(stderr, "vellix config server: %s\n", error.c_str());
     RaiseServer(config_error::kCommitFailed, error);
   }
   root->lastError_.clear();
+  if (auto stamp = StampOf(file)) {
+    durable = Durable{file, std::move(text), *stamp};
+  } else {
+    durable.reset();
+  }
 }
 
 std::shared_ptr<ConfigNode> NewFreeConfigNode() {

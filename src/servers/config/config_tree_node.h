@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "foundation/config_node.h"
+#include "servers/config/atomic_file.h"
 
 namespace vellix {
 
@@ -108,6 +109,14 @@ class ConfigTreeNode final : public ConfigNode,
   std::unique_ptr<ChildIndex> index_;
   std::filesystem::path commitFile_;
   std::string lastError_;
+  // What this root last made durable, and where: a Commit that would write
+  // the same text to the same, untouched file has nothing to do.
+  struct Durable {
+    std::filesystem::path file;
+    std::string text;
+    FileStamp stamp;
+  };
+  std::optional<Durable> durable_;
 };
 
 // A node belonging to no tree: fill it with LoadFile and graft it in with

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "foundation/vb_error.h"
+#include "servers/config/atomic_file.h"
 #include "servers/config/temp_folder.h"
 
 namespace vellix {
@@ -36,6 +37,37 @@ TEST(ConfigServer, FirstStartBeginsFromTheSharedBranchAndKeepsWhatIsCommitted) {
   ASSERT_FALSE(root.IsNothing()) << reopened.OpenError();
   EXPECT_EQ(root->GetValue("Componants.VellixControl.Hidden"), Variant(false));
   EXPECT_EQ(root->GetValue("CommonFormat.FormLayout.TabsHeight"), Variant(int16_t{420}));
+}
+
+TEST(ConfigServer, ACommitRewritesTheFileOnlyWhenItWouldChangeIt) {
+  test::TempFolder folder;
+  const auto file = folder / "ConfigTree.xml";
+  ConfigServer server(file, {});
+  auto root = server.RootNode();
+  ASSERT_FALSE(root.IsNothing()) << server.OpenError();
+  auto hidden = root->GetNode("Componants.VellixControl.Hidden", true, "Boolean", true);
+  root->Commit("");
+  const auto first = StampOf(file);
+  ASSERT_TRUE(first.has_value());
+
+  // The same value again: the file is the one already written.
+  hidden->SetContent(true);
+  root->Commit("");
+  EXPECT_EQ(StampOf(file), first);
+
+  hidden->SetContent(false);
+  root->Commit("");
+  EXPECT_NE(StampOf(file)->inode, first->inode);
+
+  // A file removed or replaced behind the server's back is written anew.
+  std::filesystem::remove(file);
+  root->Commit("");
+  ConfigServer reopened(file, {});
+  ASSERT_FALSE(reopened.RootNode().IsNothing()) << reopened.OpenError();
+  EXPECT_EQ(reopened.RootNode()->GetValue("Componants.VellixControl.Hidden"), Variant(false));
+  test::WriteText(file, "<config/>");
+  root->Commit("");
+  EXPECT_NE(test::ReadText(file), "<config/>");
 }
 
 TEST(ConfigServer, ADamagedTreeFileIsNeverOverwritten) {
