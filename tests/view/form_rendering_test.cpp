@@ -129,27 +129,34 @@ TEST_F(FormRendering, ModelChangesShowInTheWidgets) {
   EXPECT_EQ(window->windowTitle(), "Renamed");
 }
 
-TEST_F(FormRendering, AHiddenPanelGetsItsWidgetsWhenItFirstShows) {
+TEST_F(FormRendering, AHiddenControlGetsItsWidgetWhenItFirstShows) {
   const auto named = [this](const char* name) {
     return window->findChild<QWidget*>(QString::fromLatin1(name));
   };
-  auto* panel = named("picMore");
-  ASSERT_NE(panel, nullptr);
+  EXPECT_EQ(named("picMore"), nullptr);
   EXPECT_EQ(named("chkMore"), nullptr);
 
-  // Changes while it waits are there when it shows, nested frames included.
+  // Changes while they wait are there when they show, nested frames included.
   form.chkMore.Value(CheckBox::kChecked);
+  form.chkMore.Visible(false);
   form.optInner.Enabled(false);
   form.picMore.Visible(true);
-  auto* check = qobject_cast<QCheckBox*>(named("chkMore"));
+  auto* panel = named("picMore");
   auto* inner = named("fraInner");
   auto* option = named("optInner");
-  ASSERT_TRUE(check && inner && option);
-  EXPECT_EQ(check->parentWidget(), panel);
+  ASSERT_TRUE(panel && inner && option);
   EXPECT_EQ(option->parentWidget(), inner);
-  EXPECT_TRUE(check->isChecked());
   EXPECT_FALSE(option->isEnabled());
+  EXPECT_EQ(named("chkMore"), nullptr);
+
+  // Made late, it still lies in its panel and in the model's stacking order.
+  form.chkMore.Visible(true);
+  auto* check = qobject_cast<QCheckBox*>(named("chkMore"));
+  ASSERT_NE(check, nullptr);
+  EXPECT_EQ(check->parentWidget(), panel);
+  EXPECT_TRUE(check->isChecked());
   EXPECT_TRUE(check->isVisible());
+  EXPECT_LT(panel->children().indexOf(check), panel->children().indexOf(inner));
 
   // Bound once: a click runs the model's handler and is seen once.
   QTest::mouseClick(check, Qt::LeftButton, {}, QPoint(6, check->height() / 2));

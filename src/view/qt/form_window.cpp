@@ -59,7 +59,7 @@ FormWindow::FormWindow(Form& form, Hooks hooks) : form_(&form), hooks_(std::move
     }
   }
   for (Control* control : form.Controls()) {
-    if (placed.count(control) == 0 && control->Kind() != ControlKind::Menu) Bind(*control, this);
+    if (placed.count(control) == 0) Wait(*control, this);
   }
 
   changed_ = form.OnChanged([this](Form&, std::string_view property) { OnFormChanged(property); });
@@ -75,48 +75,52 @@ FormWindow::~FormWindow() {
 
 void FormWindow::BuildChildren(const std::string& container, QWidget* parent) {
   for (Control* control : form_->ChildrenOf(container))
-    Bind(*control, parent);
-  Restack(container);
+    Wait(*control, parent);
 }
 
-void FormWindow::Bind(Control& control, QWidget* parent) {
+void FormWindow::Wait(Control& control, QWidget* parent) {
+  if (control.Kind() == ControlKind::Menu || control.Kind() == ControlKind::Timer) return;
   // A container listed inside itself must not be built twice.
-  if (!bound_.insert(&control).second) return;
-  auto binding = MakeBinding(control, parent, hooks_.context);
-  if (!binding) return;
-  QWidget* widget = binding->Widget();
-  widgets_[Lower(control.Name())] = widget;
-  bindings_.push_back(std::move(binding));
-  if (!IsContainer(control)) return;
+  if (!seen_.insert(&control).second) return;
   Waiting& waiting = waiting_[&control];
-  waiting.widget = widget;
+  waiting.parent = parent;
   waiting.watch = control.OnChanged([this](Control&, std::string_view property) {
     if ((property.empty() || property == "Visible" || property == "Reset") && isVisible())
       BuildShown();
   });
 }
 
-void FormWindow::BuildInside(Control& container) {
-  auto it = waiting_.find(&container);
+void FormWindow::Make(Control& control) {
+  auto it = waiting_.find(&control);
   if (it == waiting_.end()) return;
-  QWidget* widget = it->second.widget;
+  QWidget* parent = it->second.parent;
   waiting_.erase(it);
   CountScope scope(applying_);
-  BuildChildren(container.Name(), widget);
+  auto binding = MakeBinding(control, parent, hooks_.context);
+  if (!binding) return;
+  QWidget* widget = binding->Widget();
+  widgets_[Lower(control.Name())] = widget;
+  bindings_.push_back(std::move(binding));
+  if (IsContainer(control)) BuildChildren(control.Name(), widget);
 }
 
 void FormWindow::BuildShown() {
   if (form_ == nullptr) return;
-  // Each build may add waiting containers of its own, so look again after it.
-  for (bool more = true; more;) {
-    more = false;
-    for (const auto& [container, waiting] : waiting_) {
-      if (container->Visible()) {
-        BuildInside(*container);
-        more = true;
-        break;
-      }
+  // In the form's order, so the focus moves through them as it always has;
+  // a container made adds its children, so look again after each round.
+  for (;;) {
+    std::vector<Control*> shown;
+    for (Control* control : form_->Controls()) {
+      if (waiting_.count(control) != 0 && control->Visible()) shown.push_back(control);
     }
+    if (shown.empty()) return;
+    std::unordered_set<std::string> containers;
+    for (Control* control : shown) {
+      Make(*control);
+      containers.insert(control->Container());
+    }
+    for (const std::string& container : containers)
+      Restack(container);
   }
 }
 
@@ -136,14 +140,17 @@ QWidget* FormWindow::Built(std::string_view name) const {
 
 QWidget* FormWindow::WidgetOf(std::string_view name) {
   if (QWidget* widget = Built(name); widget != nullptr || form_ == nullptr) return widget;
-  // Build the containers around it, outermost first.
+  // Make it now, with the containers around it, outermost first.
   std::vector<Control*> chain;
   for (Control* control = form_->Find(name); control != nullptr && chain.size() < 64;) {
+    chain.push_back(control);
     control = control->Container().empty() ? nullptr : form_->Find(control->Container());
-    if (control != nullptr) chain.push_back(control);
   }
-  for (auto it = chain.rbegin(); it != chain.rend(); ++it)
-    BuildInside(**it);
+  for (auto it = chain.rbegin(); it != chain.rend(); ++it) {
+    if (waiting_.count(*it) == 0) continue;
+    Make(**it);
+    Restack((*it)->Container());
+  }
   return Built(name);
 }
 

@@ -20,9 +20,9 @@ namespace vellix::qtview {
 // window state follow the model; the user's close box, resizing, minimising
 // and activation go to the model's entry points.
 //
-// The widgets inside a frame or picture box are made when it first shows on
-// a shown window, not at load: a form of many panels shows one at a time, and
-// making the rest at start would only delay the first paint.
+// A control's widget is made when the control first shows on a shown window,
+// not at load: a form of many panels shows one at a time, and making the rest
+// at start would only delay the first paint.
 class FormWindow : public QDialog {
  public:
   struct Hooks {
@@ -44,8 +44,8 @@ class FormWindow : public QDialog {
   // The form has been unloaded or is going: the window makes no more calls
   // into it and ignores its changes.
   void Detach();
-  // The widget of a control by name (any case), made now if its container
-  // hasn't shown yet; nullptr for none.
+  // The widget of a control by name (any case), made now if it hasn't shown
+  // yet; nullptr for none.
   [[nodiscard]] QWidget* WidgetOf(std::string_view name);
   // Shows the window in the model's window state.
   void ShowAsModel();
@@ -61,13 +61,13 @@ class FormWindow : public QDialog {
   void accept() override {}
 
  private:
-  // The widgets of the controls lying directly in a container ("" for the
-  // form); containers among them wait until they show.
+  // The controls lying directly in a container ("" for the form) wait for
+  // their widgets, to be made in parent.
   void BuildChildren(const std::string& container, QWidget* parent);
-  void Bind(Control& control, QWidget* parent);
-  // Builds a waiting container's children.
-  void BuildInside(Control& container);
-  // Builds every waiting container that shows, inner ones included.
+  void Wait(Control& control, QWidget* parent);
+  // Makes a waiting control's widget; a container's children wait in turn.
+  void Make(Control& control);
+  // Makes the widget of every waiting control that shows, inner ones included.
   void BuildShown();
   [[nodiscard]] QWidget* Built(std::string_view name) const;
   void Restack(const std::string& container);
@@ -81,10 +81,11 @@ class FormWindow : public QDialog {
   Connection changed_;
   std::vector<std::unique_ptr<ControlBinding>> bindings_;
   std::unordered_map<std::string, QWidget*> widgets_;  // by lower-case name
-  std::unordered_set<const Control*> bound_;
-  // Containers whose children wait: their widget and the watch on their Visible.
+  std::unordered_set<const Control*> seen_;
+  // Controls without a widget yet: the widget to make it in, and the watch on
+  // their Visible.
   struct Waiting {
-    QWidget* widget = nullptr;
+    QWidget* parent = nullptr;
     Connection watch;
   };
   std::unordered_map<Control*, Waiting> waiting_;
