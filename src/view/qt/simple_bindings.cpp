@@ -15,8 +15,6 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
-#include <array>
-
 #include "foundation/controls.h"
 #include "foundation/date.h"
 #include "view/qt/control_binding.h"
@@ -217,25 +215,28 @@ class FramePanel : public QWidget {
     const int t = box.top();
     const int r = box.right();
     const int b = box.bottom();
-    // Straight lines and a solid fill: the corners are cut by a pixel of
-    // half tone rather than drawn round, which looks the same at this size
-    // and costs a fraction of an antialiased fill.
+    // Solid fills only: the corners are cut by a pixel of half tone rather
+    // than drawn round, which looks the same at this size and costs a
+    // fraction of an antialiased shape.
     const QColor window = palette().color(QPalette::Window);
-    painter.fillRect(QRect(QPoint(l + 1, t + 1), QPoint(r - 1, b - 1)), window.darker(101));
-    painter.setPen(window.darker(111));
-    painter.drawLine(l + 1, t, r - 1, t);
-    painter.drawLine(l + 1, b, r - 1, b);
-    painter.drawLine(l, t + 1, l, b - 1);
-    painter.drawLine(r, t + 1, r, b - 1);
+    const auto span = [&painter](int x1, int y1, int x2, int y2, const QColor& colour) {
+      painter.fillRect(QRect(QPoint(x1, y1), QPoint(x2, y2)), colour);
+    };
+    span(l + 2, t + 2, r - 2, b - 2, window.darker(101));
+    const QColor border = window.darker(111);
+    span(l + 1, t, r - 1, t, border);
+    span(l + 1, b, r - 1, b, border);
+    span(l, t + 1, l, b - 1, border);
+    span(r, t + 1, r, b - 1, border);
     // The inner edge, a shade lighter than the border, as Fusion has it.
-    painter.setPen(window.darker(103));
-    painter.drawLine(l + 1, t + 1, r - 1, t + 1);
-    painter.drawLine(l + 1, b - 1, r - 1, b - 1);
-    painter.drawLine(l + 1, t + 2, l + 1, b - 2);
-    painter.drawLine(r - 1, t + 2, r - 1, b - 2);
-    painter.setPen(window.darker(104));
-    painter.drawPoints(std::array{QPoint(l, t), QPoint(r, t), QPoint(l, b), QPoint(r, b)}.data(),
-                       4);
+    const QColor edge = window.darker(103);
+    span(l + 1, t + 1, r - 1, t + 1, edge);
+    span(l + 1, b - 1, r - 1, b - 1, edge);
+    span(l + 1, t + 2, l + 1, b - 2, edge);
+    span(r - 1, t + 2, r - 1, b - 2, edge);
+    const QColor corner = window.darker(104);
+    for (const QPoint& point : {QPoint(l, t), QPoint(r, t), QPoint(l, b), QPoint(r, b)})
+      span(point.x(), point.y(), point.x(), point.y(), corner);
     if (title_.isEmpty()) return;
     painter.setPen(palette().color(QPalette::WindowText));
     painter.drawText(QRect(0, 1, width(), textHeight),
