@@ -4,11 +4,11 @@
 # to the first window painted, both measured alternately in one run under the
 # offscreen platform. Prints both medians and their ratio (aim: 1.3 or less).
 #
-#   bench/startup/run.sh [build-dir] [runs]     (default: build/default, 11)
+#   bench/startup/run.sh [build-dir] [runs]     (default: build/default, 31)
 set -euo pipefail
 
 build=${1:-build/default}
-runs=${2:-11}
+runs=${2:-31}
 app="$build/src/app/vellix-control"
 bare="$build/bench/startup/bench_startup_bare"
 for program in "$app" "$bare"; do
