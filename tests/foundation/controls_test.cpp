@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "foundation/controls.h"
@@ -13,8 +14,9 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using Rel = TreeView::Relationship;
 
-// A form with one control of each simple kind; every handler writes a line.
+// A form with one control of each kind; every handler writes a line.
 class EventForm : public Form {
  public:
   explicit EventForm(UiHost& host) : Form(host, "frmEvents") {
@@ -32,7 +34,22 @@ class EventForm : public Form {
                     (lstA.Selected(row) ? "ticked" : "clear"));
     };
     lstB.Click = [this] { log.push_back("lstB_Click"); };
+    tabs.BeforeClick = [this](bool& cancel) {
+      log.push_back("BeforeClick " + tabs.SelectedItem()->Key());
+      cancel = vetoLeaving;
+    };
+    tabs.Click = [this] { log.push_back("Click " + tabs.SelectedItem()->Key()); };
+    tvw.NodeClick = [this](TreeNode& node) { log.push_back("NodeClick " + node.FullPath()); };
+    tvw.Click = [this] { log.push_back("tvw_Click"); };
+    grid.LeaveCell = [this] { log.push_back("LeaveCell " + Cell()); };
+    grid.EnterCell = [this] { log.push_back("EnterCell " + Cell()); };
+    dtp.Change = [this] { log.push_back("dtp_Change"); };
+    txtCount.Change = [this] { log.push_back("txtCount_Change " + txtCount.Text()); };
+    upd.Change = [this] { log.push_back("upd_Change"); };
   }
+  std::string Cell() const { return std::to_string(grid.Row()) + "," + std::to_string(grid.Col()); }
+  // The events so far, leaving the log empty.
+  std::vector<std::string> Events() { return std::exchange(log, {}); }
 
   FrameControl fraA{*this, "fraA"};
   OptionButton optA1{*this, "optA1", "fraA"};
@@ -45,19 +62,31 @@ class EventForm : public Form {
   ComboBox cboA{*this, "cboA"};
   ListBox lstA{*this, "lstA"};
   ListBox lstB{*this, "lstB"};
+  TabStrip tabs{*this, "tabControlOptions"};
+  TreeView tvw{*this, "tvwSuSelector"};
+  FlexGrid grid{*this, "fgcSuDetail"};
+  DatePicker dtp{*this, "dtpBaNextBackup"};
+  TextBox txtCount{*this, "txtBaEveryCount"};
+  UpDown upd{*this, "updBaEveryCount"};
+  bool vetoLeaving = false;
   std::vector<std::string> log;
 
  protected:
   void Design() override {
     lstA.Style(ListBox::kCheckbox);
     lstB.MultiSelect(ListBox::kMultiSelectSimple);
+    tabs.AddTab("Summary", "Summary", "Summary data");
+    tabs.AddTab("Periods", "Periods", "Period Configuration");
+    tabs.AddTab("Backup", "Storage && Backup");
+    upd.BuddyControl("txtBaEveryCount");
+    upd.Min(1);
+    upd.Max(365);
   }
 };
 
 class ControlsTest : public ::testing::Test {
  protected:
   void SetUp() override { form.Load(); }
-
   test::ScriptedHost host;
   EventForm form{host};
 };
@@ -66,18 +95,26 @@ TEST_F(ControlsTest, CheckBoxSetInCodeRunsItsClickOnceAndNotWhenUnchanged) {
   form.chkA.Value(CheckBox::kChecked);
   form.chkA.Value(CheckBox::kChecked);
   form.chkA.Value(CheckBox::kUnchecked);
-  EXPECT_THAT(form.log, ElementsAre("chkA_Click 1", "chkA_Click 0"));
-
-  form.log.clear();
+  EXPECT_THAT(form.Events(), ElementsAre("chkA_Click 1", "chkA_Click 0"));
   EXPECT_VB_ERROR(form.chkA.Value(3), 380);
   EXPECT_EQ(form.chkA.Value(), CheckBox::kUnchecked);
-  EXPECT_THAT(form.log, IsEmpty());
 
   // A grey box ticks on a user's click.
   form.chkA.Value(CheckBox::kGrayed);
-  form.log.clear();
+  form.Events();
   EXPECT_TRUE(form.chkA.UserClick());
-  EXPECT_THAT(form.log, ElementsAre("chkA_Click 1"));
+  EXPECT_THAT(form.Events(), ElementsAre("chkA_Click 1"));
+
+  // Controls inside a hidden or disabled frame can't be reached.
+  form.fraB.Visible(false);
+  EXPECT_FALSE(form.chkA.UserClick());
+  form.fraB.Visible(true);
+  form.fraB.Enabled(false);
+  EXPECT_FALSE(form.optB1.UserClick());
+  EXPECT_VB_ERROR(form.chkA.SetFocus(), 5);
+  EXPECT_THAT(form.Events(), IsEmpty());
+  form.fraB.Enabled(true);
+  EXPECT_TRUE(form.chkA.UserClick());
 }
 
 TEST_F(ControlsTest, OptionButtonsInOneContainerClearEachOther) {
@@ -87,48 +124,32 @@ TEST_F(ControlsTest, OptionButtonsInOneContainerClearEachOther) {
   EXPECT_FALSE(form.optA1.Value());
   EXPECT_TRUE(form.optA2.Value());
   EXPECT_TRUE(form.optB1.Value()) << "another frame is another group";
-  EXPECT_THAT(form.log, ElementsAre("optA1_Click", "optB1_Click", "optA2_Click"));
+  EXPECT_THAT(form.Events(), ElementsAre("optA1_Click", "optB1_Click", "optA2_Click"));
 
-  form.log.clear();
   form.optA2.Value(true);   // on already
   form.optA2.Value(false);  // off in code raises nothing
   form.optA1.UserClick();
   form.optA1.UserClick();  // a click on the one that is on
   EXPECT_FALSE(form.optA2.Value());
-  EXPECT_THAT(form.log, ElementsAre("optA1_Click"));
+  EXPECT_THAT(form.Events(), ElementsAre("optA1_Click"));
 }
 
 TEST_F(ControlsTest, TextSetInCodeRunsItsChangeAndTypingThenLeavingRunsLostFocus) {
   form.txtA.Text("12");
   form.txtA.Text("12");
-  EXPECT_THAT(form.log, ElementsAre("txtA_Change 12"));
-
-  form.log.clear();
+  EXPECT_THAT(form.Events(), ElementsAre("txtA_Change 12"));
   EXPECT_TRUE(form.txtA.UserSetText("365"));
   EXPECT_TRUE(form.cmdA.UserClick());
-  EXPECT_THAT(form.log, ElementsAre("txtA_Change 365", "txtA_LostFocus", "cmdA_Click"));
+  EXPECT_THAT(form.Events(), ElementsAre("txtA_Change 365", "txtA_LostFocus", "cmdA_Click"));
   EXPECT_EQ(form.ActiveControl(), &form.cmdA);
 
   // A locked box takes no typing; a disabled button no click.
-  form.log.clear();
   form.txtA.Locked(true);
   EXPECT_FALSE(form.txtA.UserSetText("1"));
   form.cmdA.Enabled(false);
   EXPECT_FALSE(form.cmdA.UserClick());
   EXPECT_EQ(form.txtA.Text(), "365");
-  EXPECT_THAT(form.log, IsEmpty());
-}
-
-TEST_F(ControlsTest, ControlsInsideAHiddenOrDisabledContainerCantBeReached) {
-  form.fraB.Visible(false);
-  EXPECT_FALSE(form.chkA.UserClick());
-  form.fraB.Visible(true);
-  form.fraB.Enabled(false);
-  EXPECT_FALSE(form.optB1.UserClick());
-  EXPECT_VB_ERROR(form.chkA.SetFocus(), 5);
-  form.fraB.Enabled(true);
-  EXPECT_TRUE(form.chkA.UserClick());
-  EXPECT_THAT(form.log, ElementsAre("chkA_Click 1"));
+  EXPECT_THAT(form.Events(), IsEmpty());
 }
 
 TEST_F(ControlsTest, ComboTextSetInCodeRunsChangeButNotClick) {
@@ -138,14 +159,13 @@ TEST_F(ControlsTest, ComboTextSetInCodeRunsChangeButNotClick) {
   cbo.ItemData(cbo.NewIndex(), 12);
   cbo.Text("Month");
   cbo.Text("Fortnight");
-  EXPECT_THAT(form.log, ElementsAre("cboA_Change Month", "cboA_Change Fortnight"));
+  EXPECT_THAT(form.Events(), ElementsAre("cboA_Change Month", "cboA_Change Fortnight"));
   EXPECT_EQ(cbo.ListIndex(), -1) << "no row holds that text";
 
   // Choosing a row in code clicks, without a change.
-  form.log.clear();
   cbo.ListIndex(0);
   cbo.ListIndex(0);
-  EXPECT_THAT(form.log, ElementsAre("cboA_Click Year"));
+  EXPECT_THAT(form.Events(), ElementsAre("cboA_Click Year"));
   EXPECT_EQ(cbo.ItemData(1), 12);
   EXPECT_VB_ERROR(cbo.ListIndex(2), 380);
   EXPECT_VB_ERROR(static_cast<void>(cbo.ItemData(2)), 381);
@@ -153,12 +173,9 @@ TEST_F(ControlsTest, ComboTextSetInCodeRunsChangeButNotClick) {
   EXPECT_EQ(cbo.List(7), "") << "reading past the list gives nothing, as the runtime does";
 
   // Clearing the list clears the text, which is a change.
-  form.log.clear();
   cbo.Clear();
-  EXPECT_EQ(cbo.Text(), "");
-  EXPECT_EQ(cbo.ListCount(), 0);
-  EXPECT_EQ(cbo.ListIndex(), -1);
-  EXPECT_THAT(form.log, ElementsAre("cboA_Change "));
+  EXPECT_EQ(cbo.Text() + std::to_string(cbo.ListCount()) + std::to_string(cbo.ListIndex()), "0-1");
+  EXPECT_THAT(form.Events(), ElementsAre("cboA_Change "));
 }
 
 TEST_F(ControlsTest, ComboKeepsTheRowTheUserIsRenaming) {
@@ -169,11 +186,11 @@ TEST_F(ControlsTest, ComboKeepsTheRowTheUserIsRenaming) {
   cbo.AddItem("Calendar");
   EXPECT_EQ(cbo.ListIndex(), 1) << "the row showing the text is the selected one";
 
-  form.log.clear();
+  form.Events();
   EXPECT_TRUE(cbo.UserSetText("Diary"));
   EXPECT_EQ(cbo.ListIndex(), 1);
   EXPECT_EQ(cbo.List(cbo.ListIndex()), "Calendar");
-  EXPECT_THAT(form.log, ElementsAre("cboA_Change Diary"));
+  EXPECT_THAT(form.Events(), ElementsAre("cboA_Change Diary"));
 
   // A row inserted before the selected one moves the selection along; removing
   // the selected row leaves none.
@@ -182,24 +199,19 @@ TEST_F(ControlsTest, ComboKeepsTheRowTheUserIsRenaming) {
   cbo.RemoveItem(2);
   EXPECT_EQ(cbo.ListIndex(), -1);
   EXPECT_EQ(cbo.Text(), "Diary");
-
   EXPECT_TRUE(cbo.UserPick(1));
   EXPECT_EQ(cbo.Text(), "Tasks");
-  EXPECT_EQ(form.log.back(), "cboA_Click Tasks");
-}
+  EXPECT_THAT(form.Events(), ElementsAre("cboA_Click Tasks"));
 
-TEST_F(ControlsTest, DropDownListTakesOnlyTextsOfItsRows) {
-  auto& cbo = form.cboA;
+  // A drop-down list takes only the texts of its rows.
   cbo.Style(ComboBox::kDropdownList);
-  cbo.AddItem("Backup Now");
-  cbo.AddItem("Minute");
-  cbo.Text("minute");
-  EXPECT_EQ(cbo.Text(), "Minute");
-  EXPECT_EQ(cbo.ListIndex(), 1);
+  cbo.Text("contacts");
+  EXPECT_EQ(cbo.Text(), "Contacts");
+  EXPECT_EQ(cbo.ListIndex(), 0);
   EXPECT_VB_ERROR(cbo.Text("Fortnight"), 383);
-  EXPECT_EQ(cbo.Text(), "Minute");
+  EXPECT_EQ(cbo.Text(), "Contacts");
   EXPECT_FALSE(cbo.UserSetText("Hour"));
-  EXPECT_THAT(form.log, IsEmpty());
+  EXPECT_THAT(form.Events(), IsEmpty());
 }
 
 TEST_F(ControlsTest, TickSetInCodeRunsItemCheckWithTheNewTick) {
@@ -210,7 +222,7 @@ TEST_F(ControlsTest, TickSetInCodeRunsItemCheckWithTheNewTick) {
   lst.Selected(1, true);
   lst.Selected(0, false);
   EXPECT_TRUE(lst.UserCheck(1, false));
-  EXPECT_THAT(form.log, ElementsAre("lstA_ItemCheck 1 ticked", "lstA_ItemCheck 1 clear"));
+  EXPECT_THAT(form.Events(), ElementsAre("lstA_ItemCheck 1 ticked", "lstA_ItemCheck 1 clear"));
   EXPECT_EQ(lst.SelCount(), 0);
   EXPECT_VB_ERROR(lst.Selected(2, true), 381);
 }
@@ -229,36 +241,30 @@ TEST_F(ControlsTest, RemovingSelectedRowsShiftsTheRowsBelow) {
   // the shortened list.
   std::vector<std::string> removed;
   const int32_t last = lst.ListCount() - 1;
-  try {
-    for (int32_t i = 0; i <= last; ++i) {
-      if (lst.Selected(i)) {
-        removed.push_back(lst.List(i));
-        lst.RemoveItem(i);
-      }
-    }
-    ADD_FAILURE() << "the walk ended without an error";
-  } catch (const VbError& e) {
-    EXPECT_EQ(e.Number(), 381);
-  }
+  EXPECT_VB_ERROR(
+      for (int32_t i = 0; i <= last; ++i) {
+        if (lst.Selected(i)) {
+          removed.push_back(lst.List(i));
+          lst.RemoveItem(i);
+        }
+      },
+      381);
   EXPECT_THAT(removed, ElementsAre("B"));
   EXPECT_EQ(lst.ListCount(), 3);
   EXPECT_TRUE(lst.Selected(1)) << "C keeps its selection";
   EXPECT_EQ(lst.ItemData(1), 7) << "and its item data";
-}
 
-TEST_F(ControlsTest, SingleSelectListFollowsListIndex) {
-  ListBox& lst = form.Get<ListBox>("lstB");
+  // A single-select list follows its ListIndex.
   lst.MultiSelect(ListBox::kMultiSelectNone);
-  lst.AddItem("one");
-  lst.AddItem("two");
-  lst.Selected(1, true);
-  EXPECT_EQ(lst.ListIndex(), 1);
-  EXPECT_EQ(lst.Text(), "two");
+  form.Events();
+  lst.Selected(2, true);
+  EXPECT_EQ(lst.ListIndex(), 2);
+  EXPECT_EQ(lst.Text(), "D");
   lst.Selected(0, true);
-  EXPECT_FALSE(lst.Selected(1));
+  EXPECT_FALSE(lst.Selected(2));
   lst.Selected(0, false);
   EXPECT_EQ(lst.ListIndex(), -1);
-  EXPECT_THAT(form.log, ElementsAre("lstB_Click", "lstB_Click"));
+  EXPECT_THAT(form.Events(), ElementsAre("lstB_Click", "lstB_Click"));
 }
 
 TEST_F(ControlsTest, ObserversLearnWhichPropertyChanged) {
@@ -273,6 +279,169 @@ TEST_F(ControlsTest, ObserversLearnWhichPropertyChanged) {
   EXPECT_THAT(changes, ElementsAre("txtA.Text", "txtA.Enabled", "txtA.Left", "txtA.Top",
                                    "txtA.Width", "txtA.Height"));
   EXPECT_VB_ERROR(form.txtA.Width(-1), 380);
+}
+
+TEST_F(ControlsTest, TabChangeAsksBeforeClickAndACancelKeepsTheTab) {
+  auto& tabs = form.tabs;
+  EXPECT_EQ(tabs.SelectedItem()->Key(), "Summary") << "the first tab stands selected";
+  tabs.Tabs("Periods").Selected(true);
+  EXPECT_TRUE(tabs.UserSelectTab("periods"));  // selected already: nothing
+  EXPECT_THAT(form.Events(), ElementsAre("BeforeClick Summary", "Click Periods"));
+
+  form.vetoLeaving = true;
+  EXPECT_TRUE(tabs.UserSelectTab("Backup"));
+  EXPECT_EQ(tabs.SelectedItem()->Key(), "Periods");
+  EXPECT_TRUE(tabs.Tabs(2).Selected());
+  EXPECT_THAT(form.Events(), ElementsAre("BeforeClick Periods"));
+
+  EXPECT_VB_ERROR(static_cast<void>(tabs.Tabs("Attention")), 35601);
+  EXPECT_VB_ERROR(static_cast<void>(tabs.Tabs(4)), 35600);
+  EXPECT_VB_ERROR(tabs.AddTab("SUMMARY", "again"), 35602);
+}
+
+TEST_F(ControlsTest, TreePlacesNodesSortsChildrenAndGivesFullPaths) {
+  auto& tvw = form.tvw;
+  tvw.AddRoot("b", "b");
+  tvw.Add("b", Rel::Previous, "a", "a");
+  tvw.Add("b", Rel::Next, "c", "c");
+  tvw.Add("a", Rel::First, "first", "first");
+  tvw.Add("", Rel::Last, "AgentsRoot", "Agents").Sorted(true);
+  std::vector<std::string> keys;
+  for (const TreeNode* n : tvw.Roots())
+    keys.push_back(n->Key());
+  EXPECT_THAT(keys, ElementsAre("first", "a", "b", "c", "AgentsRoot"));
+
+  int key = 0;
+  for (const char* name : {"Tasks", "calendar", "Sent Emails", "Calendar"})
+    tvw.Add("AgentsRoot", Rel::Child, "agent" + std::to_string(++key), name);
+  std::vector<std::string> texts;
+  for (const TreeNode* n : tvw.Nodes("agentsroot").Children())
+    texts.push_back(n->Text());
+  EXPECT_THAT(texts, ElementsAre("calendar", "Calendar", "Sent Emails", "Tasks"));
+  EXPECT_EQ(tvw.Nodes("AGENT3").FullPath(), "Agents\\Sent Emails");
+
+  // Another node with a key that is there, in any case, is refused.
+  try {
+    tvw.Add("b", Rel::Child, "AGENTSROOT", "Agents");
+    ADD_FAILURE() << "a duplicate key was taken";
+  } catch (const VbError& e) {
+    EXPECT_EQ(e.Number(), 35602);
+    EXPECT_EQ(e.Description(), "Key is not unique in collection");
+  }
+  EXPECT_EQ(tvw.NodeCount(), 9);
+  EXPECT_VB_ERROR(tvw.Add("Nowhere", Rel::Child, "x", "x"), 35601);
+}
+
+TEST_F(ControlsTest, TreeSelectedInCodeRaisesNoClickButAUserClickDoes) {
+  auto& tvw = form.tvw;
+  tvw.AddRoot("Agents", "Agents");
+  tvw.Add("Agents", Rel::Child, "Tasks", "Tasks");
+  tvw.Nodes("Agents").Selected(true);
+  tvw.Nodes("Agents").Expanded(true);
+  EXPECT_THAT(form.Events(), IsEmpty());
+  EXPECT_TRUE(tvw.UserClickNode("Tasks"));
+  EXPECT_EQ(tvw.SelectedItem(), &tvw.Nodes("Tasks"));
+  EXPECT_THAT(form.Events(), ElementsAre("NodeClick Agents\\Tasks", "tvw_Click"));
+
+  tvw.Remove("Agents");
+  EXPECT_EQ(tvw.SelectedItem(), nullptr);
+  EXPECT_FALSE(tvw.HasNode("Tasks"));
+  EXPECT_EQ(tvw.NodeCount(), 0);
+}
+
+TEST_F(ControlsTest, GridMovesItsCurrentCellWithLeaveAndEnterCell) {
+  auto& grid = form.grid;
+  grid.FixedRows(0);
+  grid.FixedCols(0);
+  grid.Rows(3);
+  grid.Cols(2);
+  grid.Row(0);
+  grid.Col(0);
+  form.Events();
+  grid.Row(2);
+  grid.Row(2);
+  EXPECT_TRUE(grid.UserClickCell(0, 1));
+  EXPECT_THAT(form.Events(),
+              ElementsAre("LeaveCell 0,0", "EnterCell 2,0", "LeaveCell 2,0", "EnterCell 0,1"));
+
+  grid.Text("Name");
+  grid.TextMatrix(2, 1, "Value");
+  grid.CellAlignment(FlexGrid::kAlignLeftBottom);
+  EXPECT_EQ(grid.TextMatrix(0, 1), "Name");
+  EXPECT_EQ(grid.CellAlignmentAt(0, 1), FlexGrid::kAlignLeftBottom);
+  EXPECT_EQ(grid.CellAlignmentAt(1, 1), FlexGrid::kAlignGeneral) << "the column's alignment";
+
+  // Growing keeps the texts; shrinking pulls the current cell in.
+  grid.Rows(5);
+  EXPECT_EQ(grid.TextMatrix(2, 1), "Value");
+  grid.Row(4);
+  grid.Rows(2);
+  EXPECT_EQ(grid.Row(), 1);
+  EXPECT_VB_ERROR(grid.Row(2), 30009);
+  EXPECT_VB_ERROR(grid.Col(2), 30010);
+  EXPECT_VB_ERROR(static_cast<void>(grid.TextMatrix(2, 0)), 381);
+
+  // A grid set to no rows has no current cell.
+  grid.Rows(0);
+  EXPECT_EQ(grid.Row(), -1);
+  EXPECT_VB_ERROR(grid.Row(0), 30009);
+  EXPECT_VB_ERROR(static_cast<void>(grid.Text()), 30009);
+  EXPECT_VB_ERROR(grid.Rows(-1), 30009);
+
+  grid.Rows(1);
+  grid.TextMatrix(0, 1, "x");
+  grid.Clear();
+  EXPECT_EQ(grid.TextMatrix(0, 1), "");
+  EXPECT_EQ(grid.Cols(), 2);
+}
+
+TEST_F(ControlsTest, GridTellsTheCellRectangleAndTheColumnUnderThePointer) {
+  auto& grid = form.grid;
+  grid.Cols(3);
+  grid.Rows(4);
+  grid.ColWidth(0, 600);
+  grid.ColWidth(1, 1200);
+  grid.ColWidth(2, 900);
+  grid.RowHeight(0, 300);
+  grid.Row(2);
+  grid.Col(2);
+  const int32_t h = FlexGrid::kDefaultRowHeight;
+  EXPECT_THAT((std::vector{grid.CellLeft(), grid.CellTop(), grid.CellWidth(), grid.CellHeight()}),
+              ElementsAre(1800, 300 + h, 900, h));
+  EXPECT_TRUE(grid.UserMouseMove(1799, 10));
+  EXPECT_EQ(grid.MouseCol(), 1);
+  EXPECT_EQ(grid.MouseRow(), 0);
+  grid.UserMouseMove(2700, 10);
+  EXPECT_EQ(grid.MouseCol(), -1) << "past the last column";
+}
+
+TEST_F(ControlsTest, DatePickerAndUpDownRaiseChangeAndKeepTheirRange) {
+  auto& dtp = form.dtp;
+  dtp.Value(Date(45000.5));
+  dtp.Value(Date(45000.5));
+  EXPECT_THAT(form.Events(), ElementsAre("dtp_Change"));
+  dtp.MinDate(Date(45001.0));
+  EXPECT_EQ(dtp.Value(), Date(45001.0)) << "the value moves up with the minimum";
+  EXPECT_VB_ERROR(dtp.Value(Date(45000.0)), 35788);
+  EXPECT_FALSE(dtp.UserSetValue(Date(44000.0)));
+  EXPECT_TRUE(dtp.UserSetValue(Date(45002.25)));
+  EXPECT_THAT(form.Events(), ElementsAre("dtp_Change", "dtp_Change"));
+
+  // The up-down steps its buddy within its range; a number typed out of range is pulled in first.
+  form.txtCount.Text("364");
+  form.Events();
+  EXPECT_TRUE(form.upd.UserUp());
+  form.upd.UserUp();
+  EXPECT_EQ(form.txtCount.Text(), "365");
+  EXPECT_EQ(form.upd.Value(), 365);
+  EXPECT_THAT(form.Events(), ElementsAre("txtCount_Change 365", "upd_Change"));
+  form.txtCount.Text("900 days");
+  form.upd.UserDown();
+  EXPECT_EQ(form.txtCount.Text(), "364");
+  form.txtCount.Text("0");
+  form.upd.UserDown();
+  EXPECT_EQ(form.txtCount.Text(), "1");
+  EXPECT_VB_ERROR(form.upd.Value(366), 380);
 }
 
 }  // namespace

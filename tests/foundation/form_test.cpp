@@ -1,25 +1,31 @@
 #include <gmock/gmock.h>
+#include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "foundation/controls.h"
+#include "support/expect_vb_error.h"
 #include "support/scripted_host.h"
 
 namespace vellix {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::IsEmpty;
 
 // A dialog that counts its loads in a member field and logs its events.
 class CountingDialog : public Form {
  public:
   explicit CountingDialog(UiHost& host) : Form(host, "frmCounting") {
-    chkUnattended.Click = [this] { log.push_back("chkUnattended_Click"); };
     txtLater.Change = [this] { log.push_back("txtLater_Change"); };
     cmdOK.Click = [this] { Unload(); };
   }
+  std::vector<std::string> Events() { return std::exchange(log, {}); }
 
   Label lblTitle{*this, "lblTitle"};
   TextBox txtLater{*this, "txtLater"};
@@ -27,7 +33,6 @@ class CountingDialog : public Form {
   ComboBox cboLater{*this, "cboLater"};
   CommandButton cmdOK{*this, "cmdOK"};
   Timer tmrStatus{*this, "tmrStatus"};
-
   int loads = 0;  // a member field: it survives unload and load
   bool refuseToClose = false;
   int lastUnloadMode = -1;
@@ -36,13 +41,11 @@ class CountingDialog : public Form {
  protected:
   void Design() override {
     Caption("Backup Manager");
-    Width(7200);
     lblTitle.Caption("Backup Period Stores");
     txtLater.Text("10");  // design values raise nothing
     chkUnattended.Value(CheckBox::kChecked);
     cboLater.AddItem("Backup Now");
     cboLater.AddItem("Minute");
-    tmrStatus.Interval(1000);
   }
   void Form_Load() override {
     ++loads;
@@ -58,17 +61,59 @@ class CountingDialog : public Form {
   void Form_Resize() override { log.push_back("Form_Resize " + std::to_string(WindowState())); }
 };
 
+// The main form: a button that asks modally, a menu, and two timers.
+class MainForm : public Form {
+ public:
+  MainForm(UiHost& host, CountingDialog& dialog) : Form(host, "frmPopup"), dialog_(dialog) {
+    cmdOK.Click = [this] { cmdOK_Click(); };
+    mPopExit.Click = [this] { log.push_back("mPopExit_Click"); };
+    tmrFast.Tick = [this] { Tick("fast", tmrFast); };
+    tmrSlow.Tick = [this] { Tick("slow", tmrSlow); };
+  }
+  void cmdOK_Click() {
+    log.push_back("cmdOK_Click begins");
+    dialog_.Show(true);
+    log.push_back("cmdOK_Click goes on");
+  }
+
+  CommandButton cmdOK{*this, "cmdOK"};
+  Menu mPopupSys{*this, "mPopupSys"};
+  Menu mPopSep{*this, "mPopSep", "mPopupSys"};
+  Menu mPopExit{*this, "mPopExit", "mPopupSys"};
+  Timer tmrFast{*this, "tmrFast"};
+  Timer tmrSlow{*this, "tmrSlow"};
+  int fastTicksLeft = 100;
+  std::vector<std::string> log;
+  test::ScriptedHost* clockSource = nullptr;
+
+ protected:
+  void Design() override {
+    mPopupSys.Visible(false);
+    mPopSep.Caption("-");
+    tmrFast.Interval(300);
+    tmrSlow.Interval(500);
+  }
+
+ private:
+  void Tick(const std::string& which, Timer& timer) {
+    log.push_back(which + " " + std::to_string(clockSource->NowMs()));
+    if (&timer == &tmrFast && --fastTicksLeft == 0) tmrFast.Enabled(false);
+  }
+  CountingDialog& dialog_;
+};
+
 class FormTest : public ::testing::Test {
  protected:
-  test::ScriptedHost host;
+  void SetUp() override { main.clockSource = &host; }
+  ManualClock clock{Date(45000.0)};
+  test::ScriptedHost host{&clock};
   CountingDialog dialog{host};
+  MainForm main{host, dialog};
 };
 
 TEST_F(FormTest, LoadRestoresDesignValuesWhileMemberFieldsKeepTheirs) {
   dialog.Load();
-  EXPECT_THAT(dialog.log, ElementsAre("Form_Load"));
   EXPECT_EQ(dialog.Caption(), "Backup Manager");
-  EXPECT_EQ(dialog.txtLater.Text(), "10");
   EXPECT_EQ(dialog.cboLater.ListCount(), 2);
 
   // The user's session changes the controls; the next opening starts afresh.
@@ -84,22 +129,20 @@ TEST_F(FormTest, LoadRestoresDesignValuesWhileMemberFieldsKeepTheirs) {
   EXPECT_TRUE(dialog.chkUnattended.Enabled());
   EXPECT_EQ(dialog.cboLater.ListCount(), 2);
   EXPECT_EQ(dialog.lblTitle.Caption(), "Backup Period Stores");
-  EXPECT_THAT(dialog.log, ElementsAre("Form_Load", "txtLater_Change", "Form_QueryUnload",
-                                      "Form_Unload", "Form_Load"));
+  EXPECT_THAT(dialog.Events(), ElementsAre("Form_Load", "txtLater_Change", "Form_QueryUnload",
+                                           "Form_Unload", "Form_Load"));
 }
 
 TEST_F(FormTest, QueryUnloadCanKeepTheFormOpen) {
   dialog.Show();
   dialog.refuseToClose = true;
   EXPECT_FALSE(dialog.UserClose());
-  EXPECT_TRUE(dialog.Loaded());
-  EXPECT_TRUE(dialog.Visible());
+  EXPECT_TRUE(dialog.Loaded() && dialog.Visible());
   EXPECT_EQ(dialog.lastUnloadMode, Form::kUnloadByUser);
 
   dialog.refuseToClose = false;
   EXPECT_TRUE(dialog.cmdOK.UserClick());
-  EXPECT_FALSE(dialog.Loaded());
-  EXPECT_FALSE(dialog.Visible());
+  EXPECT_FALSE(dialog.Loaded() || dialog.Visible());
   EXPECT_EQ(dialog.lastUnloadMode, Form::kUnloadByCode);
   EXPECT_THAT(host.History(), ElementsAre("show frmCounting", "unload frmCounting"));
   EXPECT_FALSE(host.IsLoaded("frmCounting"));
@@ -116,39 +159,22 @@ TEST_F(FormTest, ShowHideAndWindowStateGoThroughTheHost) {
   dialog.BringToFront();
   host.Pump();
   EXPECT_THAT(host.History(), ElementsAre("show frmCounting", "front frmCounting"));
-  EXPECT_THAT(dialog.log, ElementsAre("Form_Load", "Form_Activate", "Form_Resize 1"));
-  EXPECT_THROW(dialog.WindowState(3), VbError);
-
-  try {
-    dialog.Show(true);
-    ADD_FAILURE() << "a shown form was shown modally";
-  } catch (const VbError& e) {
-    EXPECT_EQ(e.Number(), 400);
-  }
+  EXPECT_THAT(dialog.Events(), ElementsAre("Form_Load", "Form_Activate", "Form_Resize 1"));
+  EXPECT_VB_ERROR(dialog.WindowState(3), 380);
+  EXPECT_VB_ERROR(dialog.Show(true), 400);
 }
 
-TEST_F(FormTest, ControlsAreFoundByNameWithoutRegardToCase) {
+TEST_F(FormTest, ControlsAreFoundByNameWithoutRegardToCaseAndFocusMoves) {
   EXPECT_EQ(&dialog.Get<TextBox>("TXTLATER"), &dialog.txtLater);
   EXPECT_EQ(dialog.Find("nothing"), nullptr);
-  try {
-    static_cast<void>(dialog.Get<TextBox>("cboLater"));
-    ADD_FAILURE() << "a combo box was taken for a text box";
-  } catch (const VbError& e) {
-    EXPECT_EQ(e.Number(), err::kTypeMismatch);
-  }
-  try {
-    static_cast<void>(dialog.Get<TextBox>("txtNone"));
-    ADD_FAILURE() << "a missing control was found";
-  } catch (const VbError& e) {
-    EXPECT_EQ(e.Number(), 730);
-  }
+  EXPECT_VB_ERROR(static_cast<void>(dialog.Get<TextBox>("cboLater")), err::kTypeMismatch);
+  EXPECT_VB_ERROR(static_cast<void>(dialog.Get<TextBox>("txtNone")), 730);
   EXPECT_EQ(dialog.Controls().front(), &dialog.lblTitle);
   EXPECT_EQ(dialog.ChildrenOf("").size(), 6u);
   EXPECT_THROW(static_cast<void>(TextBox(dialog, "txtlater")), VbError)
       << "two controls of one name";
-}
 
-TEST_F(FormTest, FocusMovesOnAndLostFocusRunsOnTheControlLeft) {
+  // LostFocus runs on the control left, GotFocus on the one entered.
   std::vector<std::string> focus;
   dialog.txtLater.LostFocus = [&focus] { focus.push_back("txtLater_LostFocus"); };
   dialog.cboLater.GotFocus = [&focus] { focus.push_back("cboLater_GotFocus"); };
@@ -161,24 +187,192 @@ TEST_F(FormTest, FocusMovesOnAndLostFocusRunsOnTheControlLeft) {
   EXPECT_THROW(dialog.lblTitle.SetFocus(), VbError) << "a label takes no focus";
 }
 
-TEST_F(FormTest, MenuEntriesRespondOnlyWhenOffered) {
-  dialog.Load();
-  Menu mPopupSys{dialog, "mPopupSys"};
-  Menu mPopStart{dialog, "mPopStart", "mPopupSys"};
-  Menu mPopStop{dialog, "mPopStop", "mPopupSys"};
-  int starts = 0;
-  int stops = 0;
-  mPopStart.Click = [&starts] { ++starts; };
-  mPopStop.Click = [&stops] { ++stops; };
-  mPopStart.Enabled(false);
-  mPopStop.Visible(false);
-  EXPECT_FALSE(mPopStart.UserClick());
-  EXPECT_FALSE(mPopStop.UserClick());
-  mPopStart.Enabled(true);
-  EXPECT_TRUE(mPopStart.UserClick());
-  EXPECT_EQ(starts, 1);
-  EXPECT_EQ(stops, 0);
-  EXPECT_EQ(mPopupSys.Items().size(), 2u);
+TEST_F(FormTest, MessageBoxesAnswerFromTheScriptAndAreRecorded) {
+  host.AnswerNext(MsgResult::No);
+  host.AnswerNext(MsgResult::Cancel);
+  EXPECT_EQ(host.MsgBox("Delete this agent?", MsgButtons::YesNo, ""), MsgResult::No);
+  EXPECT_EQ(host.MsgBox("Close the panel?", MsgButtons::OKCancel, "Vellix"), MsgResult::Cancel);
+  // With the script used up: OK, or Yes.
+  EXPECT_EQ(host.MsgBox("No backup folder", MsgButtons::OKCancel, ""), MsgResult::OK);
+  EXPECT_EQ(host.MsgBox("Create it?", MsgButtons::YesNo, ""), MsgResult::Yes);
+  EXPECT_THAT(host.Prompts(), ElementsAre("Delete this agent?", "Close the panel?",
+                                          "No backup folder", "Create it?"));
+  EXPECT_EQ(host.PromptRecords()[1].title, "Vellix");
+  host.AnswerNext(MsgResult::No);
+  EXPECT_NONFATAL_FAILURE(host.MsgBox("Saved.", MsgButtons::OK, ""), "isn't a button");
+}
+
+TEST_F(FormTest, ModalFormShownFromAHandlerLetsNestedEventsRunBeforeTheHandlerGoesOn) {
+  main.Show();
+  // An event that arrives while the handler is busy, and the user's step.
+  host.Post([this] { main.log.push_back("engine event"); });
+  host.OnModal("frmCounting", [this](Form& f) {
+    main.log.push_back("dialog shown: " + f.Name());
+    static_cast<CountingDialog&>(f).cmdOK.UserClick();
+  });
+  main.cmdOK.UserClick();
+  EXPECT_THAT(main.log, ElementsAre("cmdOK_Click begins", "engine event",
+                                    "dialog shown: frmCounting", "cmdOK_Click goes on"));
+  EXPECT_FALSE(dialog.Loaded());
+  EXPECT_THAT(host.History(),
+              ElementsAre("show frmPopup", "show modal frmCounting", "unload frmCounting"));
+
+  // A message box from inside a handler lets a nested handler run too.
+  main.log.clear();
+  host.AnswerNext(MsgResult::OK, [this] { main.mPopExit.UserClick(); });
+  host.MsgBox("Waiting to start", MsgButtons::OK, "");
+  EXPECT_THAT(main.log, ElementsAre("mPopExit_Click"));
+}
+
+TEST_F(FormTest, ModalFormWithoutAStepIsClosedByItsFrame) {
+  main.cmdOK_Click();
+  EXPECT_THAT(main.log, ElementsAre("cmdOK_Click begins", "cmdOK_Click goes on"));
+  EXPECT_THAT(host.History(),
+              ElementsAre("show modal frmCounting", "close frmCounting", "unload frmCounting"));
+  EXPECT_EQ(dialog.lastUnloadMode, Form::kUnloadByUser);
+
+  // A step that leaves the form open is a mistake of the test.
+  host.OnModal("frmCounting", [](Form&) {});
+  EXPECT_NONFATAL_FAILURE(dialog.Show(true), "still open after its step");
+  EXPECT_FALSE(dialog.Loaded());
+
+  dialog.refuseToClose = true;
+  host.OnModal("frmCounting", {});
+  EXPECT_NONFATAL_FAILURE(dialog.Show(true), "refused to close");
+  EXPECT_TRUE(dialog.Loaded());
+  EXPECT_FALSE(dialog.Visible());
+}
+
+TEST_F(FormTest, TimersFireInOrderOfDueTimeAndMoveTheClock) {
+  main.Load();
+  host.Advance(1000);
+  EXPECT_THAT(main.log, ElementsAre("fast 300", "slow 500", "fast 600", "fast 900", "slow 1000"));
+  EXPECT_EQ(host.NowMs(), 1000);
+  EXPECT_DOUBLE_EQ(clock.Now().Serial(), 45000.0 + 1.0 / 86400.0);
+
+  // Setting a running timer to what it has goes on counting; enabling starts over.
+  main.log.clear();
+  host.Advance(200);
+  main.tmrSlow.Interval(500);
+  main.tmrSlow.Enabled(true);
+  host.Advance(100);
+  main.tmrFast.Enabled(false);
+  main.tmrFast.Enabled(true);
+  host.Advance(300);
+  EXPECT_THAT(main.log, ElementsAre("fast 1200", "slow 1500", "fast 1600"));
+}
+
+TEST_F(FormTest, ATimerStopsWhenDisabledInItsOwnTickOrWhenItsFormGoes) {
+  main.fastTicksLeft = 2;
+  main.Load();
+  host.Advance(1000);
+  EXPECT_THAT(main.log, ElementsAre("fast 300", "slow 500", "fast 600", "slow 1000"));
+  EXPECT_FALSE(host.TimerRunning(main.tmrFast));
+  EXPECT_TRUE(host.TimerRunning(main.tmrSlow));
+
+  // A timer runs only while its form is loaded, and the host forgets it with its form.
+  main.Unload();
+  EXPECT_FALSE(host.TimerRunning(main.tmrSlow));
+  main.log.clear();
+  std::vector<std::string> ticks;
+  {
+    Form form{host, "frmShort"};
+    Timer tmrShort{form, "tmrShort"};
+    tmrShort.Tick = [&ticks] { ticks.push_back("tick"); };
+    form.Load();
+    tmrShort.Interval(100);
+    host.Advance(100);
+    EXPECT_TRUE(host.TimerRunning(tmrShort));
+  }
+  host.Advance(1000);
+  EXPECT_THAT(ticks, ElementsAre("tick"));
+  EXPECT_THAT(main.log, IsEmpty());
+  EXPECT_FALSE(host.IsLoaded("frmShort"));
+}
+
+TEST_F(FormTest, PostedFunctionsFromOtherThreadsAllRunOnThePump) {
+  host.RunPostedWhileModal(false);
+  std::atomic<int> ran{0};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([this, &ran] {
+      for (int i = 0; i < 250; ++i)
+        host.Post([&ran] { ran.fetch_add(1); });
+    });
+  }
+  EXPECT_TRUE(host.PumpUntil([&ran] { return ran.load() == 1000; }));
+  for (auto& thread : threads)
+    thread.join();
+  EXPECT_EQ(host.Pump(), 0);
+  EXPECT_EQ(ran.load(), 1000);
+  EXPECT_FALSE(host.PumpUntil([] { return false; }, std::chrono::milliseconds(20)));
+}
+
+TEST_F(FormTest, PopupMenusOfferOnlyEnabledVisibleEntriesAndFolderDialogsFollowTheScript) {
+  main.Load();
+  host.OnPopup("mPopupSys", [](Menu& menu) {
+    for (Menu* entry : menu.Items())
+      entry->UserClick();
+  });
+  main.PopupMenu(main.mPopupSys);
+  EXPECT_THAT(main.log, ElementsAre("mPopExit_Click")) << "a separator is no choice";
+  EXPECT_EQ(main.mPopupSys.Items().size(), 2u);
+  main.mPopExit.Enabled(false);
+  EXPECT_FALSE(main.mPopExit.UserClick());
+  main.mPopExit.Enabled(true);
+  main.mPopExit.Visible(false);
+  EXPECT_FALSE(main.mPopExit.UserClick());
+  main.mPopExit.Visible(true);
+  EXPECT_TRUE(main.mPopExit.UserClick());
+
+  host.ChooseFolderNext("/home/user/Vellix Backup");
+  EXPECT_EQ(host.BrowseForFolder("Find Folder"), "/home/user/Vellix Backup");
+  EXPECT_EQ(host.BrowseForFolder("Find Folder"), std::nullopt);
+  EXPECT_THAT(host.FolderTitles(), ElementsAre("Find Folder", "Find Folder"));
+  EXPECT_THAT(host.History(), ElementsAre("popup mPopupSys"));
+}
+
+// A window that puts itself away when it is shown in a hidden state, or gives up in its
+// own Form_Load.
+class SelfHidingForm : public Form {
+ public:
+  explicit SelfHidingForm(UiHost& host) : Form(host, "frmSelfHiding") {}
+  bool hiddenState = true;
+  bool failInLoad = false;
+
+ protected:
+  void Form_Load() override {
+    if (failInLoad) Unload();
+  }
+  void Form_Activate() override {
+    if (hiddenState) Hide();
+  }
+};
+
+TEST_F(FormTest, FormsThatHideOrUnloadThemselvesWhileShowingStayAway) {
+  SelfHidingForm form{host};
+  form.Show();
+  EXPECT_TRUE(form.Visible()) << "activation comes later, from the event loop";
+  host.Pump();
+  EXPECT_TRUE(form.Loaded());
+  EXPECT_FALSE(form.Visible());
+  EXPECT_THAT(host.History(), ElementsAre("show frmSelfHiding", "hide frmSelfHiding"));
+
+  // A modal step that hides the form ends the modal show with the form loaded.
+  form.hiddenState = false;
+  host.OnModal("frmSelfHiding", [](Form& f) { f.Hide(); });
+  host.ClearHistory();
+  form.Show(true);
+  EXPECT_TRUE(form.Loaded());
+  EXPECT_FALSE(form.Modal());
+  EXPECT_THAT(host.History(), ElementsAre("show modal frmSelfHiding", "hide frmSelfHiding"));
+
+  form.Unload();
+  form.failInLoad = true;
+  host.ClearHistory();
+  form.Show();
+  EXPECT_FALSE(form.Loaded());
+  EXPECT_THAT(host.History(), ElementsAre("unload frmSelfHiding"));
 }
 
 }  // namespace

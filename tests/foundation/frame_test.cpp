@@ -4,13 +4,13 @@
 #include <gtest/gtest.h>
 
 #include "foundation/ref.h"
+#include "support/expect_vb_error.h"
 #include "support/recording_error_log.h"
 
 namespace vellix {
 namespace {
 
 using test::LogRecord;
-using test::RecordingErrorLog;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -23,57 +23,61 @@ class FrameTest : public ::testing::Test {
   FrameTest() { ctx.errorLog = log; }
   ManualClock clock;
   Context ctx{clock};
-  std::shared_ptr<RecordingErrorLog> log = std::make_shared<RecordingErrorLog>();
+  std::shared_ptr<test::RecordingErrorLog> log = std::make_shared<test::RecordingErrorLog>();
 };
 
 TEST_F(FrameTest, SoftTextIsLoggedWithNumberZeroAndTheProcedureReturnsNormally) {
   Frame frame(ctx, "frmPopup", "LeavePeriods");
-  const bool result = frame.Run(false, [&] {
+  EXPECT_TRUE(frame.Run(false, [&] {
     frame.ErrorText = "first";
     frame.ErrorText = "Unexpected Event 8 in State 3";  // only the last text counts
     return true;
-  });
-  EXPECT_TRUE(result);
+  }));
   EXPECT_THAT(log->records, ElementsAre(LogRecord{"frmPopup", "LeavePeriods",
                                                   "Unexpected Event 8 in State 3", 0}));
   EXPECT_EQ(log->malformed, 0);
-}
 
-TEST_F(FrameTest, AFailureStopsTheProcedureLogsOnceAndGivesTheDefault) {
-  Ref<Widget> nothing;
-  int reached = 0;
-  Frame frame(ctx, "frmPopup", "cmdAgAdd_Click");
-  const int result = frame.Run(7, [&] {
-    reached = 1;
-    nothing->value = 3;  // a call on nothing
-    reached = 2;
-    return 42;
-  });
-  EXPECT_EQ(result, 7);
-  EXPECT_EQ(reached, 1);
-  EXPECT_THAT(log->records,
-              ElementsAre(LogRecord{"frmPopup", "cmdAgAdd_Click",
-                                    "Object variable or With block variable not set", 91}));
-}
-
-TEST_F(FrameTest, SoftTextAndErrorGiveTwoRecordsInThatOrder) {
-  Frame frame(ctx, "Utils", "GetFolder");
-  frame.Run([&] {
-    frame.ErrorText = "Inbox not found";
+  // With an error as well: two records, the text first.
+  log->records.clear();
+  Frame second(ctx, "Utils", "GetFolder");
+  second.Run([&] {
+    second.ErrorText = "Inbox not found";
     Raise(err::kDivisionByZero);
   });
   EXPECT_THAT(log->records, ElementsAre(LogRecord{"Utils", "GetFolder", "Inbox not found", 0},
                                         LogRecord{"Utils", "GetFolder", "Division by zero", 11}));
 }
 
-TEST_F(FrameTest, ResultSetBeforeTheFailureIsWhatTheCallerGets) {
-  Frame frame(ctx, "frmPopup", "FormRun");
-  const bool result = frame.Run(false, [&](bool& r) {
+TEST_F(FrameTest, AFailureStopsTheProcedureLogsOnceAndGivesTheResultSoFar) {
+  Ref<Widget> nothing;
+  int reached = 0;
+  Frame frame(ctx, "frmPopup", "cmdAgAdd_Click");
+  EXPECT_EQ(frame.Run(7,
+                      [&] {
+                        reached = 1;
+                        nothing->value = 3;  // a call on nothing
+                        reached = 2;
+                        return 42;
+                      }),
+            7);
+  EXPECT_EQ(reached, 1);
+  EXPECT_THAT(log->records,
+              ElementsAre(LogRecord{"frmPopup", "cmdAgAdd_Click",
+                                    "Object variable or With block variable not set", 91}));
+
+  // A result set before the failure is what the caller gets.
+  Frame second(ctx, "frmPopup", "FormRun");
+  EXPECT_TRUE(second.Run(false, [&](bool& r) {
     r = true;
     Raise(err::kObjectNotSet);
-  });
-  EXPECT_TRUE(result);
-  EXPECT_EQ(log->records.size(), 1U);
+  }));
+  EXPECT_EQ(log->records.size(), 2U);
+
+  // Foreign exceptions are logged as internal errors.
+  Frame third(ctx, "frmPopup", "LoadLog");
+  EXPECT_EQ(third.Run(0, []() -> int { throw std::out_of_range("vector"); }), 0);
+  ASSERT_EQ(log->records.size(), 3U);
+  EXPECT_EQ(log->records[2].number, 51);
 }
 
 TEST_F(FrameTest, NegativeNumbersFromServersEndTheProcedureSilently) {
@@ -97,7 +101,6 @@ TEST_F(FrameTest, NegativeNumbersFromServersEndTheProcedureSilently) {
 
 TEST_F(FrameTest, NumberAbove32767OverflowsIntoTheCallersFrame) {
   Frame outer(ctx, "frmPopup", "LoadSummary");
-  bool innerReturned = false;
   bool afterInner = false;
   outer.Run([&] {
     Frame inner(ctx, "frmPopup", "PopulateSelector");
@@ -105,10 +108,8 @@ TEST_F(FrameTest, NumberAbove32767OverflowsIntoTheCallersFrame) {
       inner.ErrorText = "building tree";
       throw VbError(err::kKeyNotUnique);  // 35602 does not fit 16 bits
     });
-    innerReturned = true;
     afterInner = true;
   });
-  EXPECT_FALSE(innerReturned);
   EXPECT_FALSE(afterInner);
   // The inner text is logged, its error is not; the caller logs the overflow.
   EXPECT_THAT(log->records,
@@ -122,25 +123,10 @@ TEST_F(FrameTest, NumberAbove32767OverflowsIntoTheCallersFrame) {
   EXPECT_THAT(log->records, ElementsAre(LogRecord{"Utils", "TrimAll", "largest", 32767}));
 }
 
-TEST_F(FrameTest, WithNoErrorLogFailuresArePassedOver) {
-  ctx.errorLog.Reset();
-  Frame frame(ctx, "Startup", "Main");
-  EXPECT_NO_THROW(frame.Run([&] {
-    frame.ErrorText = "Unable to Open Boot Config";
-    throw VbError(40000, "too large for the record");
-  }));
-  EXPECT_THAT(log->records, IsEmpty());
-}
-
-TEST_F(FrameTest, AFailingLogGoesToTheCallerUnlessTheFramePassesOver) {
+TEST_F(FrameTest, AMissingOrFailingLogIsPassedOverOnlyWhereTheFrameSaysSo) {
   log->failWith = 5;
   Frame frame(ctx, "frmPopup", "Form_Load");
-  try {
-    frame.Run([&] { frame.ErrorText = "x"; });
-    ADD_FAILURE() << "the failed LogEvent should reach the caller";
-  } catch (const VbError& e) {
-    EXPECT_EQ(e.Number(), 5);
-  }
+  EXPECT_VB_ERROR(frame.Run([&] { frame.ErrorText = "x"; }), 5);
 
   Frame main(ctx, "Startup", "Main");
   main.PassOverErrors = true;
@@ -148,14 +134,16 @@ TEST_F(FrameTest, AFailingLogGoesToTheCallerUnlessTheFramePassesOver) {
     main.ErrorText = "x";
     Raise(err::kTypeMismatch);
   }));
-}
 
-TEST_F(FrameTest, ForeignExceptionsAreLoggedAsInternalErrors) {
-  Frame frame(ctx, "frmPopup", "LoadLog");
-  const int result = frame.Run(0, []() -> int { throw std::out_of_range("vector"); });
-  EXPECT_EQ(result, 0);
-  ASSERT_EQ(log->records.size(), 1U);
-  EXPECT_EQ(log->records[0].number, 51);
+  // With no error log at all, failures are passed over.
+  log->failWith = 0;
+  ctx.errorLog.Reset();
+  Frame startup(ctx, "Startup", "Main");
+  EXPECT_NO_THROW(startup.Run([&] {
+    startup.ErrorText = "Unable to Open Boot Config";
+    throw VbError(40000, "too large for the record");
+  }));
+  EXPECT_THAT(log->records, IsEmpty());
 }
 
 }  // namespace

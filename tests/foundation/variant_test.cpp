@@ -10,19 +10,26 @@ namespace {
 
 using test::ErrorNumber;
 
-TEST(VariantTest, TextOfEachTypeIsTheRuntimesText) {
-  EXPECT_EQ(Variant().ToString(), "");
-  EXPECT_EQ(Variant(true).ToString(), "True");
-  EXPECT_EQ(Variant(false).ToString(), "False");
-  EXPECT_EQ(Variant(int16_t{-5}).ToString(), "-5");
-  EXPECT_EQ(Variant(int32_t{100000}).ToString(), "100000");
-  EXPECT_EQ(Variant(1.5).ToString(), "1.5");
-  EXPECT_EQ(Variant(3.0).ToString(), "3");
-  EXPECT_EQ(Variant("x y").ToString(), "x y");
-  EXPECT_EQ(Variant(DateTimeSerial(1963, 9, 22, 14, 5, 0)).ToString(), "22/09/1963 14:05:00");
-  EXPECT_EQ(Variant(DateSerial(1963, 9, 22)).ToString(), "22/09/1963");
-  EXPECT_EQ(Variant(TimeSerial(6, 30, 0)).ToString(), "06:30:00");
-  EXPECT_EQ(Variant(Date()).ToString(), "00:00:00");
+TEST(VariantTest, TextAndTypeNameOfEachTypeAreTheRuntimes) {
+  const struct {
+    Variant value;
+    const char *text, *type;
+  } cases[] = {{Variant(), "", "Empty"},
+               {true, "True", "Boolean"},
+               {false, "False", "Boolean"},
+               {int16_t{-5}, "-5", "Integer"},
+               {int32_t{100000}, "100000", "Long"},
+               {1.5, "1.5", "Double"},
+               {3.0, "3", "Double"},
+               {"x y", "x y", "String"},
+               {DateTimeSerial(1963, 9, 22, 14, 5, 0), "22/09/1963 14:05:00", "Date"},
+               {DateSerial(1963, 9, 22), "22/09/1963", "Date"},
+               {TimeSerial(6, 30, 0), "06:30:00", "Date"},
+               {Date(), "00:00:00", "Date"}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.value.ToString(), c.text);
+    EXPECT_EQ(c.value.TypeName(), c.type) << c.text;
+  }
 }
 
 TEST(VariantTest, NumericConversionsFollowTheRuntime) {
@@ -36,18 +43,20 @@ TEST(VariantTest, NumericConversionsFollowTheRuntime) {
   EXPECT_EQ(ErrorNumber([] { (void)Variant(int32_t{40000}).ToInteger(); }), err::kOverflow);
   EXPECT_EQ(ErrorNumber([] { (void)Variant("abc").ToDouble(); }), err::kTypeMismatch);
   EXPECT_EQ(ErrorNumber([] { (void)Variant("").ToLong(); }), err::kTypeMismatch);
-
-  EXPECT_TRUE(Variant(2.5).ToBool());
-  EXPECT_FALSE(Variant().ToBool());
-  EXPECT_TRUE(Variant("true").ToBool());
-  EXPECT_FALSE(Variant("0").ToBool());
   EXPECT_EQ(ErrorNumber([] { (void)Variant("abc").ToBool(); }), err::kTypeMismatch);
 
-  EXPECT_TRUE(Variant(" 4 ").IsNumeric());
-  EXPECT_TRUE(Variant(false).IsNumeric());
+  const struct {
+    Variant value;
+    bool truth, numeric;
+  } cases[] = {{2.5, true, true},  {"true", true, true}, {Variant(), false, false},
+               {"0", false, true}, {false, false, true}, {DateSerial(2000, 1, 1), true, false},
+               {" 4 ", true, true}};
+  for (size_t i = 0; i < std::size(cases); ++i) {
+    const auto& c = cases[i];
+    EXPECT_EQ(c.value.ToBool(), c.truth) << "case " << i;
+    EXPECT_EQ(c.value.IsNumeric(), c.numeric) << "case " << i;
+  }
   EXPECT_FALSE(Variant("4x").IsNumeric());
-  EXPECT_FALSE(Variant().IsNumeric());
-  EXPECT_FALSE(Variant(DateSerial(2000, 1, 1)).IsNumeric());
 }
 
 TEST(VariantTest, DatesReadFromSerialsAndTheTwoTextForms) {
@@ -68,33 +77,22 @@ TEST(VariantTest, DatesReadFromSerialsAndTheTwoTextForms) {
 }
 
 TEST(VariantTest, LooseEqualityComparesLikeTheRuntime) {
-  EXPECT_TRUE(Variant(true).Equals(Variant(int16_t{-1})));
-  EXPECT_FALSE(Variant(true).Equals(Variant(int16_t{1})));
-  EXPECT_FALSE(Variant("abc").Equals(Variant("ABC")));
-  EXPECT_TRUE(Variant(" 5 ").Equals(Variant(int32_t{5})));
-  EXPECT_TRUE(Variant(5.0).Equals(Variant("5")));
-  EXPECT_FALSE(Variant("5x").Equals(Variant(5.0)));
-  EXPECT_FALSE(Variant("5").Equals(Variant("5.0")));  // two texts compare as texts
-  EXPECT_TRUE(Variant().Equals(Variant(int16_t{0})));
-  EXPECT_TRUE(Variant().Equals(Variant("")));
-  EXPECT_TRUE(Variant().Equals(Variant(false)));
-  EXPECT_FALSE(Variant().Equals(Variant("0")));
-  EXPECT_TRUE(Variant(DateSerial(1900, 1, 1)).Equals(Variant(2.0)));
-  EXPECT_TRUE(Variant(DateSerial(1963, 9, 22)).Equals(Variant("22/09/1963")));
-  EXPECT_FALSE(Variant(DateSerial(1963, 9, 22)).Equals(Variant("23/09/1963")));
+  // Two texts compare as texts ("5" against "5.0"); Empty equals 0, "" and False but not "0".
+  const struct {
+    Variant a, b;
+    bool equal;
+  } cases[] = {{5.0, "5", true},         {true, int16_t{-1}, true},
+               {"5x", 5.0, false},       {true, int16_t{1}, false},
+               {"5", "5.0", false},      {" 5 ", int32_t{5}, true},
+               {"abc", "ABC", false},    {Variant(), int16_t{0}, true},
+               {Variant(), "", true},    {DateSerial(1900, 1, 1), 2.0, true},
+               {Variant(), "0", false},  {DateSerial(1963, 9, 22), "22/09/1963", true},
+               {Variant(), false, true}, {DateSerial(1963, 9, 22), "23/09/1963", false}};
+  for (size_t i = 0; i < std::size(cases); ++i)
+    EXPECT_EQ(cases[i].a.Equals(cases[i].b), cases[i].equal) << "case " << i;
   // Exact equality also wants the same type.
   EXPECT_FALSE(Variant(int16_t{3}) == Variant(int32_t{3}));
   EXPECT_TRUE(Variant("a") == Variant(std::string("a")));
-}
-
-TEST(VariantTest, TypeNamesAreTheConfigurationNames) {
-  EXPECT_EQ(Variant().TypeName(), "Empty");
-  EXPECT_EQ(Variant(true).TypeName(), "Boolean");
-  EXPECT_EQ(Variant(int16_t{1}).TypeName(), "Integer");
-  EXPECT_EQ(Variant(int32_t{1}).TypeName(), "Long");
-  EXPECT_EQ(Variant(1.0).TypeName(), "Double");
-  EXPECT_EQ(Variant("").TypeName(), "String");
-  EXPECT_EQ(Variant(Date(1)).TypeName(), "Date");
 }
 
 }  // namespace

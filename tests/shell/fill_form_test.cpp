@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <initializer_list>
 #include <string>
 #include <utility>
@@ -13,13 +14,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-struct Rect {
-  int32_t left, top, width, height;
-  friend bool operator==(const Rect&, const Rect&) = default;
-  friend std::ostream& operator<<(std::ostream& os, const Rect& r) {
-    return os << "{" << r.left << ", " << r.top << ", " << r.width << ", " << r.height << "}";
-  }
-};
+using Rect = std::array<int32_t, 4>;  // left, top, width, height
 
 Rect RectOf(const Control& c) {
   return {c.Left(), c.Top(), c.Width(), c.Height()};

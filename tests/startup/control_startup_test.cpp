@@ -106,7 +106,7 @@ class StartupTest : public ::testing::Test {
   PopupStub popup{host};
 };
 
-TEST_F(StartupTest, FirstStartGraftsTheBootBranchCommitsAndShowsTheMainForm) {
+TEST_F(StartupTest, FirstStartGraftsTheBootBranchAndCommitsALaterStartLeavesItAlone) {
   Main();
   EXPECT_TRUE(popup.Visible());
   EXPECT_EQ(popup.loads, 1);
@@ -114,42 +114,31 @@ TEST_F(StartupTest, FirstStartGraftsTheBootBranchCommitsAndShowsTheMainForm) {
   EXPECT_THAT(servers.log->lifecycle, ElementsAre("ComponentStarted VellixControl"));
   EXPECT_THAT(servers.log->records, IsEmpty());
   EXPECT_TRUE(servers.startupHolder.expired()) << "the holder goes once the tree is reached";
-
-  // The branch is in the tree and on disk.
-  EXPECT_FALSE(ctx.rootNode->GetNode("Componants.VellixControl", false, "", Variant()).IsNothing());
-  EXPECT_EQ(ctx.rootNode->GetValue("Componants.VellixControl.Strings.ProductName").ToString(),
-            "Vellix Control");
   ConfigServer reopened(dir / "ConfigTree.xml", "");
-  ASSERT_FALSE(reopened.RootNode().IsNothing());
-  EXPECT_FALSE(
-      reopened.RootNode()->GetNode("Componants.VellixControl", false, "", Variant()).IsNothing());
+  EXPECT_EQ(
+      reopened.RootNode()->GetValue("Componants.VellixControl.Strings.ProductName").ToString(),
+      "Vellix Control");
 
   // The global formats and the back colour come from the shared branch.
   EXPECT_EQ(ctx.externalDateFormat,
             ctx.rootNode->GetValue("CommonFormat.GlobalConfig.ExternalDateFormat").ToString());
   EXPECT_FALSE(ctx.externalDateFormat.empty());
-  const int32_t red = ctx.rootNode->GetValue("CommonFormat.Color.BackColorRed").ToInteger();
-  const int32_t green = ctx.rootNode->GetValue("CommonFormat.Color.BackColorGreen").ToInteger();
-  const int32_t blue = ctx.rootNode->GetValue("CommonFormat.Color.BackColorBlue").ToInteger();
-  EXPECT_EQ(ctx.backColor, red + 256 * green + 65536 * blue);
-}
+  auto colour = [&](const char* c) {
+    return ctx.rootNode->GetValue(std::string("CommonFormat.Color.BackColor") + c).ToInteger();
+  };
+  EXPECT_EQ(ctx.backColor, colour("Red") + 256 * colour("Green") + 65536 * colour("Blue"));
 
-TEST_F(StartupTest, ATreeThatHoldsTheBranchIsLeftAloneAndTheBootFileIsNotOpened) {
-  Main();
+  // A second process finds the committed branch, with the user's change, and
+  // never opens the boot file beside the executable, now broken.
   ctx.rootNode->GetNode("Componants.VellixControl.Strings.ProductName", false, "", Variant())
       ->SetContent(Variant("Renamed"));
   ctx.rootNode->Commit("");
-
-  // A second process: the boot file beside the executable is now broken.
   std::ofstream(dir / ControlStartup::kBootConfigFile) << "<not xml";
-  ManualClock clock2;
-  test::ScriptedHost host2{&clock2};
-  Context ctx2{clock2, &host2};
+  Context ctx2{clock, &host};
   ctx2.exeFolder = dir.string();
   Servers servers2{dir / "ConfigTree.xml"};
-  PopupStub popup2{host2};
+  PopupStub popup2{host};
   ControlStartup::Main(ctx2, servers2, popup2);
-
   EXPECT_EQ(servers2.freeNodes, 0);
   EXPECT_TRUE(popup2.Visible());
   EXPECT_EQ(ctx2.rootNode->GetValue("Componants.VellixControl.Strings.ProductName").ToString(),
@@ -158,20 +147,20 @@ TEST_F(StartupTest, ATreeThatHoldsTheBranchIsLeftAloneAndTheBootFileIsNotOpened)
 }
 
 TEST_F(StartupTest, AColourKeyThatHoldsNoNumberGivesZeroForThatComponent) {
-  ctx.rootNode = servers.config->RootNode();
-  ctx.rootNode->GetNode("CommonFormat.Color.BackColorRed", true, "String", Variant("10"))
-      ->SetContent(Variant("10"));
-  ctx.rootNode->GetNode("CommonFormat.Color.BackColorGreen", true, "String", Variant(""))
-      ->SetContent(Variant("light"));
-  ctx.rootNode->GetNode("CommonFormat.Color.BackColorBlue", true, "String", Variant(""))
-      ->SetContent(Variant("2 and more"));
+  for (const auto& [colour, text] : {std::pair<const char*, const char*>{"Red", "10"},
+                                     {"Green", "light"},
+                                     {"Blue", "2 and more"}}) {
+    servers.config->RootNode()
+        ->GetNode(std::string("CommonFormat.Color.BackColor") + colour, true, "String", Variant())
+        ->SetContent(Variant(text));
+  }
   Main();
   EXPECT_EQ(ctx.backColor, 10 + 65536 * 2);
   EXPECT_TRUE(popup.Visible());
   EXPECT_THAT(servers.log->records, IsEmpty());
 }
 
-TEST_F(StartupTest, NoErrorLogMeansOneMessageAndNothingElse) {
+TEST_F(StartupTest, AnUnreachableErrorLogOrConfigurationMeansOneMessageAndNoWindow) {
   servers.errorLogReachable = false;
   Main();
   EXPECT_THAT(host.Prompts(),
@@ -180,9 +169,10 @@ TEST_F(StartupTest, NoErrorLogMeansOneMessageAndNothingElse) {
   EXPECT_EQ(servers.configConnectors, 0);
   EXPECT_FALSE(popup.Loaded());
   EXPECT_THAT(servers.log->lifecycle, IsEmpty());
-}
 
-TEST_F(StartupTest, NoConfigurationMeansOneMessageAfterTheComponentStarted) {
+  // The configuration is asked for after the component has started.
+  host.ClearPrompts();
+  servers.errorLogReachable = true;
   servers.configReachable = false;
   Main();
   EXPECT_THAT(host.Prompts(),
@@ -191,7 +181,7 @@ TEST_F(StartupTest, NoConfigurationMeansOneMessageAfterTheComponentStarted) {
   EXPECT_FALSE(popup.Loaded());
 }
 
-TEST_F(StartupTest, AMissingBootFileEndsWithALogRecordAndNoWindow) {
+TEST_F(StartupTest, AMissingBootFileOrABranchThatCannotBeGraftedEndsWithALogRecordAndNoWindow) {
   ctx.exeFolder = dir.string();  // no boot file here
   Main();
   EXPECT_FALSE(popup.Loaded());
@@ -201,14 +191,14 @@ TEST_F(StartupTest, AMissingBootFileEndsWithALogRecordAndNoWindow) {
   EXPECT_TRUE(servers.config->RootNode()
                   ->GetNode("Componants.VellixControl", false, "", Variant())
                   .IsNothing());
-}
 
-TEST_F(StartupTest, ABranchThatCannotBeGraftedEndsWithALogRecordAndNoWindow) {
   // A tree whose "Componants" is a value, not a collection, takes no branch.
   std::ofstream(dir / "ConfigTree.xml")
       << "<?xml version=\"1.0\"?>\n<config>\n"
          "  <node key=\"Componants\" type=\"String\">none</node>\n</config>\n";
   servers.config = std::make_shared<ConfigServer>(dir / "ConfigTree.xml", "");
+  servers.log->records.clear();
+  ctx.exeFolder = kResources.string();
   Main();
   EXPECT_FALSE(popup.Loaded());
   EXPECT_THAT(servers.log->records,

@@ -5,33 +5,26 @@
 namespace vellix::desktop {
 namespace {
 
-TEST(PathMapping, WindowsStylePathsLandUnderTheirDriveRoot) {
-  PathMapping map("/data");
-  EXPECT_EQ(map.ToNative("c:\\Orvane Vellix Store"), "/data/drives/c/Orvane Vellix Store");
-  EXPECT_EQ(map.ToNative("D:\\Backup\\2026\\"), "/data/drives/d/Backup/2026");
-  EXPECT_EQ(map.ToNative("C:"), "/data/drives/c");
-  EXPECT_EQ(map.ToNative("\\Top\\file.pst"), "/data/drives/c/Top/file.pst");
-  EXPECT_EQ(map.ToNative("relative\\x"), "/data/drives/c/relative/x");
-  EXPECT_EQ(map.ToNative("\\\\server\\share\\a"), "/data/unc/server/share/a");
-  EXPECT_EQ(map.ToNative(""), "/data/drives/c");
-}
+TEST(PathMapping, WindowsPathsLandUnderTheirDriveRootAndReadBack) {
+  // POSIX paths stay; separators of either kind are taken; ".." never leaves a drive root.
+  const PathMapping map("/data");
+  const struct {
+    const char *logic, *native;
+  } cases[] = {{"c:\\Orvane Vellix Store", "/data/drives/c/Orvane Vellix Store"},
+               {"D:\\Backup\\2026\\", "/data/drives/d/Backup/2026"},
+               {"C:", "/data/drives/c"},
+               {"", "/data/drives/c"},
+               {"\\Top\\file.pst", "/data/drives/c/Top/file.pst"},
+               {"relative\\x", "/data/drives/c/relative/x"},
+               {"\\\\server\\share\\a", "/data/unc/server/share/a"},
+               {"/home//user/./Backups/", "/home/user/Backups"},
+               {"c:/a\\b/c", "/data/drives/c/a/b/c"},
+               {"c:\\..\\..\\etc\\passwd", "/data/drives/c/etc/passwd"},
+               {"c:\\a\\b\\..\\c", "/data/drives/c/a/c"},
+               {"/../etc", "/etc"}};
+  for (const auto& c : cases)
+    EXPECT_EQ(map.ToNative(c.logic), c.native) << c.logic;
 
-TEST(PathMapping, PosixPathsStayAndMixedSeparatorsAreAccepted) {
-  PathMapping map("/data");
-  EXPECT_EQ(map.ToNative("/home/user/Backups"), "/home/user/Backups");
-  EXPECT_EQ(map.ToNative("/home//user/./Backups/"), "/home/user/Backups");
-  EXPECT_EQ(map.ToNative("c:/a\\b/c"), "/data/drives/c/a/b/c");
-}
-
-TEST(PathMapping, DotDotNeverLeavesTheDriveRoot) {
-  PathMapping map("/data");
-  EXPECT_EQ(map.ToNative("c:\\..\\..\\etc\\passwd"), "/data/drives/c/etc/passwd");
-  EXPECT_EQ(map.ToNative("c:\\a\\b\\..\\c"), "/data/drives/c/a/c");
-  EXPECT_EQ(map.ToNative("/../etc"), "/etc");
-}
-
-TEST(PathMapping, NativePathsInsideADriveRootReadBackAsDrivePaths) {
-  PathMapping map("/data");
   EXPECT_EQ(map.ToLogic("/data/drives/c/Orvane Vellix Store"), "C:\\Orvane Vellix Store");
   EXPECT_EQ(map.ToLogic("/data/drives/d"), "D:\\");
   EXPECT_EQ(map.ToLogic("/home/user/x"), "/home/user/x");

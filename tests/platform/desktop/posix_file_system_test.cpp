@@ -6,33 +6,25 @@
 #include <set>
 
 #include "foundation/text.h"
-#include "foundation/vb_error.h"
 #include "scratch_folder.h"
+#include "support/expect_vb_error.h"
 
 namespace vellix::desktop {
 namespace {
 
-int32_t ErrorOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const VbError& e) {
-    return e.Number();
-  }
-  return 0;
-}
+using vellix::test::ErrorNumber;
 
 TEST(FileSystem, CreatesOneFolderLevelAndFailsWhenTheParentIsMissing) {
   test::ScratchFolder scratch;
   PosixFileSystem fs{PathMapping(scratch.Path())};
-
   EXPECT_FALSE(fs.FolderExists("C:\\Orvane Vellix Store"));
   fs.CreateFolder("C:\\Orvane Vellix Store");
   EXPECT_TRUE(fs.FolderExists("c:\\Orvane Vellix Store\\"));
   EXPECT_TRUE(std::filesystem::is_directory(scratch.Path() / "drives/c/Orvane Vellix Store"));
-  EXPECT_EQ(ErrorOf([&] { fs.CreateFolder("C:\\Orvane Vellix Store"); }), 58);
+  EXPECT_EQ(ErrorNumber([&] { fs.CreateFolder("C:\\Orvane Vellix Store"); }), 58);
 
   // Two levels below anything that is there: nothing is made at all.
-  EXPECT_EQ(ErrorOf([&] { fs.CreateFolder("D:\\Archive\\2026"); }), 76);
+  EXPECT_EQ(ErrorNumber([&] { fs.CreateFolder("D:\\Archive\\2026"); }), 76);
   EXPECT_FALSE(fs.FolderExists("D:\\Archive"));
   EXPECT_TRUE(fs.FolderExists("D:\\")) << "every drive is there";
 
@@ -40,20 +32,18 @@ TEST(FileSystem, CreatesOneFolderLevelAndFailsWhenTheParentIsMissing) {
   const auto posix = (scratch.Path() / "posix").string();
   fs.CreateFolder(posix);
   EXPECT_TRUE(fs.FolderExists(posix));
-  EXPECT_EQ(ErrorOf([&] { fs.CreateFolder(posix + "/a/b"); }), 76);
+  EXPECT_EQ(ErrorNumber([&] { fs.CreateFolder(posix + "/a/b"); }), 76);
 
-  EXPECT_FALSE(fs.FolderExists(""));
-  EXPECT_FALSE(fs.FolderExists("   "));
-  EXPECT_EQ(ErrorOf([&] { fs.CreateFolder(""); }), 76);
   fs.WriteTextFile("C:\\file.txt", "x");
-  EXPECT_FALSE(fs.FolderExists("C:\\file.txt"));
-  EXPECT_EQ(ErrorOf([&] { fs.CreateFolder("C:\\file.txt\\sub"); }), 76);
+  for (const char* notAFolder : {"", "   ", "C:\\file.txt"})
+    EXPECT_FALSE(fs.FolderExists(notAFolder)) << notAFolder;
+  EXPECT_EQ(ErrorNumber([&] { fs.CreateFolder(""); }), 76);
+  EXPECT_EQ(ErrorNumber([&] { fs.CreateFolder("C:\\file.txt\\sub"); }), 76);
 }
 
 TEST(FileSystem, WritesAndDeletesTheHelpPageBesideTheTemporaryFolder) {
   test::ScratchFolder scratch;
   PosixFileSystem fs{PathMapping(scratch.Path())};
-
   const auto temp = fs.GetSpecialFolder(2);
   EXPECT_EQ(temp, "C:\\Temp");
   EXPECT_TRUE(fs.FolderExists(temp));
@@ -77,12 +67,12 @@ TEST(FileSystem, WritesAndDeletesTheHelpPageBesideTheTemporaryFolder) {
 
   fs.DeleteFile(page);
   EXPECT_FALSE(fs.FileExists(page));
-  EXPECT_EQ(ErrorOf([&] { fs.DeleteFile(page); }), 53);
-  EXPECT_EQ(ErrorOf([&] { fs.DeleteFile(temp); }), 53) << "a folder is no file";
-  EXPECT_EQ(ErrorOf([&] { fs.WriteTextFile("C:\\Nowhere\\page.htm", "x"); }), 76);
-  EXPECT_EQ(ErrorOf([&] { fs.WriteTextFile(temp, "x"); }), 70);
+  EXPECT_EQ(ErrorNumber([&] { fs.DeleteFile(page); }), 53);
+  EXPECT_EQ(ErrorNumber([&] { fs.DeleteFile(temp); }), 53) << "a folder is no file";
+  EXPECT_EQ(ErrorNumber([&] { fs.WriteTextFile("C:\\Nowhere\\page.htm", "x"); }), 76);
+  EXPECT_EQ(ErrorNumber([&] { fs.WriteTextFile(temp, "x"); }), 70);
   EXPECT_TRUE(fs.FolderExists(temp)) << "the folder survives a refused write";
-  EXPECT_EQ(ErrorOf([&] { fs.GetSpecialFolder(3); }), 5);
+  EXPECT_EQ(ErrorNumber([&] { fs.GetSpecialFolder(3); }), 5);
 }
 
 }  // namespace

@@ -103,20 +103,15 @@ TEST(WebBrowser, SaysWhenTheBrowserCannotBeStarted) {
   test::ScratchFolder scratch;
   XdgWebBrowser browser(PathMapping(scratch.Path()),
                         test::FixedEnvironment({{"PATH", scratch.Path().string()}}));
-  EXPECT_EQ(browser.ShellExecute("", "https://x"), 2);
-  EXPECT_EQ(browser.ShellExecute((scratch.Path() / "none").string(), "https://x"), 2);
-  EXPECT_EQ(browser.ShellExecute("none", "https://x"), 2);
-  EXPECT_EQ(browser.ShellExecute(scratch.Path().string(), "https://x"), 2) << "a folder";
-  const auto plain = scratch.WriteFile("plain", "#!/bin/sh\n");
-  EXPECT_EQ(browser.ShellExecute(plain.string(), "https://x"), 5);
-  const auto noInterpreter = scratch.WriteFile("broken", "#!/no/such/shell\n", true);
-  EXPECT_LE(browser.ShellExecute(noInterpreter.string(), "https://x"), 32);
-  const auto junk = scratch.WriteFile("junk",
-                                      std::string("\x7f"
-                                                  "ELF junk",
-                                                  8),
-                                      true);
-  EXPECT_LE(browser.ShellExecute(junk.string(), "https://x"), 32);
+  // No program, a missing one by path or by name, and a folder.
+  for (const auto& missing : {std::string(), (scratch.Path() / "none").string(),
+                              std::string("none"), scratch.Path().string()})
+    EXPECT_EQ(browser.ShellExecute(missing, "https://x"), 2) << missing;
+  EXPECT_EQ(browser.ShellExecute(scratch.WriteFile("plain", "#!/bin/sh\n").string(), "x"), 5);
+  // A script whose interpreter is missing, and a broken program.
+  for (const auto& [name, text] :
+       {std::pair{"broken", "#!/no/such/shell\n"}, std::pair{"junk", "\177ELF junk"}})
+    EXPECT_LE(browser.ShellExecute(scratch.WriteFile(name, text, true).string(), "x"), 32) << name;
   EXPECT_EQ(browser.LastProcessId(), 0) << "nothing was started";
 }
 

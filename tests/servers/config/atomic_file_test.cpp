@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <iterator>
 #include <string>
 
 #include "servers/config/temp_folder.h"
@@ -14,11 +15,8 @@
 namespace vellix {
 namespace {
 
-int CountFiles(const std::filesystem::path& folder) {
-  int count = 0;
-  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder))
-    ++count;
-  return count;
+long CountFiles(const std::filesystem::path& folder) {
+  return std::distance(std::filesystem::directory_iterator(folder), {});
 }
 
 TEST(AtomicFile, ReplacesTheContentAndKeepsThePermissions) {

@@ -2,10 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <map>
 #include <string>
 
+#include "foundation/text.h"
 #include "foundation/vb_error.h"
 #include "servers/config/atomic_file.h"
+#include "servers/config/data_paths.h"
 #include "servers/config/temp_folder.h"
 
 namespace vellix {
@@ -13,30 +17,71 @@ namespace {
 
 const std::filesystem::path kResources = std::filesystem::path(VELLIX_SOURCE_DIR) / "resources";
 
-TEST(ConfigServer, FirstStartBeginsFromTheSharedBranchAndKeepsWhatIsCommitted) {
+TEST(ConfigServer, FirstStartBeginsFromTheShippedFilesWithEveryKeyTheShellReads) {
   test::TempFolder folder;
   const auto file = folder / "vellix" / "ConfigTree.xml";
+  Variant tabsHeight;
   {
     ConfigServer server(file, kResources / "CommonFormat.xml");
     EXPECT_EQ(server.ConfigFileName(), file.string());
     EXPECT_EQ(server.Componant(), "OVConfig");
     auto root = server.RootNode();
     ASSERT_FALSE(root.IsNothing()) << server.OpenError();
-    EXPECT_EQ(root->GetValue("CommonFormat.FormLayout.RowHeight"), Variant(int16_t{375}));
     auto componants = root->GetNode("Componants", false, "", Variant());
     ASSERT_FALSE(componants.IsNothing());
     EXPECT_TRUE(componants->ConfigEntries().empty());
-    EXPECT_FALSE(std::filesystem::exists(file));  // nothing written before a commit
+    Ref<ConfigNode> branch(NewFreeConfigNode());
+    ASSERT_TRUE(branch->LoadFile((kResources / "VellixControlBootConfig.xml").string()));
+    ASSERT_TRUE(root->AttachBranch(branch, "Componants"));
 
-    root->GetNode("Componants.VellixControl.Hidden", true, "Boolean", true)->SetContent(false);
+    // Each key the shell reads is there, of the type it reads, with a usable value: a text
+    // (when hi is 0) or a number from lo to hi.
+    const auto expect = [&](const std::string& prefix, const std::string& keys, const char* type,
+                            long lo = 0, long hi = 0) {
+      for (const auto& key : Split(keys, " ")) {
+        auto node = root->GetNode(prefix + key, false, "", Variant());
+        ASSERT_FALSE(node.IsNothing()) << key;
+        if (type) {
+          EXPECT_EQ(node->ContentType(), type) << key;
+        }
+        const Variant v = node->GetContent();
+        EXPECT_TRUE(hi == 0 ? !v.ToString().empty()
+                            : v.IsNumeric() && v.ToLong() >= lo && v.ToLong() <= hi)
+            << key << " = " << v.ToString();
+      }
+    };
+    expect("CommonFormat.GlobalConfig.External", "DateFormat TimeFormat DateTimeFormat", "String");
+    expect("CommonFormat.Color.BackColor", "Red Green Blue", nullptr, 0, 255);
+    expect("CommonFormat.FormLayout.",
+           "TextOffset Border RowHeight ButtonWidth FormBLRBorder FormTopBorder LabelColumnWidth "
+           "DataColumnWidth CharWidth TabsHeight",
+           "Integer", 1, 32767);
+    const std::string strings = "Componants.VellixControl.Strings.";
+    expect(strings,
+           "ProductName PopupFormTitle SystemTrayTip QuickSetup.FormCaption "
+           "QuickSetup.MsgNowRunning QuickSetup.MsgWaitingToStart ControlPanel.ConfirmClose "
+           "ControlPanel.Summary.QuickSetupWarning ControlPanel.cmdStopStart.Start "
+           "ControlPanel.cmdStopStart.Stop ControlPanel.cmdStopStart-Tip ControlPanel.cmdHide "
+           "ControlPanel.cmdHide-Tip ControlPanel.cmdExit ControlPanel.cmdExit-Tip",
+           "String");
+    for (const auto& tab : Split("Summary Periods Agents Import Backup Log", " "))
+      expect(strings + "ControlPanel." + tab, ".Tab .ToolTip", "String");
+    // The panel's size is a 16-bit number of twips that a layout can add to.
+    expect(strings + "ControlPanel.", "PicWidth PicHeight", "Integer", 1001, 15999);
+    EXPECT_EQ(root->GetValue(strings + "ProductName"), Variant("Vellix Control"));
+    EXPECT_EQ(root->GetValue("Componants.VellixControl.Hidden"), Variant(false));
+
+    EXPECT_FALSE(std::filesystem::exists(file));  // nothing written before a commit
+    tabsHeight = root->GetValue("CommonFormat.FormLayout.TabsHeight");
+    root->GetNode("Componants.VellixControl.Hidden", false, "", Variant())->SetContent(true);
     // A commit through any node writes the whole tree.
     root->GetNode("CommonFormat.Color", false, "", Variant())->Commit("");
   }
   ConfigServer reopened(file, {});
   auto root = reopened.RootNode();
   ASSERT_FALSE(root.IsNothing()) << reopened.OpenError();
-  EXPECT_EQ(root->GetValue("Componants.VellixControl.Hidden"), Variant(false));
-  EXPECT_EQ(root->GetValue("CommonFormat.FormLayout.TabsHeight"), Variant(int16_t{420}));
+  EXPECT_EQ(root->GetValue("Componants.VellixControl.Hidden"), Variant(true));
+  EXPECT_EQ(root->GetValue("CommonFormat.FormLayout.TabsHeight"), tabsHeight);
 }
 
 TEST(ConfigServer, ACommitRewritesTheFileOnlyWhenItWouldChangeIt) {
@@ -49,12 +94,9 @@ TEST(ConfigServer, ACommitRewritesTheFileOnlyWhenItWouldChangeIt) {
   root->Commit("");
   const auto first = StampOf(file);
   ASSERT_TRUE(first.has_value());
-
-  // The same value again: the file is the one already written.
-  hidden->SetContent(true);
+  hidden->SetContent(true);  // the same value again: the file is the one already written
   root->Commit("");
   EXPECT_EQ(StampOf(file), first);
-
   hidden->SetContent(false);
   root->Commit("");
   EXPECT_NE(StampOf(file)->inode, first->inode);
@@ -106,6 +148,56 @@ TEST(ConfigServer, CommitProblemsReachTheCallerAsServerFailures) {
   }
   EXPECT_NO_THROW(held->Commit(""));
   EXPECT_FALSE(std::filesystem::exists(folder / "Gone.xml"));
+}
+
+TEST(DataPaths, FollowTheXdgBaseDirectoriesUnlessADataFolderIsGiven) {
+  const std::string cwd = std::filesystem::current_path().string();
+  struct Case {
+    std::string dataDir;
+    std::map<std::string, std::string> env;
+    std::string configDir, stateDir;
+  };
+  const Case cases[] = {
+      {"", {{"HOME", "/h"}}, "/h/.config/vellix", "/h/.local/state/vellix"},
+      {"",
+       {{"HOME", "/h"}, {"XDG_CONFIG_HOME", "/cfg"}, {"XDG_STATE_HOME", "/var/st"}},
+       "/cfg/vellix",
+       "/var/st/vellix"},
+      // Empty or relative values are not locations, as the XDG rules say.
+      {"",
+       {{"HOME", "/h"}, {"XDG_CONFIG_HOME", ""}, {"XDG_STATE_HOME", "rel/st"}},
+       "/h/.config/vellix",
+       "/h/.local/state/vellix"},
+      // A data folder takes everything, whatever the environment says.
+      {"/portable", {{"XDG_CONFIG_HOME", "/cfg"}}, "/portable/config", "/portable/state"},
+      {"rel", {}, cwd + "/rel/config", cwd + "/rel/state"},
+  };
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    const Case& c = cases[i];
+    const auto paths = ResolveDataPaths(c.dataDir, [&](const char* name) {
+      auto it = c.env.find(name);
+      return it == c.env.end() ? std::nullopt : std::optional<std::string>(it->second);
+    });
+    EXPECT_EQ(paths.configDir, c.configDir) << "case " << i;
+    EXPECT_EQ(paths.stateDir, c.stateDir) << "case " << i;
+    EXPECT_EQ(paths.ConfigTreeFile(), std::filesystem::path(c.configDir) / "ConfigTree.xml");
+    EXPECT_EQ(paths.ErrorLogFile(), std::filesystem::path(c.stateDir) / "ErrorLog.txt");
+  }
+}
+
+TEST(DataPaths, FoldersAreCreatedForTheOwnerOnly) {
+  test::TempFolder folder;
+  const auto none = [](const char*) { return std::optional<std::string>(); };
+  const auto paths = ResolveDataPaths((folder / "data").string(), none);
+  std::string error;
+  ASSERT_TRUE(CreateDataFolders(paths, &error)) << error;
+  EXPECT_TRUE(std::filesystem::is_directory(paths.configDir));
+  EXPECT_EQ(std::filesystem::status(paths.stateDir).permissions(),
+            std::filesystem::perms::owner_all);
+
+  test::WriteText(folder / "file", "x");
+  EXPECT_FALSE(CreateDataFolders(ResolveDataPaths((folder / "file").string(), none), &error));
+  EXPECT_NE(error.find("file"), std::string::npos);
 }
 
 }  // namespace

@@ -17,13 +17,6 @@ std::shared_ptr<ConfigTreeNode> NewTree() {
   return root;
 }
 
-std::vector<std::string> EntryValues(ConfigNode& list) {
-  std::vector<std::string> values;
-  for (const auto& entry : list.ConfigEntries())
-    values.push_back(entry->GetValue("").ToString());
-  return values;
-}
-
 int32_t ErrorNumberOf(const std::function<void()>& call) {
   try {
     call();
@@ -55,7 +48,7 @@ TEST(ConfigTree, FindsKeysByDottedPathWithoutRegardToCase) {
   EXPECT_EQ(root->CountNodes(), 5u);
 }
 
-TEST(ConfigTree, FirstReadCreatesTheSettingWithItsDefault) {
+TEST(ConfigTree, FirstReadCreatesTheSettingWithItsDefaultAndValuesKeepTheirType) {
   auto root = NewTree();
   auto hidden = root->GetNode("Componants.VellixControl.Hidden", true, "Boolean", true);
   ASSERT_FALSE(hidden.IsNothing());
@@ -63,93 +56,83 @@ TEST(ConfigTree, FirstReadCreatesTheSettingWithItsDefault) {
   EXPECT_EQ(hidden->ContentType(), "Boolean");
   EXPECT_EQ(root->GetNode("Componants.VellixControl", false, "", Variant())->ContentType(),
             "Collection");
-
   // A later read with another default finds what was saved.
   hidden->SetContent(false);
   EXPECT_EQ(root->GetNode("Componants.VellixControl.Hidden", true, "Boolean", true)->GetContent(),
             Variant(false));
 
-  // Defaults are converted to the type asked for; no type takes the default's.
-  EXPECT_EQ(root->GetNode("A.Count", true, "integer", "42")->GetContent(), Variant(int16_t{42}));
-  EXPECT_EQ(root->GetNode("A.Name", true, "", "text")->ContentType(), "String");
+  // Defaults and values are converted to the node's type; no type takes the default's.
+  auto width = root->GetNode("A.Width", true, "integer", "42");
+  EXPECT_EQ(width->GetContent(), Variant(int16_t{42}));
+  width->SetContent("375");
+  EXPECT_EQ(width->GetContent(), Variant(int16_t{375}));
+  auto name = root->GetNode("A.Name", true, "", "text");
+  EXPECT_EQ(name->ContentType(), "String");
+  name->SetContent(12);
+  EXPECT_EQ(name->GetContent(), Variant("12"));
+  auto when = root->GetNode("A.When", true, "Date", Variant());
+  when->SetContent(45000.5);
+  EXPECT_EQ(when->GetContent(), Variant(Date(45000.5)));
   EXPECT_EQ(root->GetNode("A.Group", true, "", Variant())->ContentType(), "Collection");
 
-  // A server failure: negative numbers, and nothing made.
+  // A server failure: negative numbers, and nothing made or changed.
   const auto before = root->CountNodes();
   EXPECT_EQ(ErrorNumberOf([&] { root->GetNode("B.Count", true, "Integer", "many"); }),
             config_error::kTypeMismatch);
   EXPECT_EQ(ErrorNumberOf([&] { root->GetNode("B.Flag", true, "Bool", true); }),
             config_error::kUnknownType);
-  EXPECT_EQ(root->CountNodes(), before);
+  EXPECT_EQ(ErrorNumberOf([&] { width->SetContent(40000); }), config_error::kTypeMismatch);
+  EXPECT_EQ(width->GetContent(), Variant(int16_t{375}));
+  EXPECT_EQ(ErrorNumberOf([&] { root->SetContent("x"); }), config_error::kNotAValue);
+  EXPECT_TRUE(root->GetContent().IsEmpty());
   // No value node is turned into a collection behind the user's back.
   EXPECT_TRUE(root->GetNode("Componants.VellixControl.Hidden.X", true, "String", "").IsNothing());
   EXPECT_EQ(root->CountNodes(), before);
 }
 
-TEST(ConfigTree, ValuesKeepTheirNodesType) {
-  auto root = NewTree();
-  auto width = root->GetNode("Width", true, "Integer", 0);
-  width->SetContent("375");
-  EXPECT_EQ(width->GetContent(), Variant(int16_t{375}));
-  EXPECT_EQ(ErrorNumberOf([&] { width->SetContent(40000); }), config_error::kTypeMismatch);
-  EXPECT_EQ(width->GetContent(), Variant(int16_t{375}));
-
-  auto name = root->GetNode("Name", true, "String", "");
-  name->SetContent(12);
-  EXPECT_EQ(name->GetContent(), Variant("12"));
-  auto when = root->GetNode("When", true, "Date", Variant());
-  when->SetContent(45000.5);
-  EXPECT_EQ(when->GetContent(), Variant(Date(45000.5)));
-  EXPECT_EQ(ErrorNumberOf([&] { root->SetContent("x"); }), config_error::kNotAValue);
-  EXPECT_TRUE(root->GetContent().IsEmpty());
-}
-
-TEST(ConfigTree, ListEntriesFollowTreeOrderAndShowNewEntries) {
-  auto root = NewTree();
-  for (const char* item : {"Day", "Week", "Month"}) {
-    root->GetNode(std::string("Units.") + item, true, "String", std::string("One ") + item);
-  }
-  auto units = root->GetNode("Units", false, "", Variant());
-  EXPECT_EQ(EntryValues(*units), (std::vector<std::string>{"One Day", "One Week", "One Month"}));
-  EXPECT_EQ(units->ConfigEntries()[1]->Key(), "Week");
-
-  // An entry added to the tree shows up without any other change.
-  root->GetNode("Units.Year", true, "String", "One Year");
-  EXPECT_EQ(EntryValues(*units).back(), "One Year");
-  // A combo box's starting entry is read as the child "<control>.<n>".
-  root->GetNode("cboLater.1", true, "String", "Tomorrow");
-  EXPECT_EQ(root->GetValue("cboLater.1"), Variant("Tomorrow"));
-}
-
-TEST(ConfigTree, ManyChildrenStayFoundInOrder) {
+TEST(ConfigTree, ManyEntriesStayFoundAndListedInTreeOrder) {
   auto root = NewTree();
   auto list = root->GetNode("List", true, "Collection", Variant());
-  for (int i = 0; i < 300; ++i) {
+  for (int i = 0; i < 300; ++i)
     list->GetNode("Item" + std::to_string(i), true, "Long", i);
-  }
-  for (int i = 0; i < 300; i += 7) {
+  for (int i = 0; i < 300; i += 7)
     EXPECT_EQ(root->GetValue("list.ITEM" + std::to_string(i)), Variant(int32_t{i}));
-  }
   EXPECT_TRUE(root->GetValue("List.Item300").IsEmpty());
   // Asking for an existing key in another case makes no second node.
   list->GetNode("ITEM5", true, "Long", 99);
   auto entries = list->ConfigEntries();
   ASSERT_EQ(entries.size(), 300u);
-  EXPECT_EQ(entries[299]->Key(), "Item299");
-  EXPECT_EQ(root->GetValue("List.Item5"), Variant(int32_t{5}));
+  for (std::size_t i = 0; i < entries.size(); ++i)
+    ASSERT_EQ(entries[i]->Key(), "Item" + std::to_string(i));
+  EXPECT_EQ(entries[5]->GetValue(""), Variant(int32_t{5}));
+
+  // An entry added to the tree shows up without any other change.
+  root->GetNode("List.Last", true, "String", "x");
+  EXPECT_EQ(list->ConfigEntries().back()->Key(), "Last");
+  // A combo box's starting entry is read as the child "<control>.<n>".
+  root->GetNode("cboLater.1", true, "String", "Tomorrow");
+  EXPECT_EQ(root->GetValue("cboLater.1"), Variant("Tomorrow"));
 }
 
-TEST(ConfigTree, GraftsTheTopNodesOfAFreeBranchBelowTheParentKey) {
+TEST(ConfigTree, AFreeBranchLoadsWholeOrNotAtAllAndGraftsBelowTheParentKey) {
   test::TempFolder folder;
   test::WriteText(folder / "boot.xml", R"(<config>
   <node key="VellixControl" type="Collection">
     <node key="Hidden" type="Boolean">False</node>
   </node>
 </config>)");
+  test::WriteText(folder / "broken.xml", "<config><node key=\"a\">");
   auto root = NewTree();
-  Ref<ConfigNode> branch(NewFreeConfigNode());
+  auto branch = std::static_pointer_cast<ConfigTreeNode>(NewFreeConfigNode());
+  branch->GetNode("Kept", true, "String", "still here");
+  EXPECT_FALSE(branch->LoadFile((folder / "missing.xml").string()));
+  EXPECT_NE(branch->LastError().find("missing.xml"), std::string::npos);
+  EXPECT_FALSE(branch->LoadFile((folder / "broken.xml").string()));
+  EXPECT_FALSE(branch->LoadFile(folder.Path().string()));
+  EXPECT_EQ(branch->GetValue("Kept"), Variant("still here"));
   // The caller joins the folder and the name with a backslash.
   ASSERT_TRUE(branch->LoadFile(folder.Path().string() + "\\boot.xml"));
+  EXPECT_TRUE(branch->GetValue("Kept").IsEmpty());
   EXPECT_EQ(branch->Key(), "");
 
   EXPECT_FALSE(root->AttachBranch(branch, "Nowhere"));
@@ -176,24 +159,6 @@ TEST(ConfigTree, GraftsTheTopNodesOfAFreeBranchBelowTheParentKey) {
   EXPECT_FALSE(componants->AttachBranch(root, "VellixControl"));
   EXPECT_FALSE(root->AttachBranch(root, "Componants"));
   EXPECT_EQ(root->GetValue("Componants.VellixControl.Hidden"), Variant(false));
-}
-
-TEST(ConfigTree, FailedLoadChangesNothing) {
-  test::TempFolder folder;
-  auto node = std::static_pointer_cast<ConfigTreeNode>(NewFreeConfigNode());
-  node->GetNode("Kept", true, "String", "still here");
-  test::WriteText(folder / "broken.xml", "<config><node key=\"a\">");
-
-  EXPECT_FALSE(node->LoadFile((folder / "missing.xml").string()));
-  EXPECT_NE(node->LastError().find("missing.xml"), std::string::npos);
-  EXPECT_FALSE(node->LoadFile((folder / "broken.xml").string()));
-  EXPECT_FALSE(node->LoadFile(folder.Path().string()));
-  EXPECT_EQ(node->GetValue("Kept"), Variant("still here"));
-
-  test::WriteText(folder / "good.xml", R"(<config><node key="New">fresh</node></config>)");
-  ASSERT_TRUE(node->LoadFile((folder / "good.xml").string()));
-  EXPECT_TRUE(node->GetValue("Kept").IsEmpty());
-  EXPECT_EQ(node->GetValue("New"), Variant("fresh"));
 }
 
 }  // namespace

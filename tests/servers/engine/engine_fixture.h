@@ -8,6 +8,7 @@
 
 #include "foundation/date.h"
 #include "foundation/engine.h"
+#include "foundation/vb_error.h"
 #include "platform/desktop/path_mapping.h"
 #include "servers/engine/engine_server.h"
 #include "support/recording_error_log.h"
@@ -39,6 +40,17 @@ class EngineTest : public ::testing::Test {
   std::shared_ptr<vellix::test::RecordingErrorLog> log;
   std::shared_ptr<EngineServer> engine;
 };
+
+// The number of the server failure a call raises, or 0 when it raises none.
+template <class Fn>
+int32_t FailureOf(Fn&& fn) {
+  try {
+    fn();
+  } catch (const VbError& e) {
+    return e.Number();
+  }
+  return 0;
+}
 
 // Writes a whole file, making its folder.
 void WriteText(const std::filesystem::path& file, const std::string& text);

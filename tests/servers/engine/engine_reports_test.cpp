@@ -1,4 +1,5 @@
-// How the engine answers the panel: its reports, their order and nesting.
+// How the engine answers the panel: its reports, their order and nesting, and
+// the journal and fault switches that panel tests rely on.
 #include <string>
 #include <vector>
 
@@ -7,6 +8,8 @@
 
 namespace vellix::engine::test {
 namespace {
+
+using Lines = std::vector<std::string>;
 
 // Records every report of the engine as one text line.
 class ReportTrace {
@@ -18,15 +21,13 @@ class ReportTrace {
         activity_(engine.OnActivity.Connect(
             [this](const std::string& a) { lines.push_back("Activity " + a); })) {}
 
-  std::vector<std::string> lines;
+  Lines lines;
 
  private:
   Connection configured_;
   Connection run_;
   Connection activity_;
 };
-
-using Lines = std::vector<std::string>;
 
 TEST_F(EngineTest, AnnounceReportsTheTrueStateAndRunOnlyWhenRunning) {
   ReportTrace trace(*engine);
@@ -46,6 +47,25 @@ TEST_F(EngineTest, AnnounceReportsTheTrueStateAndRunOnlyWhenRunning) {
   EXPECT_EQ(afterRestart.lines, (Lines{"Configured True", "Run True"}));
 }
 
+TEST_F(EngineTest, EachChangeOfStateIsReportedOnceAndReturningToQuickSetupStopsFirst) {
+  ReportTrace trace(*engine);
+  engine->Running(true);  // unconfigured: refused, and said to be stopped
+  EXPECT_FALSE(engine->Running());
+  Configure();
+  engine->Configured(true);  // a repeated value needs no answer
+  engine->Running(true);
+  engine->Running(true);
+  engine->Running(false);
+  engine->Running(false);
+  engine->Running(true);
+  engine->Shutdown();  // answered by its activity; the configuration stays
+  EXPECT_TRUE(engine->Configured());
+  engine->Configured(false);
+  EXPECT_FALSE(engine->Running());
+  EXPECT_EQ(trace.lines, (Lines{"Run False", "Configured True", "Run True", "Run False", "Run True",
+                                "Activity Shutdown", "Run False", "Configured False"}));
+}
+
 TEST_F(EngineTest, ReportsArriveNestedInsideTheWriteThatCausedThem) {
   Lines order;
   // A handler that starts the engine as soon as it is configured, the way the
@@ -61,44 +81,9 @@ TEST_F(EngineTest, ReportsArriveNestedInsideTheWriteThatCausedThem) {
   order.push_back("write begins");
   engine->Configured(true);
   order.push_back("write ends");
-
   EXPECT_EQ(order, (Lines{"write begins", "Configured True begins", "Run True",
                           "Configured True ends", "write ends"}));
   EXPECT_TRUE(engine->Running());
-}
-
-TEST_F(EngineTest, EachWriteIsAnsweredOnceAndARepeatedValueNeedsNoAnswer) {
-  ReportTrace trace(*engine);
-  Configure();
-  engine->Configured(true);
-  engine->Running(true);
-  engine->Running(true);
-  engine->Running(false);
-  engine->Running(false);
-  EXPECT_EQ(trace.lines, (Lines{"Configured True", "Run True", "Run False"}));
-
-  // Shutdown is answered by its activity, and the configuration stays.
-  trace.lines.clear();
-  engine->Shutdown();
-  EXPECT_EQ(trace.lines, Lines{"Activity Shutdown"});
-  EXPECT_TRUE(engine->Configured());
-}
-
-TEST_F(EngineTest, AnUnconfiguredEngineRefusesToStartAndSaysItIsStopped) {
-  ReportTrace trace(*engine);
-  engine->Running(true);
-  EXPECT_EQ(trace.lines, Lines{"Run False"});
-  EXPECT_FALSE(engine->Running());
-}
-
-TEST_F(EngineTest, ReturningToQuickSetupStopsTheEngineFirst) {
-  Configure();
-  engine->Running(true);
-  ReportTrace trace(*engine);
-  engine->Configured(false);
-  EXPECT_EQ(trace.lines, (Lines{"Run False", "Configured False"}));
-  EXPECT_FALSE(engine->Running());
-  EXPECT_FALSE(engine->Configured());
 }
 
 TEST_F(EngineTest, DelayedReportsWaitForTheTestAndComeInOrder) {
@@ -129,38 +114,33 @@ TEST_F(EngineTest, DelayedReportsWaitForTheTestAndComeInOrder) {
   EXPECT_EQ(trace.lines, Lines{"Configured False"});
 }
 
-TEST_F(EngineTest, AMonitorIsAlwaysThereAndIdleWithoutAProcessor) {
-  auto monitor = engine->Monitor();
-  ASSERT_FALSE(monitor.IsNothing());
-  EXPECT_EQ(engine->Monitor(), monitor);  // one monitor, whose events the log follows
-  EXPECT_FALSE(monitor->Processing());
-  EXPECT_TRUE(monitor->CurrentAgent().IsNothing());
-  EXPECT_TRUE(monitor->CurrentItem().IsNothing());
-  EXPECT_EQ(monitor->Progress().Count(), 0);
-  EXPECT_EQ(engine->ForecastItemCount(), 0);
-}
-
 // Stands where a processing run plugs in and notes what the engine asks of it.
 class RecordingHooks : public ProcessingHooks {
  public:
   explicit RecordingHooks(Lines& calls) : calls_(calls) {}
-  void Started(EngineCore& /*core*/) override { calls_.push_back("Started"); }
-  void Stopping(EngineCore& /*core*/) override { calls_.push_back("Stopping"); }
-  void FileNow(EngineCore& /*core*/, int16_t agentId) override {
-    calls_.push_back("FileNow " + std::to_string(agentId));
+  void Started(EngineCore&) override { calls_.push_back("Started"); }
+  void Stopping(EngineCore&) override { calls_.push_back("Stopping"); }
+  void FileNow(EngineCore&, int16_t id) override { calls_.push_back("File " + std::to_string(id)); }
+  void PurgeNow(EngineCore&, int16_t id) override {
+    calls_.push_back("Purge " + std::to_string(id));
   }
-  void PurgeNow(EngineCore& /*core*/, int16_t agentId) override {
-    calls_.push_back("PurgeNow " + std::to_string(agentId));
-  }
-  int32_t ForecastItemCount(EngineCore& /*core*/) override { return 42; }
-  void Flush(EngineCore& /*core*/) override { calls_.push_back("Flush"); }
-  void BackupFinished(EngineCore& /*core*/) override { calls_.push_back("BackupFinished"); }
+  int32_t ForecastItemCount(EngineCore&) override { return 42; }
+  void Flush(EngineCore&) override { calls_.push_back("Flush"); }
+  void BackupFinished(EngineCore&) override { calls_.push_back("BackupFinished"); }
 
  private:
   Lines& calls_;
 };
 
 TEST_F(EngineTest, AProcessingRunIsToldWhenTheEngineStartsStopsAndIsAskedToWork) {
+  // Without a processing run there is one idle monitor, whose events the log follows.
+  auto monitor = engine->Monitor();
+  ASSERT_FALSE(monitor.IsNothing());
+  EXPECT_EQ(engine->Monitor(), monitor);
+  EXPECT_FALSE(monitor->Processing());
+  EXPECT_TRUE(monitor->CurrentAgent().IsNothing());
+  EXPECT_EQ(engine->ForecastItemCount(), 0);
+
   Lines calls;
   engine = std::make_shared<EngineServer>(engineFile, paths, clock, log,
                                           std::make_unique<RecordingHooks>(calls));
@@ -175,7 +155,7 @@ TEST_F(EngineTest, AProcessingRunIsToldWhenTheEngineStartsStopsAndIsAskedToWork)
   engine->BackupFinished();
   engine->Running(false);
   const std::string id = std::to_string(agent->Id());
-  EXPECT_EQ(calls, (Lines{"Run True", "Started", "FileNow " + id, "PurgeNow " + id, "Flush",
+  EXPECT_EQ(calls, (Lines{"Run True", "Started", "File " + id, "Purge " + id, "Flush",
                           "BackupFinished", "Stopping", "Run False"}));
 
   // An engine that was running when it closed takes up its work at the next start.
@@ -184,6 +164,73 @@ TEST_F(EngineTest, AProcessingRunIsToldWhenTheEngineStartsStopsAndIsAskedToWork)
   engine = std::make_shared<EngineServer>(engineFile, paths, clock, log,
                                           std::make_unique<RecordingHooks>(calls));
   EXPECT_EQ(calls, Lines{"Started"});
+}
+
+TEST_F(EngineTest, TheJournalRecordsEveryWriteAndCallInOrderButNoRead) {
+  auto config = Config();
+  config->ResetConfig();
+  config->PeriodUnits("Quarter");
+  (void)config->SetPeriodFormat("File '@yyyy mmm'-'$mmm'");
+  auto agent = config->CreateAgent("Received Emails");
+  (void)agent->AddFolder("\\\\Mailbox\\Inbox");
+  agent->MonitorType("Mail and Post");
+  agent->RemovePeriod(7);
+  (void)agent->AddImport("\\\\Archive", true);
+  config->HistoryName("History");
+  config->PeriodCount(1);
+  config->ReferenceDate(DateSerial(2024, 1, 1));
+  config->BackupUnattended(false);
+  engine->LoggingLevel("Verbose");
+  engine->BackupManagerOpen(true);
+  // Reads and lookups leave no trace.
+  (void)config->Agent("Received Emails")->StoreCount();
+  (void)config->Agents();
+  (void)engine->Running();
+
+  EXPECT_EQ(
+      engine->Journal().Texts(),
+      (Lines{"ResetConfig", "put PeriodUnits Quarter", "SetPeriodFormat File '@yyyy mmm'-'$mmm'",
+             "CreateAgent Received Emails", "AddFolder \\\\Mailbox\\Inbox",
+             "put MonitorType Mail and Post", "put RemovePeriod 7", "AddImport \\\\Archive, True",
+             "put HistoryName History", "put PeriodCount 1", "put ReferenceDate 01/01/2024",
+             "put BackupUnattended False", "put LoggingLevel Verbose", "BackupManagerOpen True"}));
+  EXPECT_EQ(engine->Journal().TextsFor("Agent Received Emails"),
+            (Lines{"AddFolder \\\\Mailbox\\Inbox", "put MonitorType Mail and Post",
+                   "put RemovePeriod 7", "AddImport \\\\Archive, True"}));
+  EXPECT_EQ(engine->Journal().Count("put RemovePeriod"), 1);
+  EXPECT_EQ(engine->Journal().Count("put Remove"), 0);  // whole operations only
+  EXPECT_EQ(engine->Journal().Count("put StoreCount"), 0);
+  EXPECT_TRUE(engine->Journal().Contains("put RemovePeriod 7"));
+
+  engine->ClearJournal();
+  EXPECT_TRUE(engine->Journal().Entries().empty());
+}
+
+TEST_F(EngineTest, AFailingCallRaisesANegativeNumberAndChangesNothing) {
+  auto agent = Config()->CreateAgent("Received Emails");
+  engine->FailCall("put RemovePeriod", -2147024891);
+  EXPECT_EQ(FailureOf([&] { agent->RemovePeriod(7); }), -2147024891);
+  EXPECT_EQ(agent->RemovePeriod(), 30);
+  // It was received all the same, and other operations work.
+  EXPECT_EQ(engine->Journal().Count("put RemovePeriod"), 1);
+  agent->StoreCount(2);
+  EXPECT_EQ(agent->StoreCount(), 2);
+
+  // A count of calls, a read, and a positive number turned negative.
+  engine->ClearFaults();
+  engine->FailCall("CreateAgent", -1, 1);
+  EXPECT_EQ(FailureOf([&] { Config()->CreateAgent("Tasks"); }), -1);
+  EXPECT_EQ(Config()->CreateAgent("Tasks")->Name(), "Tasks");
+  engine->FailCall("get Config", 5);
+  EXPECT_LT(FailureOf([&] { (void)engine->Config(); }), 0);
+  engine->ClearFaults();
+  EXPECT_FALSE(engine->Config().IsNothing());
+
+  // A failed recovery leaves the configuration alone.
+  engine->FailRecoverConfig(true);
+  EXPECT_FALSE(engine->RecoverConfig("e:\\Backups", "c:\\Store", "config.xml"));
+  EXPECT_EQ(Config()->Agents().Count(), 2);
+  EXPECT_TRUE(engine->Journal().Contains("RecoverConfig e:\\Backups, c:\\Store, config.xml"));
 }
 
 }  // namespace
