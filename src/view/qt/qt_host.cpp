@@ -17,6 +17,7 @@
 #include "foundation/menu.h"
 #include "foundation/timer.h"
 #include "view/qt/form_window.h"
+#include "view/qt/picture_files.h"
 
 namespace vellix::qtview {
 
@@ -93,9 +94,8 @@ QPixmap QtHost::Picture(const std::string& name) const {
   if (!QFileInfo(path).isAbsolute() && !iconFolder_.empty()) {
     path = Qs(iconFolder_) + QLatin1Char('/') + path;
   }
-  QPixmap pixmap;
-  if (!QFileInfo::exists(path) || !pixmap.load(path)) return {};
-  return pixmap;
+  if (!QFileInfo::exists(path)) return {};
+  return QPixmap::fromImage(ReadPictureFile(path));
 }
 
 QIcon QtHost::IconOf(const std::string& name) const {
@@ -104,10 +104,9 @@ QIcon QtHost::IconOf(const std::string& name) const {
   if (!QFileInfo(path).isAbsolute() && !iconFolder_.empty()) {
     path = Qs(iconFolder_) + QLatin1Char('/') + path;
   }
-  // A QIcon of a file keeps every size an icon file holds.
+  // Every size an icon file holds.
   if (!QFileInfo::exists(path)) return {};
-  QIcon icon(path);
-  return icon.availableSizes().isEmpty() ? QIcon() : icon;
+  return ReadIconFile(path);
 }
 
 MsgResult QtHost::MsgBox(const std::string& prompt, MsgButtons buttons, const std::string& title) {

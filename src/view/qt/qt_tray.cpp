@@ -2,12 +2,12 @@
 
 #include <QFileInfo>
 #include <QIcon>
-#include <QImageReader>
 #include <QPixmap>
 #include <utility>
 
 #include "foundation/form.h"
 #include "view/qt/control_binding.h"
+#include "view/qt/picture_files.h"
 #include "view/qt/qt_host.h"
 
 namespace vellix::qtview {
@@ -44,8 +44,7 @@ void QtTray::AttachForm(Form& popup) {
 std::string QtTray::LoadPicture(const std::string& path) {
   const std::string native = toNativePath_ ? toNativePath_(path) : path;
   if (native.empty() || !QFileInfo(Qs(native)).isFile()) return {};
-  QImageReader reader(Qs(native));
-  if (!reader.canRead() || reader.read().isNull()) return {};
+  if (ReadPictureFile(Qs(native)).isNull()) return {};
   return native;
 }
 
@@ -66,7 +65,7 @@ void QtTray::Show(const std::string& picture, const std::string& tip) {
   // looks up in its icon folder.
   QIcon icon;
   if (!picture.empty() && QFileInfo(Qs(picture)).isFile()) {
-    icon = QIcon(Qs(picture));
+    icon = ReadIconFile(Qs(picture));
   } else {
     icon = host_.IconOf(picture);
   }
