@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <QSocketNotifier>
+#include <array>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
@@ -70,10 +71,10 @@ std::string SingleInstance::NameFor(const std::filesystem::path& settingsFolder)
   std::error_code ec;
   auto canonical = std::filesystem::weakly_canonical(settingsFolder, ec);
   if (ec) canonical = settingsFolder.lexically_normal();
-  char hash[17];
-  std::snprintf(hash, sizeof hash, "%016llx",
-                static_cast<unsigned long long>(StableHash(canonical.string())));
-  return "vellix-control-" + std::to_string(::getuid()) + "-" + hash;
+  std::array<char, 17> hash{};
+  (void)std::snprintf(hash.data(), hash.size(), "%016llx",
+                      static_cast<unsigned long long>(StableHash(canonical.string())));
+  return "vellix-control-" + std::to_string(::getuid()) + "-" + hash.data();
 }
 
 std::filesystem::path SingleInstance::SocketPath() const {
@@ -128,11 +129,12 @@ bool SingleInstance::Listen(std::function<void()> onShow, std::string& error) {
 }
 
 void SingleInstance::ReadRequests() {
-  char buffer[64];
+  std::array<char, 64> buffer{};
   for (;;) {
-    const ssize_t size = ::recv(socket_, buffer, sizeof buffer, 0);
+    const ssize_t size = ::recv(socket_, buffer.data(), buffer.size(), 0);
     if (size < 0) return;  // drained (EAGAIN), or nothing more to read
-    if (std::string_view(buffer, static_cast<size_t>(size)) == kShowRequest && onShow_) onShow_();
+    if (std::string_view(buffer.data(), static_cast<size_t>(size)) == kShowRequest && onShow_)
+      onShow_();
   }
 }
 

@@ -312,8 +312,9 @@ bool ConfigTreeNode::AttachBranch(const Ref<ConfigNode>& branch, const std::stri
   }
   if (parent->Depth() + source->Height() > kMaxDepth) return false;
 
-  auto moving = std::move(source->children_);
-  source->DropChildren();
+  // The children change parents; the source keeps nothing, not even its index.
+  auto moving = std::exchange(source->children_, {});
+  source->index_.reset();
   for (const auto& child : moving)
     parent->Adopt(child);
   return true;
