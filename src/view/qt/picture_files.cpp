@@ -11,7 +11,7 @@ namespace vellix::qtview {
 namespace {
 
 // Icon files larger than this are not the panel's icons; Qt may try them.
-constexpr qint64 kMaxIcoBytes = 4 * 1024 * 1024;
+constexpr qint64 kMaxIcoBytes = qint64{4} * 1024 * 1024;
 
 uint32_t Le(const QByteArray& bytes, qsizetype at, int size) {
   uint32_t value = 0;
@@ -57,13 +57,13 @@ std::optional<QImage> ReadBitmap(const QByteArray& bytes, qsizetype start, qsize
     auto* out = reinterpret_cast<QRgb*>(image.scanLine(y));
     for (int x = 0; x < width; ++x) {
       if (bits == 32) {
-        const qsizetype p = row + x * 4;
+        const qsizetype p = row + qsizetype{x} * 4;
         const int alpha = static_cast<uint8_t>(bytes[p + 3]);
         anyAlpha = anyAlpha || alpha != 0;
         out[x] = qRgba(static_cast<uint8_t>(bytes[p + 2]), static_cast<uint8_t>(bytes[p + 1]),
                        static_cast<uint8_t>(bytes[p]), alpha);
       } else if (bits == 24) {
-        const qsizetype p = row + x * 3;
+        const qsizetype p = row + qsizetype{x} * 3;
         out[x] = qRgb(static_cast<uint8_t>(bytes[p + 2]), static_cast<uint8_t>(bytes[p + 1]),
                       static_cast<uint8_t>(bytes[p]));
       } else {
@@ -71,7 +71,7 @@ std::optional<QImage> ReadBitmap(const QByteArray& bytes, qsizetype start, qsize
         const auto byte = static_cast<uint8_t>(bytes[row + bit / 8]);
         const uint32_t index = (byte >> (8 - bits - bit % 8)) & ((1U << bits) - 1);
         if (index >= paletteSize) return std::nullopt;
-        const qsizetype p = palette + index * 4;
+        const qsizetype p = palette + qsizetype{index} * 4;
         out[x] = qRgb(static_cast<uint8_t>(bytes[p + 2]), static_cast<uint8_t>(bytes[p + 1]),
                       static_cast<uint8_t>(bytes[p]));
       }

@@ -42,7 +42,7 @@ void QtTray::AttachForm(Form& popup) {
 }
 
 std::string QtTray::LoadPicture(const std::string& path) {
-  const std::string native = toNativePath_ ? toNativePath_(path) : path;
+  std::string native = toNativePath_ ? toNativePath_(path) : path;
   if (native.empty() || !QFileInfo(Qs(native)).isFile()) return {};
   if (ReadPictureFile(Qs(native)).isNull()) return {};
   return native;
