@@ -27,9 +27,9 @@ TEST_F(EngineTest, AgentsAreFoundByNameInAnyCaseOrByIdAndNamesStayUnique) {
   EXPECT_EQ(config->Agent("received emails")->Id(), mail->Id());
   EXPECT_EQ(config->Agents().Item("RECEIVED EMAILS")->Id(), mail->Id());
 
-  EXPECT_LT(FailureOf([&] { config->CreateAgent("RECEIVED EMAILS"); }), 0);
-  EXPECT_LT(FailureOf([&] { sent->Name("received emails"); }), 0);
-  EXPECT_LT(FailureOf([&] { sent->Name("  "); }), 0);
+  EXPECT_LT(ErrorNumber([&] { config->CreateAgent("RECEIVED EMAILS"); }), 0);
+  EXPECT_LT(ErrorNumber([&] { sent->Name("received emails"); }), 0);
+  EXPECT_LT(ErrorNumber([&] { sent->Name("  "); }), 0);
   EXPECT_EQ(sent->Name(), "Sent Emails");
   // A rename is found by the new name, and by its id as before.
   mail->Name("Inbox");
@@ -70,9 +70,9 @@ TEST_F(EngineTest, ADeletedAgentIsGoneAndItsOldObjectFailsWithAServerError) {
   config->CreateAgent("Tasks");
   config->DeleteAgent("notes");
   EXPECT_EQ(Names(config->Agents()), std::vector<std::string>{"Tasks"});
-  EXPECT_LT(FailureOf([&] { (void)notes->StoreCount(); }), 0);
-  EXPECT_LT(FailureOf([&] { notes->RemovePeriod(5); }), 0);
-  EXPECT_LT(FailureOf([&] { config->DeleteAgent("Notes"); }), 0);
+  EXPECT_LT(ErrorNumber([&] { (void)notes->StoreCount(); }), 0);
+  EXPECT_LT(ErrorNumber([&] { notes->RemovePeriod(5); }), 0);
+  EXPECT_LT(ErrorNumber([&] { config->DeleteAgent("Notes"); }), 0);
   // A new agent does not take the id of the deleted one, so the old object stays dead.
   EXPECT_NE(config->CreateAgent("")->Id(), notesId);
   EXPECT_TRUE(config->Agent(std::to_string(notesId)).IsNothing());

@@ -11,6 +11,7 @@
 #include "foundation/vb_error.h"
 #include "platform/desktop/path_mapping.h"
 #include "servers/engine/engine_server.h"
+#include "support/expect_vb_error.h"
 #include "support/recording_error_log.h"
 
 namespace vellix::engine::test {
@@ -42,15 +43,7 @@ class EngineTest : public ::testing::Test {
 };
 
 // The number of the server failure a call raises, or 0 when it raises none.
-template <class Fn>
-int32_t FailureOf(Fn&& fn) {
-  try {
-    fn();
-  } catch (const VbError& e) {
-    return e.Number();
-  }
-  return 0;
-}
+using vellix::test::ErrorNumber;
 
 // Writes a whole file, making its folder.
 void WriteText(const std::filesystem::path& file, const std::string& text);

@@ -209,7 +209,7 @@ TEST_F(EngineTest, TheJournalRecordsEveryWriteAndCallInOrderButNoRead) {
 TEST_F(EngineTest, AFailingCallRaisesANegativeNumberAndChangesNothing) {
   auto agent = Config()->CreateAgent("Received Emails");
   engine->FailCall("put RemovePeriod", -2147024891);
-  EXPECT_EQ(FailureOf([&] { agent->RemovePeriod(7); }), -2147024891);
+  EXPECT_EQ(ErrorNumber([&] { agent->RemovePeriod(7); }), -2147024891);
   EXPECT_EQ(agent->RemovePeriod(), 30);
   // It was received all the same, and other operations work.
   EXPECT_EQ(engine->Journal().Count("put RemovePeriod"), 1);
@@ -219,10 +219,10 @@ TEST_F(EngineTest, AFailingCallRaisesANegativeNumberAndChangesNothing) {
   // A count of calls, a read, and a positive number turned negative.
   engine->ClearFaults();
   engine->FailCall("CreateAgent", -1, 1);
-  EXPECT_EQ(FailureOf([&] { Config()->CreateAgent("Tasks"); }), -1);
+  EXPECT_EQ(ErrorNumber([&] { Config()->CreateAgent("Tasks"); }), -1);
   EXPECT_EQ(Config()->CreateAgent("Tasks")->Name(), "Tasks");
   engine->FailCall("get Config", 5);
-  EXPECT_LT(FailureOf([&] { (void)engine->Config(); }), 0);
+  EXPECT_LT(ErrorNumber([&] { (void)engine->Config(); }), 0);
   engine->ClearFaults();
   EXPECT_FALSE(engine->Config().IsNothing());
 
