@@ -118,26 +118,29 @@ std::vector<QImage> ReadIcoImages(const QByteArray& bytes) {
   return images;
 }
 
+namespace {
+
+// The images of an icon file read here; empty for other files, and for icon
+// files this reader can't take (Qt then has its try).
+std::vector<QImage> ReadIcoFile(const QString& path) {
+  if (!IsIcoFile(path)) return {};
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly) || file.size() > kMaxIcoBytes) return {};
+  return ReadIcoImages(file.readAll());
+}
+
+}  // namespace
+
 QImage ReadPictureFile(const QString& path) {
-  if (IsIcoFile(path)) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly) || file.size() > kMaxIcoBytes) return {};
-    const std::vector<QImage> images = ReadIcoImages(file.readAll());
-    if (!images.empty()) return images.front();
-  }
-  QImageReader reader(path);
-  return reader.read();
+  const std::vector<QImage> images = ReadIcoFile(path);
+  return images.empty() ? QImageReader(path).read() : images.front();
 }
 
 QIcon ReadIconFile(const QString& path) {
-  if (IsIcoFile(path)) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly) || file.size() > kMaxIcoBytes) return {};
-    QIcon icon;
-    for (const QImage& image : ReadIcoImages(file.readAll()))
-      icon.addPixmap(QPixmap::fromImage(image));
-    if (!icon.isNull()) return icon;
-  }
+  QIcon icon;
+  for (const QImage& image : ReadIcoFile(path))
+    icon.addPixmap(QPixmap::fromImage(image));
+  if (!icon.isNull()) return icon;
   const QImage image = QImageReader(path).read();
   return image.isNull() ? QIcon() : QIcon(QPixmap::fromImage(image));
 }

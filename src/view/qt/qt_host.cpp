@@ -88,25 +88,24 @@ double QtHost::TwipsPerPixel() const {
   return dpi > 0 ? 1440.0 / dpi : 15.0;
 }
 
-QPixmap QtHost::Picture(const std::string& name) const {
+QString QtHost::PictureFile(const std::string& name) const {
   if (name.empty()) return {};
   QString path = Qs(name);
   if (!QFileInfo(path).isAbsolute() && !iconFolder_.empty()) {
     path = Qs(iconFolder_) + QLatin1Char('/') + path;
   }
-  if (!QFileInfo::exists(path)) return {};
-  return QPixmap::fromImage(ReadPictureFile(path));
+  return QFileInfo::exists(path) ? path : QString();
+}
+
+QPixmap QtHost::Picture(const std::string& name) const {
+  const QString path = PictureFile(name);
+  return path.isEmpty() ? QPixmap() : QPixmap::fromImage(ReadPictureFile(path));
 }
 
 QIcon QtHost::IconOf(const std::string& name) const {
-  if (name.empty()) return {};
-  QString path = Qs(name);
-  if (!QFileInfo(path).isAbsolute() && !iconFolder_.empty()) {
-    path = Qs(iconFolder_) + QLatin1Char('/') + path;
-  }
   // Every size an icon file holds.
-  if (!QFileInfo::exists(path)) return {};
-  return ReadIconFile(path);
+  const QString path = PictureFile(name);
+  return path.isEmpty() ? QIcon() : ReadIconFile(path);
 }
 
 MsgResult QtHost::MsgBox(const std::string& prompt, MsgButtons buttons, const std::string& title) {

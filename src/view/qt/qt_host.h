@@ -66,6 +66,9 @@ class QtHost : public UiHost {
 
  private:
   [[nodiscard]] FormWindow* Window(const Form& form) const;
+  // The file of a picture name, in the icon folder unless it is a path of
+  // its own; empty when there is no such file.
+  [[nodiscard]] QString PictureFile(const std::string& name) const;
   void WindowActivated(Form& form);
   void EndModal(const Form& form);
 
