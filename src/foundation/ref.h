@@ -23,7 +23,7 @@ class Ref {
 
   T* operator->() const { return &Get(); }
   T& operator*() const { return Get(); }
-  T& Get() const {
+  [[nodiscard]] T& Get() const {
     if (!p_) throw VbError(err::kObjectNotSet);
     return *p_;
   }

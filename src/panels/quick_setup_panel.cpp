@@ -236,7 +236,8 @@ int16_t QuickSetupPanel::LayoutStorageFrame(RowLayout& rows, int16_t width) {
 
 int16_t QuickSetupPanel::LayoutFoldersFrame(RowLayout& rows, int16_t width) {
   const LayoutMetrics& m = rows.Metrics();
-  CheckBox* boxes[] = {&chkEmails, &chkCalendar, &chkTasks, &chkContacts, &chkNotes};
+  const std::array<CheckBox*, 5> boxes = {&chkEmails, &chkCalendar, &chkTasks, &chkContacts,
+                                          &chkNotes};
   constexpr int64_t kCount = 5;
   // Five equal columns across the frame, never narrower than a short field.
   const int16_t boxWidth =
@@ -288,11 +289,13 @@ void QuickSetupPanel::Load() {
     txtStorePath.Text("");
     txtBackupPath.Text("");
 
-    const std::pair<const char*, CheckBox*> defaults[] = {
-        {".DefaultEmails", &chkEmails},     {".DefaultTasks", &chkTasks},
-        {".DefaultContacts", &chkContacts}, {".DefaultCalendar", &chkCalendar},
+    const std::array<std::pair<const char*, CheckBox*>, 5> defaults = {{
+        {".DefaultEmails", &chkEmails},
+        {".DefaultTasks", &chkTasks},
+        {".DefaultContacts", &chkContacts},
+        {".DefaultCalendar", &chkCalendar},
         {".DefaultNotes", &chkNotes},
-    };
+    }};
     for (const auto& [key, box] : defaults) {
       const bool ticked =
           ctx().rootNode->GetValue(kBranch + std::string(key)).Equals(Variant(true));

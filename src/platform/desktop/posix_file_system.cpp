@@ -98,8 +98,8 @@ std::string PosixFileSystem::GetSpecialFolder(int32_t which) {
 
 std::string PosixFileSystem::GetTempName() {
   std::array<char, 16> name{};
-  std::snprintf(name.data(), name.size(), "rad%05X.tmp",
-                static_cast<unsigned>(names_() & 0xFFFFFU));
+  (void)std::snprintf(name.data(), name.size(), "rad%05X.tmp",
+                      static_cast<unsigned>(names_() & 0xFFFFFU));
   return name.data();
 }
 

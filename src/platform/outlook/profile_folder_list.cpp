@@ -16,13 +16,13 @@ int32_t ProfileFolderList::Count() {
 
 Ref<MAPIFolder> ProfileFolderList::Item(int32_t index) {
   if (index < 1 || index > Count()) throw VbError(kOutlookNotFound, "Array index out of bounds.");
-  return Ref<MAPIFolder>((*folders_)[static_cast<size_t>(index - 1)]);
+  return {(*folders_)[static_cast<size_t>(index - 1)]};
 }
 
 Ref<MAPIFolder> ProfileFolderList::Item(const std::string& name) {
   // The mail program looks folder names up without regard to case.
   for (const auto& folder : *folders_) {
-    if (EqualsText(folder->Name(), name)) return Ref<MAPIFolder>(folder);
+    if (EqualsText(folder->Name(), name)) return {folder};
   }
   throw VbError(kOutlookNotFound, "The attempted operation failed.  An object could not be found.");
 }

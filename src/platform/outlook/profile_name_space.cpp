@@ -23,7 +23,7 @@ Ref<MAPIFolder> ProfileNameSpace::GetDefaultFolder(int32_t folderType) {
     throw VbError(kOutlookOperationFailed,
                   "The attempted operation failed.  An object could not be found.");
   }
-  return Ref<MAPIFolder>(folder);
+  return {folder};
 }
 
 }  // namespace vellix::outlook

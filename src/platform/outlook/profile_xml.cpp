@@ -85,8 +85,8 @@ std::optional<Date> ParseDate(std::string_view text) {
 std::string FormatDate(Date date) {
   const auto t = ToCivil(date);
   std::array<char, 32> buffer{};
-  std::snprintf(buffer.data(), buffer.size(), "%04d-%02d-%02dT%02d:%02d:%02d", t.year, t.month,
-                t.day, t.hour, t.minute, t.second);
+  (void)std::snprintf(buffer.data(), buffer.size(), "%04d-%02d-%02dT%02d:%02d:%02d", t.year,
+                      t.month, t.day, t.hour, t.minute, t.second);
   return buffer.data();
 }
 
@@ -129,16 +129,16 @@ class ProfileReader {
                  ", where only <store>, <folder> and <item> are known");
   }
 
-  std::string Where(ptrdiff_t offset) const {
+  [[nodiscard]] std::string Where(ptrdiff_t offset) const {
     std::string where = "Mail profile \"" + source_ + "\"";
     if (offset >= 0) {
-      const auto end = text_.begin() + std::min<ptrdiff_t>(offset, std::ssize(text_));
+      const auto* const end = text_.begin() + std::min<ptrdiff_t>(offset, std::ssize(text_));
       where += ", line " + std::to_string(1 + std::count(text_.begin(), end, '\n'));
     }
     return where + " ";
   }
 
-  std::string Name(const pugi::xml_node& node, const std::string& what) const {
+  [[nodiscard]] std::string Name(const pugi::xml_node& node, const std::string& what) const {
     auto attr = node.attribute("name");
     if (!attr) Fail(node, "has a " + what + " without a name");
     std::string name = attr.value();
@@ -190,10 +190,12 @@ class ProfileReader {
         if (word.empty()) continue;
         auto kind = ParseInt(word);
         if (!kind || *kind <= 0) {
+          // NOLINTNEXTLINE(performance-inefficient-string-concatenation): raised once
           Fail(node, "gives the folder \"" + name + "\" the default kind \"" + word +
                          "\", which is no positive number");
         }
         if (profile_->DefaultFolder(*kind)) {
+          // NOLINTNEXTLINE(performance-inefficient-string-concatenation): raised once
           Fail(node, "makes \"" + name + "\" the default folder of kind " + word + ", which \"" +
                          profile_->DefaultFolder(*kind)->FolderPath() + "\" is already");
         }
@@ -275,8 +277,8 @@ ProfileLoad LoadProfileFile(const std::filesystem::path& file) {
   std::ostringstream text;
   text << in.rdbuf();
   if (!in && !in.eof()) {
-    return {nullptr,
-            "Mail profile \"" + file.string() + "\" can't be read: " + std::strerror(errno)};
+    return {nullptr, "Mail profile \"" + file.string() +
+                         "\" can't be read: " + std::generic_category().message(errno)};
   }
   return LoadProfileText(text.str(), file.string());
 }
