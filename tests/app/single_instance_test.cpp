@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 #include <QCoreApplication>
-#include <chrono>
+#include <QDeadlineTimer>
 #include <cstring>
 #include <filesystem>
 
@@ -16,12 +16,10 @@ namespace {
 
 // Runs the event loop until the condition holds; bounded, never a fixed wait.
 bool PumpUntil(const std::function<bool()>& done) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
-  while (!done()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
+  const QDeadlineTimer deadline(5000);
+  while (!done() && !deadline.hasExpired())
     QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-  }
-  return true;
+  return done();
 }
 
 TEST(SingleInstance, ASecondStartOnTheSameDataFolderBringsUpTheFirstOne) {

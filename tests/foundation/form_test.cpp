@@ -113,9 +113,6 @@ class FormTest : public ::testing::Test {
 
 TEST_F(FormTest, LoadRestoresDesignValuesWhileMemberFieldsKeepTheirs) {
   dialog.Load();
-  EXPECT_EQ(dialog.Caption(), "Backup Manager");
-  EXPECT_EQ(dialog.cboLater.ListCount(), 2);
-
   // The user's session changes the controls; the next opening starts afresh.
   dialog.txtLater.Text("25");
   dialog.chkUnattended.Enabled(false);
@@ -128,12 +125,12 @@ TEST_F(FormTest, LoadRestoresDesignValuesWhileMemberFieldsKeepTheirs) {
   EXPECT_EQ(dialog.txtLater.Text(), "10");
   EXPECT_TRUE(dialog.chkUnattended.Enabled());
   EXPECT_EQ(dialog.cboLater.ListCount(), 2);
-  EXPECT_EQ(dialog.lblTitle.Caption(), "Backup Period Stores");
+  EXPECT_EQ(dialog.lblTitle.Caption() + dialog.Caption(), "Backup Period StoresBackup Manager");
   EXPECT_THAT(dialog.Events(), ElementsAre("Form_Load", "txtLater_Change", "Form_QueryUnload",
                                            "Form_Unload", "Form_Load"));
 }
 
-TEST_F(FormTest, QueryUnloadCanKeepTheFormOpen) {
+TEST_F(FormTest, QueryUnloadCanKeepTheFormOpenAndAModalFormWithoutAStepIsClosed) {
   dialog.Show();
   dialog.refuseToClose = true;
   EXPECT_FALSE(dialog.UserClose());
@@ -146,12 +143,29 @@ TEST_F(FormTest, QueryUnloadCanKeepTheFormOpen) {
   EXPECT_EQ(dialog.lastUnloadMode, Form::kUnloadByCode);
   EXPECT_THAT(host.History(), ElementsAre("show frmCounting", "unload frmCounting"));
   EXPECT_FALSE(host.IsLoaded("frmCounting"));
+
+  // A modal form without a step is closed by its frame, as by the user.
+  host.ClearHistory();
+  main.cmdOK_Click();
+  EXPECT_THAT(main.log, ElementsAre("cmdOK_Click begins", "cmdOK_Click goes on"));
+  EXPECT_THAT(host.History(),
+              ElementsAre("show modal frmCounting", "close frmCounting", "unload frmCounting"));
+  EXPECT_EQ(dialog.lastUnloadMode, Form::kUnloadByUser);
+
+  // A step that leaves the form open is a mistake of the test.
+  host.OnModal("frmCounting", [](Form&) {});
+  EXPECT_NONFATAL_FAILURE(dialog.Show(true), "still open after its step");
+  EXPECT_FALSE(dialog.Loaded());
+
+  dialog.refuseToClose = true;
+  host.OnModal("frmCounting", {});
+  EXPECT_NONFATAL_FAILURE(dialog.Show(true), "refused to close");
+  EXPECT_TRUE(dialog.Loaded() && !dialog.Visible());
 }
 
 TEST_F(FormTest, ShowHideAndWindowStateGoThroughTheHost) {
   dialog.Hide();  // loads without showing, as the runtime does
-  EXPECT_TRUE(dialog.Loaded());
-  EXPECT_FALSE(dialog.Visible());
+  EXPECT_TRUE(dialog.Loaded() && !dialog.Visible());
   dialog.Visible(true);
   host.Pump();  // the window's activation
   dialog.WindowState(1);
@@ -224,26 +238,7 @@ TEST_F(FormTest, ModalFormShownFromAHandlerLetsNestedEventsRunBeforeTheHandlerGo
   EXPECT_THAT(main.log, ElementsAre("mPopExit_Click"));
 }
 
-TEST_F(FormTest, ModalFormWithoutAStepIsClosedByItsFrame) {
-  main.cmdOK_Click();
-  EXPECT_THAT(main.log, ElementsAre("cmdOK_Click begins", "cmdOK_Click goes on"));
-  EXPECT_THAT(host.History(),
-              ElementsAre("show modal frmCounting", "close frmCounting", "unload frmCounting"));
-  EXPECT_EQ(dialog.lastUnloadMode, Form::kUnloadByUser);
-
-  // A step that leaves the form open is a mistake of the test.
-  host.OnModal("frmCounting", [](Form&) {});
-  EXPECT_NONFATAL_FAILURE(dialog.Show(true), "still open after its step");
-  EXPECT_FALSE(dialog.Loaded());
-
-  dialog.refuseToClose = true;
-  host.OnModal("frmCounting", {});
-  EXPECT_NONFATAL_FAILURE(dialog.Show(true), "refused to close");
-  EXPECT_TRUE(dialog.Loaded());
-  EXPECT_FALSE(dialog.Visible());
-}
-
-TEST_F(FormTest, TimersFireInOrderOfDueTimeAndMoveTheClock) {
+TEST_F(FormTest, TimersFireInOrderOfDueTimeMoveTheClockAndStopWithTheirForm) {
   main.Load();
   host.Advance(1000);
   EXPECT_THAT(main.log, ElementsAre("fast 300", "slow 500", "fast 600", "fast 900", "slow 1000"));
@@ -260,13 +255,12 @@ TEST_F(FormTest, TimersFireInOrderOfDueTimeAndMoveTheClock) {
   main.tmrFast.Enabled(true);
   host.Advance(300);
   EXPECT_THAT(main.log, ElementsAre("fast 1200", "slow 1500", "fast 1600"));
-}
 
-TEST_F(FormTest, ATimerStopsWhenDisabledInItsOwnTickOrWhenItsFormGoes) {
-  main.fastTicksLeft = 2;
-  main.Load();
+  // A timer disabled in its own tick stops.
+  main.log.clear();
+  main.fastTicksLeft = 1;
   host.Advance(1000);
-  EXPECT_THAT(main.log, ElementsAre("fast 300", "slow 500", "fast 600", "slow 1000"));
+  EXPECT_THAT(main.log, ElementsAre("fast 1900", "slow 2000", "slow 2500"));
   EXPECT_FALSE(host.TimerRunning(main.tmrFast));
   EXPECT_TRUE(host.TimerRunning(main.tmrSlow));
 
@@ -354,8 +348,7 @@ TEST_F(FormTest, FormsThatHideOrUnloadThemselvesWhileShowingStayAway) {
   form.Show();
   EXPECT_TRUE(form.Visible()) << "activation comes later, from the event loop";
   host.Pump();
-  EXPECT_TRUE(form.Loaded());
-  EXPECT_FALSE(form.Visible());
+  EXPECT_TRUE(form.Loaded() && !form.Visible());
   EXPECT_THAT(host.History(), ElementsAre("show frmSelfHiding", "hide frmSelfHiding"));
 
   // A modal step that hides the form ends the modal show with the form loaded.

@@ -33,7 +33,7 @@ void ExpectDates(Date d, const DateCase (&cases)[N]) {
     EXPECT_EQ(Format(d, c.pattern, kEn), c.want) << c.pattern;
 }
 
-TEST(FormatNumberTest, GroupedPatternsRoundHalfAwayFromZero) {
+TEST(FormatNumberTest, PatternsGroupRoundAndTakeDecimalsPercentExponentsAndSections) {
   const NumberCase cases[] = {
       {7, "000", "007"},           {-0.4, "###,##0", "0"},     {0, "###,###", ""},
       {-2.5, "###,##0", "-3"},     {0, "###,##0", "0"},        {1234567, "0", "1234567"},
@@ -42,41 +42,50 @@ TEST(FormatNumberTest, GroupedPatternsRoundHalfAwayFromZero) {
       {-5, "###,##0", "-5"}};
   ExpectNumbers(cases);
   EXPECT_EQ(Format(1e18, "###,##0", kEn), "1,000,000,000,000,000,000");
-}
 
-TEST(FormatNumberTest, DecimalsPercentExponentsAndLiterals) {
   // The decimal digits round, not the binary ones: 1.005 gives 1.01.
-  const NumberCase cases[] = {{1, "0.##", "1."},          {9.99, "0.0E+0", "1.0E+1"},
-                              {1, "##0%", "100%"},        {1.5, "###,##0 Kb", "2 Kb"},
-                              {0.5, "#.##", ".5"},        {1234567, "#,##0,", "1,235"},
-                              {0.25, "##0%", "25%"},      {1.0, "###,##0.000", "1.000"},
-                              {1.005, "0.00", "1.01"},    {123456, "0.0E+00", "1.2E+05"},
-                              {0.004, "0.00", "0.00"},    {1e300, "0.00E+00", "1.00E+300"},
-                              {5, "\"#\"0\\%", "#5%"},    {1, "###,##0.000 Gb", "1.000 Gb"},
-                              {0.125, "0.0%", "12.5%"},   {0.00012, "0.00E-00", "1.20E-04"},
-                              {1234, "000-0", "123-4"},   {1.5, "###,##0.000 Gb", "1.500 Gb"},
-                              {1.0005, "0.000", "1.001"}, {1234.5678, "###,##0.000", "1,234.568"}};
-  ExpectNumbers(cases);
-}
+  const NumberCase decimals[] = {
+      {1, "0.##", "1."},          {9.99, "0.0E+0", "1.0E+1"},
+      {1, "##0%", "100%"},        {1.5, "###,##0 Kb", "2 Kb"},
+      {0.5, "#.##", ".5"},        {1234567, "#,##0,", "1,235"},
+      {0.25, "##0%", "25%"},      {1.0, "###,##0.000", "1.000"},
+      {1.005, "0.00", "1.01"},    {123456, "0.0E+00", "1.2E+05"},
+      {0.004, "0.00", "0.00"},    {1e300, "0.00E+00", "1.00E+300"},
+      {5, "\"#\"0\\%", "#5%"},    {1, "###,##0.000 Gb", "1.000 Gb"},
+      {0.125, "0.0%", "12.5%"},   {0.00012, "0.00E-00", "1.20E-04"},
+      {1234, "000-0", "123-4"},   {1.5, "###,##0.000 Gb", "1.500 Gb"},
+      {1.0005, "0.000", "1.001"}, {1234.5678, "###,##0.000", "1,234.568"}};
+  ExpectNumbers(decimals);
 
-TEST(FormatNumberTest, SectionsNamedFormatsAndOddValues) {
-  const NumberCase cases[] = {
+  // Sections, named formats and odd values.
+  const NumberCase sections[] = {
       {5, "0;(0);zero", "5"},       {-5, "0;(0);zero", "(5)"},  {0, "0;(0);\"zero\"", "zero"},
       {-5, "0;;z", "-5"},           {-5, "0\";\";x", "x5"},     {1234.5, "Standard", "1,234.50"},
       {2, "fixed", "2.00"},         {0.5, "Percent", "50.00%"}, {-1.5, "General Number", "-1.5"},
       {-1, "On/Off", "On"},         {2.25, "", "2.25"},         {std::nan(""), "###,##0", "NaN"},
       {-HUGE_VAL, "0", "-Infinity"}};
-  ExpectNumbers(cases);
+  ExpectNumbers(sections);
 }
 
-TEST(FormatNumberTest, SeparatorsComeFromTheLocale) {
-  Locale german = Locale::English();
-  german.thousandsSeparator = ".";
-  german.decimalSeparator = ",";
-  EXPECT_EQ(Format(1234567.891, "###,##0.000", german), "1.234.567,891");
-  EXPECT_EQ(Format(1.5, "###,##0.000 Gb", german), "1,500 Gb");
-  EXPECT_EQ(Format(2.25, "", german), "2,25");
-  EXPECT_EQ(Format(Variant("1234"), "###,##0", german), "1.234");
+TEST(FormatNumberTest, SeparatorsNamesAndPatternsComeFromTheLocale) {
+  Locale custom = Locale::English();
+  custom.thousandsSeparator = ".";
+  custom.decimalSeparator = ",";
+  EXPECT_EQ(Format(1234567.891, "###,##0.000", custom), "1.234.567,891");
+  EXPECT_EQ(Format(1.5, "###,##0.000 Gb", custom), "1,500 Gb");
+  EXPECT_EQ(Format(2.25, "", custom), "2,25");
+  EXPECT_EQ(Format(Variant("1234"), "###,##0", custom), "1.234");
+
+  custom.monthNames[8] = "Septembre";
+  custom.dayAbbrevs[0] = "";  // a missing name falls back to English
+  custom.shortDate = "yyyy-mm-dd";
+  custom.longTime = "";
+  const Date d = DateTimeSerial(1963, 9, 22, 7, 0, 0);
+  EXPECT_EQ(Format(d, "d mmmm ddd", custom), "22 Septembre Sun");
+  EXPECT_EQ(Format(d, "Short Date", custom), "1963-09-22");
+  EXPECT_EQ(Format(d, "", custom), "1963-09-22 07:00:00");
+  custom.shortDate = "ddddd";  // names itself: must end
+  EXPECT_EQ(Format(d, "Short Date", custom), "22/09/1963");
 }
 
 TEST(FormatDateTest, NamedFormatsAndPatternTokens) {
@@ -111,20 +120,6 @@ TEST(FormatDateTest, LiteralsQuotesAndTheEmptyResult) {
   // pattern with at least one character outside quotes.
   for (const char* pattern : {"a", "t", "@", " ", "'' ", "am", "\"\"x", "Q", "%"})
     EXPECT_FALSE(Format(d, pattern, kEn).empty()) << pattern;
-}
-
-TEST(FormatDateTest, LocaleNamesAndPatternsAreUsed) {
-  Locale custom = Locale::English();
-  custom.monthNames[8] = "Septembre";
-  custom.dayAbbrevs[0] = "";  // a missing name falls back to English
-  custom.shortDate = "yyyy-mm-dd";
-  custom.longTime = "";
-  const Date d = DateTimeSerial(1963, 9, 22, 7, 0, 0);
-  EXPECT_EQ(Format(d, "d mmmm ddd", custom), "22 Septembre Sun");
-  EXPECT_EQ(Format(d, "Short Date", custom), "1963-09-22");
-  EXPECT_EQ(Format(d, "", custom), "1963-09-22 07:00:00");
-  custom.shortDate = "ddddd";  // names itself: must end
-  EXPECT_EQ(Format(d, "Short Date", custom), "22/09/1963");
 }
 
 TEST(FormatVariantTest, ValuesFormatByTheirType) {

@@ -4,11 +4,15 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
+#include <ctime>
 #include <limits>
 #include <random>
 #include <string>
 
+#include "foundation/date.h"
 #include "foundation/text.h"
+#include "foundation/variant.h"
 #include "foundation/vb_error.h"
 #include "support/expect_vb_error.h"
 
@@ -19,7 +23,7 @@ using test::ErrorNumber;
 using ::testing::ElementsAre;
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
-TEST(ValTest, ReadsTheNumberAtTheStartSkippingBlanksAnywhere) {
+TEST(ValTest, ReadsTheNumberAtTheStartSkippingBlanksAndNeverFailsOnRandomBytes) {
   // A carriage return is not a blank ("12\r3"); hex and octal read as the runtime's integers.
   const struct {
     const char* text;
@@ -38,9 +42,8 @@ TEST(ValTest, ReadsTheNumberAtTheStartSkippingBlanksAnywhere) {
   EXPECT_EQ(Val(std::string(400, '9') + "e-400"), 1.0);
   EXPECT_FALSE(std::signbit(Val("-0")));
   EXPECT_DOUBLE_EQ(Val("&H" + std::string(20, 'F')), std::pow(16.0, 20));
-}
 
-TEST(ValTest, RandomBytesNeverFail) {
+  // Random bytes never make it fail.
   std::mt19937 random(20240917);
   const std::string alphabet = "0123456789+-.eEdD&hHoO \t\n,xyz";
   for (int i = 0; i < 5000; ++i) {
@@ -87,7 +90,7 @@ TEST(ConversionTest, IntegersRoundHalfToEvenAndRaiseOverflowOutOfRange) {
   EXPECT_EQ(RoundHalfEven(4503599627370497.0), 4503599627370497.0);
 }
 
-TEST(ConversionTest, TextsConvertOnlyWhenTheyAreWholeNumbers) {
+TEST(ConversionTest, TextsConvertOnlyWhenTheyAreWholeNumbersOrTruthValues) {
   const struct {
     const char* text;
     int want;
@@ -107,9 +110,7 @@ TEST(ConversionTest, TextsConvertOnlyWhenTheyAreWholeNumbers) {
   EXPECT_TRUE(IsNumeric("TRUE"));
   for (const char* text : {"", "12 Kb", "1e400"})
     EXPECT_FALSE(IsNumeric(text)) << text;
-}
 
-TEST(ConversionTest, BooleansReadTrueFalseOrNumbers) {
   EXPECT_TRUE(CBool("TRUE"));
   EXPECT_FALSE(CBool("False"));
   EXPECT_FALSE(CBool("0"));
@@ -131,19 +132,7 @@ TEST(ConversionTest, NumberTextWritesUpToFifteenSignificantDigits) {
     EXPECT_EQ(NumberText(c.value), c.want);
 }
 
-TEST(TextTest, ReplaceIgnoresCaseAndReplacesEveryOccurrenceLeftToRight) {
-  // The replacement text is not searched again ("abab").
-  const struct {
-    const char *text, *find, *with, *want;
-  } cases[] = {{"aXbxc", "x", "-", "a-b-c"},       {"Store.PST", "pst", "bak", "Store.bak"},
-               {"aaaa", "aa", "b", "bb"},          {"aaa", "aa", "b", "ba"},
-               {"abab", "ab", "abab", "abababab"}, {"abc", "", "x", "abc"},
-               {"abc", "abcd", "x", "abc"},        {"x\\y\\", "\\", "", "xy"}};
-  for (const auto& c : cases)
-    EXPECT_EQ(Replace(c.text, c.find, c.with), c.want) << c.text << " / " << c.find;
-}
-
-TEST(TextTest, SplitKeepsEmptyPartsAndTrimsRemoveSpacesOnly) {
+TEST(TextTest, ReplaceSplitAndTrimKeepEveryPartAndReplaceEveryOccurrence) {
   EXPECT_THAT(Split("\\a\\\\b", "\\"), ElementsAre("", "a", "", "b"));
   EXPECT_THAT(Split("a\\", "\\"), ElementsAre("a", ""));
   EXPECT_THAT(Split("\\", "\\"), ElementsAre("", ""));
@@ -156,9 +145,20 @@ TEST(TextTest, SplitKeepsEmptyPartsAndTrimsRemoveSpacesOnly) {
   EXPECT_EQ(LTrim("  a ") + "|" + RTrim("  a "), "a |  a");
   EXPECT_EQ(Trim("\ta\t"), "\ta\t");
   EXPECT_EQ(Trim("    "), "");
+
+  // Replace ignores case and replaces every occurrence left to right.
+  // The replacement text is not searched again ("abab").
+  const struct {
+    const char *text, *find, *with, *want;
+  } cases[] = {{"aXbxc", "x", "-", "a-b-c"},       {"Store.PST", "pst", "bak", "Store.bak"},
+               {"aaaa", "aa", "b", "bb"},          {"aaa", "aa", "b", "ba"},
+               {"abab", "ab", "abab", "abababab"}, {"abc", "", "x", "abc"},
+               {"abc", "abcd", "x", "abc"},        {"x\\y\\", "\\", "", "xy"}};
+  for (const auto& c : cases)
+    EXPECT_EQ(Replace(c.text, c.find, c.with), c.want) << c.text << " / " << c.find;
 }
 
-TEST(TextTest, CaseAndComparisonTouchOnlyAsciiLetters) {
+TEST(TextTest, CaseComparisonAndSearchTouchOnlyAsciiLettersAndCountFromOne) {
   EXPECT_EQ(UCase("abc-\xC3\xA9z"), "ABC-\xC3\xA9Z");
   EXPECT_EQ(LCase("ABC[\\]"), "abc[\\]");
   // Bytes above 127 sort after ASCII.
@@ -174,18 +174,191 @@ TEST(TextTest, CaseAndComparisonTouchOnlyAsciiLetters) {
     EXPECT_EQ(CompareText(c.a, c.b), c.want) << c.a << " vs " << c.b;
   EXPECT_TRUE(EqualsText("Inbox", "INBOX"));
   EXPECT_FALSE(EqualsText("Inbox", "Inbox2"));
-}
 
-TEST(TextTest, InStrFindsOneBasedPositionsFromAStart) {
+  // InStr gives one-based positions from a start.
   const struct {
     const char *text, *find;
     int32_t start, want;
-  } cases[] = {{"", "", 1, 0},     {"abcabc", "c", 1, 3}, {"abc", "", 2, 2}, {"abcabc", "c", 4, 6},
-               {"abc", "c", 3, 3}, {"abcabc", "C", 1, 0}, {"abc", "a", 4, 0}};
-  for (const auto& c : cases)
+  } searches[] = {{"", "", 1, 0},        {"abcabc", "c", 1, 3}, {"abc", "", 2, 2},
+                  {"abcabc", "c", 4, 6}, {"abc", "c", 3, 3},    {"abcabc", "C", 1, 0},
+                  {"abc", "a", 4, 0}};
+  for (const auto& c : searches)
     EXPECT_EQ(InStr(c.text, c.find, c.start), c.want) << c.text << " / " << c.find << c.start;
   EXPECT_EQ(InStr("abcabc", "c"), 3) << "the start defaults to 1";
   EXPECT_VB_ERROR(static_cast<void>(InStr("abc", "a", 0)), err::kInvalidCall);
+}
+
+// The civil parts as "y-m-d", with " h:m:s" when the time isn't midnight, so that a table
+// row compares in one line.
+std::string Civil(Date date) {
+  const CivilTime t = ToCivil(date);
+  char text[48];
+  int n = std::snprintf(text, sizeof text, "%d-%d-%d", t.year, t.month, t.day);
+  if (t.hour + t.minute + t.second != 0)
+    std::snprintf(text + n, sizeof text - n, " %d:%d:%d", t.hour, t.minute, t.second);
+  return text;
+}
+
+TEST(DateTest, SerialsCountDaysFrom1899BothWaysAndDateSerialRollsOver) {
+  // Before the epoch the time counts away from zero: -1.25 is 6 in the morning of the 29th.
+  const struct {
+    double serial;
+    int y, mo, d, h;
+    const char* civil;
+  } cases[] = {
+      {0, 1899, 12, 30, 0, "1899-12-30"},           {1, 1899, 12, 31, 0, "1899-12-31"},
+      {23276, 1963, 9, 22, 0, "1963-9-22"},         {25569, 1970, 1, 1, 0, "1970-1-1"},
+      {-36522, 1800, 1, 1, 0, "1800-1-1"},          {-657434, 100, 1, 1, 0, "100-1-1"},
+      {2958465, 9999, 12, 31, 0, "9999-12-31"},     {45351.75, 2024, 2, 29, 18, "2024-2-29 18:0:0"},
+      {-1.25, 1899, 12, 29, 6, "1899-12-29 6:0:0"}, {-36522.75, 1800, 1, 1, 18, "1800-1-1 18:0:0"}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(Civil(Date(c.serial)), c.civil) << c.serial;
+    EXPECT_EQ(DateTimeSerial(c.y, c.mo, c.d, c.h, 0, 0).Serial(), c.serial) << c.civil;
+  }
+  EXPECT_EQ(Civil(Date(-0.25)), "1899-12-30 6:0:0");
+  EXPECT_EQ(ToCivil(Date(0)).weekday, 7);                  // a Saturday
+  EXPECT_EQ(ToCivil(DateSerial(1963, 9, 22)).weekday, 1);  // a Sunday
+  // Stepping back over the epoch moves to the day before, not to the same day.
+  EXPECT_EQ(AddSeconds(Date(0.25), -86400).Serial(), -1.25);
+  EXPECT_EQ(AddSeconds(Date(-1.25), 86400).Serial(), 0.25);
+  EXPECT_EQ(AddSeconds(Date(-1.25), 18 * 3600).Serial(), 0.0);
+
+  // DateSerial rolls over, windows two-digit years and refuses other years.
+  const struct {
+    int y, m, d;
+    const char* want;
+  } rolls[] = {{5, 1, 1, "2005-1-1"},     {2020, 0, 1, "2019-12-1"}, {2020, -1, 1, "2019-11-1"},
+               {29, 1, 1, "2029-1-1"},    {2020, 3, 0, "2020-2-29"}, {2020, 14, 31, "2021-3-3"},
+               {30, 1, 1, "1930-1-1"},    {2019, 3, 0, "2019-2-28"}, {2020, 1, -1, "2019-12-30"},
+               {2020, 13, 1, "2021-1-1"}, {2020, 2, 30, "2020-3-1"}, {2020, 1, 366, "2020-12-31"}};
+  for (const auto& c : rolls)
+    EXPECT_EQ(Civil(DateSerial(c.y, c.m, c.d)), c.want) << c.y << "/" << c.m << "/" << c.d;
+  const int bad[][3] = {{-1, 1, 1}, {10000, 1, 1}, {9999, 13, 1}, {9999, 12, 32}, {100, 1, 0}};
+  for (const auto& b : bad)
+    EXPECT_EQ(ErrorNumber([&] { DateSerial(b[0], b[1], b[2]); }), err::kInvalidCall) << b[0];
+}
+
+TEST(DateTest, CivilPartsRoundToTheNearestSecondAndTimesRollIntoDays) {
+  // A time of day given in seconds after midnight of 15 June 2021.
+  auto at = [day = DateSerial(2021, 6, 15).Serial()](double s) { return Date(day + s / 86400); };
+  const struct {
+    Date date;
+    const char* want;
+  } cases[] = {{at(35999.6), "2021-6-15 10:0:0"},
+               {at(36000.4), "2021-6-15 10:0:0"},
+               {at(36000.6), "2021-6-15 10:0:1"},
+               {at(86399.6), "2021-6-16"},
+               {Date(-1.9999999), "1899-12-30"},
+               {TimeSerial(25, 0, 0), "1899-12-31 1:0:0"},
+               {TimeSerial(0, 90, 0), "1899-12-30 1:30:0"},
+               {TimeSerial(-1, 0, 0), "1899-12-29 23:0:0"}};
+  for (const auto& c : cases)
+    EXPECT_EQ(Civil(c.date), c.want) << c.date.Serial();
+  EXPECT_EQ(Civil(DateTimeSerial(2021, 6, 15, 23, 59, 59)), "2021-6-15 23:59:59");
+  EXPECT_EQ(Civil(DateTimeSerial(2020, 12, 31, 24, 0, 30)), "2021-1-1 0:0:30");
+  EXPECT_DOUBLE_EQ(TimeSerial(12, 0, 0).Serial(), 0.5);
+}
+
+TEST(DateTest, UnixSecondsAreLocalWallTimeBothWaysAndClocksReadThem) {
+  EXPECT_EQ(FromUnixSeconds(0).Serial(), 25569.0);
+  EXPECT_EQ(Civil(FromUnixSeconds(1700000000)), "2023-11-14 22:13:20");
+  EXPECT_EQ(Civil(FromUnixSeconds(-1)), "1969-12-31 23:59:59");
+  for (const int64_t s : {int64_t{0}, int64_t{1}, int64_t{-1}, int64_t{1700000000},
+                          int64_t{-2209161600} - 3600, int64_t{-5000000000}, int64_t{253402300799}})
+    EXPECT_EQ(ToUnixSeconds(FromUnixSeconds(s)), s);
+  EXPECT_EQ(ToUnixSeconds(DateTimeSerial(1899, 12, 29, 6, 0, 0)), -2209161600 - 18 * 3600);
+
+  ManualClock manual(DateSerial(2022, 3, 1));
+  manual.AdvanceSeconds(-1);
+  EXPECT_EQ(Civil(manual.Now()), "2022-2-28 23:59:59");
+
+  const std::time_t before = std::time(nullptr);
+  const Date now = SystemClock().Now();
+  std::tm local{};
+  localtime_r(&before, &local);
+  const int64_t expected = static_cast<int64_t>(before) + local.tm_gmtoff;
+  EXPECT_NEAR(static_cast<double>(ToUnixSeconds(now)), static_cast<double>(expected), 2.0);
+  // The runtime's Now has whole seconds.
+  EXPECT_DOUBLE_EQ(now.Serial(), FromUnixSeconds(ToUnixSeconds(now)).Serial());
+}
+
+TEST(VariantTest, TextTypeNameAndNumbersOfEachTypeAreTheRuntimes) {
+  const struct {
+    Variant value;
+    const char *text, *type;
+  } cases[] = {{Variant(), "", "Empty"},     {true, "True", "Boolean"},
+               {false, "False", "Boolean"},  {int16_t{-5}, "-5", "Integer"},
+               {1.5, "1.5", "Double"},       {int32_t{100000}, "100000", "Long"},
+               {3.0, "3", "Double"},         {"x y", "x y", "String"},
+               {Date(), "00:00:00", "Date"}, {TimeSerial(6, 30, 0), "06:30:00", "Date"}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.value.ToString(), c.text);
+    EXPECT_EQ(c.value.TypeName(), c.type) << c.text;
+  }
+  EXPECT_EQ(Variant(DateSerial(1963, 9, 22)).ToString(), "22/09/1963");
+  EXPECT_EQ(Variant(DateTimeSerial(1963, 9, 22, 14, 5, 0)).ToString(), "22/09/1963 14:05:00");
+
+  // Numeric conversions.
+  EXPECT_EQ(Variant().ToInteger(), 0);
+  EXPECT_EQ(Variant(true).ToInteger(), -1);
+  EXPECT_EQ(Variant(true).ToDouble(), -1.0);
+  EXPECT_EQ(Variant(2.5).ToInteger(), 2);
+  EXPECT_EQ(Variant("  12 ").ToLong(), 12);
+  EXPECT_EQ(Variant(DateSerial(1900, 1, 1)).ToInteger(), 2);
+  EXPECT_EQ(ErrorNumber([] { (void)Variant("32768").ToInteger(); }), err::kOverflow);
+  EXPECT_EQ(ErrorNumber([] { (void)Variant(int32_t{40000}).ToInteger(); }), err::kOverflow);
+  EXPECT_EQ(ErrorNumber([] { (void)Variant("abc").ToDouble(); }), err::kTypeMismatch);
+  EXPECT_EQ(ErrorNumber([] { (void)Variant("").ToLong(); }), err::kTypeMismatch);
+  EXPECT_EQ(ErrorNumber([] { (void)Variant("abc").ToBool(); }), err::kTypeMismatch);
+
+  const struct {
+    Variant value;
+    bool truth, numeric;
+  } truths[] = {{2.5, true, true},  {"true", true, true}, {Variant(), false, false},
+                {"0", false, true}, {false, false, true}, {DateSerial(2000, 1, 1), true, false},
+                {" 4 ", true, true}};
+  for (size_t i = 0; i < std::size(truths); ++i) {
+    const auto& c = truths[i];
+    EXPECT_EQ(c.value.ToBool(), c.truth) << "case " << i;
+    EXPECT_EQ(c.value.IsNumeric(), c.numeric) << "case " << i;
+  }
+  EXPECT_FALSE(Variant("4x").IsNumeric());
+}
+
+TEST(VariantTest, DatesReadFromSerialsAndTheTwoTextForms) {
+  EXPECT_EQ(Variant().ToDate(), Date());
+  EXPECT_EQ(Variant(2.25).ToDate().Serial(), 2.25);
+  EXPECT_EQ(Variant(true).ToDate().Serial(), -1.0);
+  EXPECT_EQ(Variant("22/09/1963").ToDate(), DateSerial(1963, 9, 22));
+  EXPECT_EQ(Variant(" 1/2/05 ").ToDate(), DateSerial(2005, 2, 1));
+  EXPECT_EQ(Variant("22/09/1963 14:05").ToDate(), DateTimeSerial(1963, 9, 22, 14, 5, 0));
+  EXPECT_EQ(Variant("29/02/2024 23:59:59").ToDate(), DateTimeSerial(2024, 2, 29, 23, 59, 59));
+  EXPECT_EQ(Variant("1963-09-22").ToDate(), DateSerial(1963, 9, 22));
+  EXPECT_EQ(Variant("1963-09-22T08:00:01").ToDate(), DateTimeSerial(1963, 9, 22, 8, 0, 1));
+  for (const char* bad : {"", "abc", "31/02/2020", "29/02/2023", "1/13/2020", "22/09/1963 24:00",
+                          "22/09/1963x", "1963-9-22T", "22-09-1963", "12345", "22/09/063"}) {
+    EXPECT_EQ(ErrorNumber([bad] { (void)Variant(bad).ToDate(); }), err::kTypeMismatch) << bad;
+  }
+  EXPECT_EQ(ErrorNumber([] { (void)Variant(1e10).ToDate(); }), err::kOverflow);
+}
+
+TEST(VariantTest, LooseEqualityComparesLikeTheRuntime) {
+  // Two texts compare as texts ("5" against "5.0"); Empty equals 0, "" and False but not "0".
+  const struct {
+    Variant a, b;
+    bool equal;
+  } cases[] = {{5.0, "5", true},         {true, int16_t{-1}, true},
+               {"5x", 5.0, false},       {true, int16_t{1}, false},
+               {"5", "5.0", false},      {" 5 ", int32_t{5}, true},
+               {"abc", "ABC", false},    {Variant(), int16_t{0}, true},
+               {Variant(), "", true},    {DateSerial(1900, 1, 1), 2.0, true},
+               {Variant(), "0", false},  {DateSerial(1963, 9, 22), "22/09/1963", true},
+               {Variant(), false, true}, {DateSerial(1963, 9, 22), "23/09/1963", false}};
+  for (size_t i = 0; i < std::size(cases); ++i)
+    EXPECT_EQ(cases[i].a.Equals(cases[i].b), cases[i].equal) << "case " << i;
+  // Exact equality also wants the same type.
+  EXPECT_FALSE(Variant(int16_t{3}) == Variant(int32_t{3}));
+  EXPECT_TRUE(Variant("a") == Variant(std::string("a")));
 }
 
 }  // namespace

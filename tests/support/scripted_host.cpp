@@ -107,16 +107,22 @@ int ScriptedHost::Pump() {
 
 bool ScriptedHost::PumpUntil(const std::function<bool()>& done, std::chrono::milliseconds timeout) {
   const auto deadline = std::chrono::steady_clock::now() + timeout;
-  while (true) {
-    Pump();
-    if (done()) return true;
-    std::unique_lock<std::mutex> lock(postMutex_);
-    if (!posted_.wait_until(lock, deadline, [this] { return !posts_.empty(); })) {
-      lock.unlock();
-      Pump();
-      return done();
+  while (!done()) {
+    std::function<void()> fn;
+    {
+      std::unique_lock<std::mutex> lock(postMutex_);
+      if (!posted_.wait_until(lock, deadline, [this] { return !posts_.empty(); })) return done();
+      fn = std::move(posts_.front());
+      posts_.pop_front();
     }
+    fn();
   }
+  return true;
+}
+
+bool ScriptedHost::WaitForPost(std::chrono::milliseconds timeout) {
+  std::unique_lock<std::mutex> lock(postMutex_);
+  return posted_.wait_for(lock, timeout, [this] { return !posts_.empty(); });
 }
 
 size_t ScriptedHost::PendingPosts() const {

@@ -80,10 +80,13 @@ class ScriptedHost : public UiHost {
   // Runs the posted functions, also those they post, until none is left;
   // the number run.
   int Pump();
-  // Pumps until done() holds or the timeout passes, waiting for posts from
-  // other threads in between; whether done() held.
+  // Runs posted functions one at a time until done() holds or the timeout
+  // passes, waiting for posts from other threads in between; whether done()
+  // held. What is posted after done() holds stays queued.
   bool PumpUntil(const std::function<bool()>& done,
                  std::chrono::milliseconds timeout = std::chrono::seconds(5));
+  // Waits until something is posted, without running it.
+  bool WaitForPost(std::chrono::milliseconds timeout = std::chrono::seconds(5));
   [[nodiscard]] size_t PendingPosts() const;
 
   [[nodiscard]] const std::vector<std::string>& History() const { return history_; }

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QImageReader>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -37,9 +38,11 @@ void ExpectSameImages(const std::vector<QImage>& ours, const std::vector<QImage>
   }
 }
 
-void Put(QByteArray& out, uint32_t value, int size) {
-  for (int i = 0; i < size; ++i)
-    out.append(static_cast<char>((value >> (8 * i)) & 0xFF));
+// Little-endian fields of one size in bytes.
+void Put(QByteArray& out, int size, std::initializer_list<int64_t> values) {
+  for (int64_t value : values)
+    for (int i = 0; i < size; ++i)
+      out.append(static_cast<char>((value >> (8 * i)) & 0xFF));
 }
 
 // An icon file of one bitmap image of the given depth: a palette of the
@@ -49,46 +52,30 @@ QByteArray IcoOf(const QImage& source, int bits, bool alphaInColours = true) {
   const QImage image = source.convertToFormat(QImage::Format_ARGB32);
   const int w = image.width();
   const int h = image.height();
+  const auto opaque = [](QRgb p) { return p | 0xFF000000U; };
   std::vector<QRgb> palette;
-  if (bits <= 8) {
-    for (int y = 0; y < h; ++y)
-      for (int x = 0; x < w; ++x) {
-        const QRgb c =
-            qRgb(qRed(image.pixel(x, y)), qGreen(image.pixel(x, y)), qBlue(image.pixel(x, y)));
-        if (std::find(palette.begin(), palette.end(), c) == palette.end()) palette.push_back(c);
-      }
-  }
-  const int colourStride = (w * bits + 31) / 32 * 4;
-  const int maskStride = (w + 31) / 32 * 4;
+  for (int y = 0; bits <= 8 && y < h; ++y)
+    for (int x = 0; x < w; ++x)
+      if (std::find(palette.begin(), palette.end(), opaque(image.pixel(x, y))) == palette.end())
+        palette.push_back(opaque(image.pixel(x, y)));
+  const auto colours = static_cast<uint32_t>(palette.size());
   QByteArray bitmap;
-  Put(bitmap, 40, 4);
-  Put(bitmap, w, 4);
-  Put(bitmap, 2 * h, 4);
-  Put(bitmap, 1, 2);
-  Put(bitmap, bits, 2);
-  Put(bitmap, 0, 4);
-  Put(bitmap, 0, 4);
-  Put(bitmap, 0, 4);
-  Put(bitmap, 0, 4);
-  Put(bitmap, static_cast<uint32_t>(palette.size()), 4);
-  Put(bitmap, 0, 4);
+  Put(bitmap, 4, {40, w, 2 * h});
+  Put(bitmap, 2, {1, bits});
+  Put(bitmap, 4, {0, 0, 0, 0, colours, 0});
   for (QRgb c : palette)
-    Put(bitmap, c & 0xFFFFFF, 4);
+    Put(bitmap, 4, {c & 0xFFFFFF});
   for (int y = h - 1; y >= 0; --y) {
-    QByteArray row(colourStride, '\0');
+    QByteArray row((w * bits + 31) / 32 * 4, '\0');
     for (int x = 0; x < w; ++x) {
       const QRgb p = image.pixel(x, y);
-      if (bits == 32) {
+      if (bits >= 24) {
         const uint32_t argb = alphaInColours ? p : (p & 0xFFFFFF);
-        for (int k = 0; k < 4; ++k)
-          row[x * 4 + k] = static_cast<char>((argb >> (8 * k)) & 0xFF);
-      } else if (bits == 24) {
-        for (int k = 0; k < 3; ++k)
-          row[x * 3 + k] = static_cast<char>((p >> (8 * k)) & 0xFF);
+        for (int k = 0; k < bits / 8; ++k)
+          row[x * bits / 8 + k] = static_cast<char>((argb >> (8 * k)) & 0xFF);
       } else {
-        const auto index = static_cast<int>(
-            std::find(palette.begin(), palette.end(), qRgb(qRed(p), qGreen(p), qBlue(p))) -
-            palette.begin());
+        const auto index = static_cast<int>(std::find(palette.begin(), palette.end(), opaque(p)) -
+                                            palette.begin());
         const int bit = x * bits;
         row[bit / 8] = static_cast<char>(row[bit / 8] | (index << (8 - bits - bit % 8)));
       }
@@ -96,25 +83,17 @@ QByteArray IcoOf(const QImage& source, int bits, bool alphaInColours = true) {
     bitmap.append(row);
   }
   for (int y = h - 1; y >= 0; --y) {
-    QByteArray row(maskStride, '\0');
-    for (int x = 0; x < w; ++x) {
+    QByteArray row((w + 31) / 32 * 4, '\0');
+    for (int x = 0; x < w; ++x)
       if (qAlpha(image.pixel(x, y)) < 128)
         row[x / 8] = static_cast<char>(row[x / 8] | (0x80 >> (x % 8)));
-    }
     bitmap.append(row);
   }
   QByteArray file;
-  Put(file, 0, 2);
-  Put(file, 1, 2);
-  Put(file, 1, 2);
-  Put(file, w & 0xFF, 1);
-  Put(file, h & 0xFF, 1);
-  Put(file, bits <= 8 ? static_cast<uint32_t>(palette.size()) : 0, 1);
-  Put(file, 0, 1);
-  Put(file, 1, 2);
-  Put(file, bits, 2);
-  Put(file, static_cast<uint32_t>(bitmap.size()), 4);
-  Put(file, 22, 4);
+  Put(file, 2, {0, 1, 1});
+  Put(file, 1, {w, h, bits <= 8 ? colours : 0, 0});
+  Put(file, 2, {1, bits});
+  Put(file, 4, {bitmap.size(), 22});
   return file + bitmap;
 }
 
@@ -165,17 +144,16 @@ TEST(PictureFiles, IconsReadAsQtsOwnIconPluginReadsThem) {
 TEST(PictureFiles, ADamagedIconIsNoPictureAndNeverReadPastItsEnd) {
   const QByteArray good = IcoOf(Sample(false), 8);
   ASSERT_EQ(ReadIcoImages(good).size(), 1U);
-  QByteArray badType = good;
-  badType[2] = 2;  // a cursor file
-  QByteArray noImages = good;
-  noImages[4] = 0;
-  QByteArray farOffset = good;
-  farOffset[18] = 0x7F;
-  QByteArray compressed = good;
-  compressed[22 + 16] = 1;  // run-length bitmaps are not icons' way
+  const auto with = [&good](int at, char value) {
+    QByteArray bytes = good;
+    bytes[at] = value;
+    return bytes;
+  };
+  // Cut short anywhere; a cursor file; no images; an image past the end; a
+  // run-length bitmap, which icons never hold.
   for (const QByteArray& bytes :
-       {QByteArray(), good.left(5), good.left(30), good.left(good.size() - 1), badType, noImages,
-        farOffset, compressed}) {
+       {QByteArray(), good.left(5), good.left(30), good.left(good.size() - 1), with(2, 2),
+        with(4, 0), with(18, 0x7F), with(22 + 16, 1)}) {
     EXPECT_TRUE(ReadIcoImages(bytes).empty()) << bytes.size() << " bytes";
   }
 
@@ -189,7 +167,7 @@ TEST(PictureFiles, ADamagedIconIsNoPictureAndNeverReadPastItsEnd) {
     return file.fileName();
   };
   EXPECT_TRUE(ReadPictureFile(write("bad.ico", good.left(40))).isNull());
-  EXPECT_TRUE(ReadIconFile(write("bad2.ico", farOffset)).isNull());
+  EXPECT_TRUE(ReadIconFile(write("bad2.ico", with(18, 0x7F))).isNull());
   EXPECT_EQ(ReadPictureFile(write("good.ico", good)).size(), QSize(13, 9));
   EXPECT_FALSE(ReadIconFile(folder.filePath(QStringLiteral("good.ico"))).isNull());
   EXPECT_TRUE(ReadPictureFile(folder.filePath(QStringLiteral("missing.ico"))).isNull());

@@ -3,81 +3,69 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QFile>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <atomic>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "sample_form.h"
-#include "view/qt/qt_host.h"
+#include "view/qt/qt_tray.h"
 
 namespace vellix::test {
 namespace {
 
 using ::testing::ElementsAre;
+using QtHostTest = ShownSampleForm;
 
-// Answers the next message box with the button given once it is up,
-// recording its title and text.
-struct BoxAnswer {
-  QString title;
-  QString text;
-  QStringList buttons;
-};
-
-void AnswerNextBox(QMessageBox::StandardButton answer, BoxAnswer& seen) {
+// Answers the next message box with the button given once it is up; seen gets
+// its title, text and buttons.
+void AnswerNextBox(QMessageBox::StandardButton answer, std::vector<std::string>& seen) {
   auto* poll = new QTimer;
   poll->setInterval(5);
   QObject::connect(poll, &QTimer::timeout, [poll, answer, &seen] {
     auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
     if (box == nullptr) return;
-    seen.title = box->windowTitle();
-    seen.text = box->text();
+    seen = {box->windowTitle().toStdString(), box->text().toStdString()};
     for (QAbstractButton* button : box->buttons())
-      seen.buttons << button->text().remove(QLatin1Char('&'));
+      seen.push_back(button->text().remove(QLatin1Char('&')).toStdString());
     box->button(answer)->click();
     poll->deleteLater();
   });
   poll->start();
 }
 
-TEST(QtHostMessageBox, LetsAQueuedEngineEventRunBeforeTheHandlerContinues) {
-  qtview::QtHost host;
+TEST_F(QtHostTest, AMessageBoxLetsAQueuedEngineEventRunBeforeTheHandlerContinues) {
   host.SetTitle("Vellix Control");
-  SampleForm form(host);
   MsgResult answer = MsgResult::OK;
   form.cmdGo.Click = [&] {
     host.Post([&] { form.log.push_back("engine event"); });
     answer = host.MsgBox("Stop the engine?", MsgButtons::YesNo, "");
     form.log.push_back("handler continues");
   };
-  form.Show();
-  BoxAnswer seen;
+  std::vector<std::string> seen;
   AnswerNextBox(QMessageBox::No, seen);
-  QTest::mouseClick(host.WindowOf(form)->findChild<QPushButton*>("cmdGo"), Qt::LeftButton);
+  QTest::mouseClick(Find<QPushButton>("cmdGo"), Qt::LeftButton);
 
   EXPECT_THAT(form.log, ::testing::Contains("engine event"));
   EXPECT_EQ(form.log.back(), "handler continues");
   EXPECT_EQ(answer, MsgResult::No);
-  EXPECT_EQ(seen.title, "Vellix Control");
-  EXPECT_EQ(seen.text, "Stop the engine?");
-  EXPECT_THAT(seen.buttons, ElementsAre("Yes", "No"));
+  EXPECT_THAT(seen, ElementsAre("Vellix Control", "Stop the engine?", "Yes", "No"));
 
   // A title of the caller's own, and an OK/Cancel box.
   AnswerNextBox(QMessageBox::Cancel, seen);
   EXPECT_EQ(host.MsgBox("Go on?", MsgButtons::OKCancel, "Backup"), MsgResult::Cancel);
-  EXPECT_EQ(seen.title, "Backup");
-  form.Unload();
+  EXPECT_THAT(seen, ElementsAre("Backup", "Go on?", "OK", "Cancel"));
 }
 
-TEST(QtHostModalForm, RunsANestedLoopUntilTheFormIsHiddenOrUnloaded) {
-  qtview::QtHost host;
-  SampleForm main(host, "frmMain");
+TEST_F(QtHostTest, AModalFormRunsANestedLoopUntilItIsHiddenOrUnloaded) {
   SampleForm dialog(host, "frmDialog");
-  main.Show();
-
   host.Post([&] { dialog.log.push_back("posted while modal"); });
   host.Post([&] { dialog.Hide(); });
   dialog.Show(true);
@@ -93,7 +81,6 @@ TEST(QtHostModalForm, RunsANestedLoopUntilTheFormIsHiddenOrUnloaded) {
   dialog.Show(true);
   EXPECT_FALSE(dialog.Loaded());
   EXPECT_EQ(host.WindowOf(dialog), nullptr);
-  main.Unload();
 }
 
 TEST(QtHostPost, FromAnotherThreadRunsOnTheGuiThread) {
@@ -111,22 +98,17 @@ TEST(QtHostPost, FromAnotherThreadRunsOnTheGuiThread) {
   EXPECT_EQ(ranOn, std::this_thread::get_id());
 }
 
-TEST(QtHostWindow, CloseBoxAsksTheFormAndTheLastUnloadEndsTheProgram) {
-  qtview::QtHost host;
+TEST_F(QtHostTest, CloseBoxAsksTheFormAndTheLastUnloadEndsTheProgram) {
   int ended = 0;
   host.OnLastFormUnloaded = [&] { ++ended; };
-  SampleForm form(host);
-  form.Show();
-  ASSERT_TRUE(host.AnyFormLoaded());
-
   form.refuseClose = true;
-  host.WindowOf(form)->close();
+  window->close();
   EXPECT_TRUE(form.Loaded());
-  EXPECT_TRUE(host.WindowOf(form)->isVisible());
+  EXPECT_TRUE(window->isVisible());
   EXPECT_EQ(ended, 0);
 
   form.refuseClose = false;
-  host.WindowOf(form)->close();
+  window->close();
   EXPECT_FALSE(form.Loaded());
   EXPECT_EQ(host.WindowOf(form), nullptr);
   EXPECT_FALSE(host.AnyFormLoaded());
@@ -134,37 +116,25 @@ TEST(QtHostWindow, CloseBoxAsksTheFormAndTheLastUnloadEndsTheProgram) {
   EXPECT_THAT(form.log, ElementsAre("Form_QueryUnload", "Form_QueryUnload"));
 }
 
-TEST(QtHostWindow, FormSizeAndActivationFollowTheModel) {
-  qtview::QtHost host;
-  SampleForm first(host, "frmFirst");
-  SampleForm second(host, "frmSecond");
-  first.Show();
-  QWidget* window = host.WindowOf(first);
-  window->activateWindow();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+TEST_F(QtHostTest, FormSizeAndActivationFollowTheModel) {
   const double tpp = host.TwipsPerPixel();
   EXPECT_EQ(window->width(), qRound((9000 - 240) / tpp));
-  first.Width(6000);
+  form.Width(6000);
   EXPECT_EQ(window->width(), qRound((6000 - 240) / tpp));
 
   // Activate comes when the program's forms take turns, once each time.
+  SampleForm second(host, "frmSecond");
   second.Show();
   host.WindowOf(second)->activateWindow();
   ASSERT_TRUE(QTest::qWaitForWindowActive(host.WindowOf(second)));
-  first.BringToFront();
+  form.BringToFront();
   ASSERT_TRUE(QTest::qWaitForWindowActive(window));
-  EXPECT_EQ(std::count(first.log.begin(), first.log.end(), "Activate"), 2);
-  EXPECT_EQ(std::count(second.log.begin(), second.log.end(), "Activate"), 1);
+  EXPECT_THAT(form.log, ElementsAre("Activate"));
+  EXPECT_THAT(second.log, ElementsAre("Activate"));
   second.Unload();
-  first.Unload();
 }
 
-TEST(QtHostPopupMenu, ShowsTheVisibleEntriesAndRunsTheChosenOne) {
-  qtview::QtHost host;
-  SampleForm form(host);
-  form.Show();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(host.WindowOf(form)));
-  form.log.clear();
+TEST_F(QtHostTest, PopupMenuShowsTheVisibleEntriesAndRunsTheChosenOne) {
   QStringList shown;
   QList<bool> enabled;
   QTimer::singleShot(0, [&] {
@@ -181,7 +151,51 @@ TEST(QtHostPopupMenu, ShowsTheVisibleEntriesAndRunsTheChosenOne) {
   EXPECT_THAT(shown, ElementsAre("&Open", "-", "E&xit"));
   EXPECT_THAT(enabled, ElementsAre(true, true, false));
   EXPECT_THAT(form.log, ElementsAre("mnuOpen_Click"));
-  form.Unload();
+}
+
+TEST(QtTray, LoadsIconFilesAndRefusesWhatIsNoIcon) {
+  qtview::QtHost host;
+  QTemporaryDir dir;
+  ASSERT_TRUE(dir.isValid());
+  QFile::copy(QStringLiteral(VELLIX_SOURCE_DIR "/resources/Running.ico"),
+              dir.filePath("Running.ico"));
+  QFile text(dir.filePath("Notes.ico"));
+  ASSERT_TRUE(text.open(QIODevice::WriteOnly));
+  text.write("not an icon");
+  text.close();
+  // The program's "<folder>\<file>" texts lie in the temporary folder here.
+  qtview::QtTray tray(host, [&dir](const std::string& path) {
+    return dir.filePath(QString::fromStdString(path.substr(path.find_last_of('\\') + 1)))
+        .toStdString();
+  });
+
+  const std::string running = tray.LoadPicture("C:\\Program\\Running.ico");
+  EXPECT_EQ(running, dir.filePath("Running.ico").toStdString());
+  EXPECT_EQ(tray.LoadPicture("C:\\Program\\Missing.ico"), "");
+  EXPECT_EQ(tray.LoadPicture("C:\\Program\\Notes.ico"), "");
+
+  tray.Add(running, "Vellix: running");
+  EXPECT_FALSE(tray.Icon().icon().isNull());
+  EXPECT_EQ(tray.Icon().toolTip(), "Vellix: running");
+  tray.Modify("", "Vellix: stopped");
+  EXPECT_EQ(tray.Icon().toolTip(), "Vellix: stopped");
+  EXPECT_TRUE(tray.Icon().isVisible());
+  tray.Delete();
+  EXPECT_FALSE(tray.Icon().isVisible());
+}
+
+TEST_F(QtHostTest, TrayPassesGesturesToTheFormAsTheDesktopDisguisesThem) {
+  qtview::QtTray tray(host, {});
+  tray.AttachForm(form);
+  const double tpp = host.TwipsPerPixel();
+  Q_EMIT tray.Icon().activated(QSystemTrayIcon::Context);
+  EXPECT_DOUBLE_EQ(form.lastMouseX / tpp, 517);
+  Q_EMIT tray.Icon().activated(QSystemTrayIcon::Trigger);
+  EXPECT_DOUBLE_EQ(form.lastMouseX / tpp, 514);
+  Q_EMIT tray.Icon().activated(QSystemTrayIcon::DoubleClick);
+  EXPECT_DOUBLE_EQ(form.lastMouseX / tpp, 515);
+  // The icon pops no menu of its own.
+  EXPECT_EQ(tray.Icon().contextMenu(), nullptr);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "sample_form.h"
 
+#include <QTest>
+
 namespace vellix::test {
 
 SampleForm::SampleForm(UiHost& host, std::string name) : Form(host, std::move(name)) {
@@ -23,46 +25,33 @@ SampleForm::SampleForm(UiHost& host, std::string name) : Form(host, std::move(na
   grdRuns.EnterCell = [this] { log.push_back("EnterCell " + std::to_string(grdRuns.Row())); };
   udCount.UpClick = [this] { log.push_back("UpClick"); };
   mnuOpen.Click = [this] { log.push_back("mnuOpen_Click"); };
-  mnuExit.Click = [this] { log.push_back("mnuExit_Click"); };
 }
 
 void SampleForm::Design() {
-  Caption("Sample");
   Width(9000);
   Height(7000);
-  lblInfo.Move(120, 120, 3000, 300);
   lblInfo.Caption("&Name:");
   cmdGo.Move(3240, 120, 1500, 375);
   cmdGo.Caption("&Go");
   txtName.Move(120, 600, 3000, 315);
   chkOn.Move(3240, 600, 1500, 315);
-  chkOn.Caption("On");
   fraChoice.Move(120, 1020, 3000, 1200);
-  fraChoice.Caption("Choice");
   optA.Move(120, 300, 2000, 300);
   optB.Move(120, 700, 2000, 300);
   picMore.Move(5400, 1200, 3000, 1500);
   picMore.Visible(false);
   chkMore.Move(60, 60, 2000, 300);
-  chkMore.Caption("More");
-  fraInner.Move(60, 420, 2800, 900);
-  optInner.Move(120, 300, 2000, 300);
-  optInner.Caption("Inner");
-  cboKind.Move(3240, 1020, 2000, 315);
   cboKind.Style(ComboBox::kDropdownList);
   cboKind.AddItem("Daily");
   cboKind.AddItem("Weekly");
-  lstTicks.Move(5400, 120, 3000, 1000);
   lstTicks.Style(ListBox::kCheckbox);
   lstTicks.AddItem("Inbox");
   lstTicks.AddItem("Sent");
   tabMain.Move(120, 2400, 6000, 375);
   tabMain.AddTab("summary", "Summary");
   tabMain.AddTab("agents", "Agents");
-  tvwFolders.Move(120, 2900, 3000, 1500);
   tvwFolders.AddRoot("root", "Mailbox");
   tvwFolders.Add("root", TreeView::Relationship::Child, "inbox", "Inbox");
-  grdRuns.Move(3240, 2900, 4000, 1500);
   grdRuns.Rows(3);
   grdRuns.Cols(2);
   grdRuns.TextMatrix(0, 1, "Run");
@@ -71,7 +60,6 @@ void SampleForm::Design() {
   udCount.Move(1120, 4600, 255, 315);
   udCount.Max(10);
   udCount.BuddyControl("txtCount");
-  dtpStart.Move(3240, 4600, 2000, 315);
   mnuPopup.Visible(false);
   mnuOpen.Caption("&Open");
   mnuSep.Caption("-");
@@ -88,6 +76,15 @@ void SampleForm::Form_QueryUnload(bool& cancel, int32_t /*unloadMode*/) {
 
 void SampleForm::Form_MouseMove(int16_t /*button*/, int16_t /*shift*/, double x, double /*y*/) {
   lastMouseX = x;
+}
+
+void ShownSampleForm::SetUp() {
+  form.Show();
+  window = host.WindowOf(form);
+  ASSERT_NE(window, nullptr);
+  window->activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+  form.log.clear();
 }
 
 }  // namespace vellix::test

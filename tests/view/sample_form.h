@@ -1,9 +1,14 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <QWidget>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "foundation/controls.h"
+#include "view/qt/qt_host.h"
 
 namespace vellix::test {
 
@@ -50,6 +55,27 @@ class SampleForm : public Form {
   void Form_QueryUnload(bool& cancel, int32_t unloadMode) override;
   void Form_Activate() override { log.push_back("Activate"); }
   void Form_MouseMove(int16_t button, int16_t shift, double x, double y) override;
+};
+
+// A sample form shown and active on a host of its own, its log cleared.
+class ShownSampleForm : public ::testing::Test {
+ protected:
+  void SetUp() override;
+  void TearDown() override {
+    if (form.Loaded()) form.Unload();
+  }
+
+  // The form's widget of that name; a test that finds none ends there.
+  template <class W>
+  W* Find(const char* name) {
+    auto* widget = window->findChild<W*>(QString::fromLatin1(name));
+    if (widget == nullptr) throw std::runtime_error(std::string("no widget ") + name);
+    return widget;
+  }
+
+  qtview::QtHost host;
+  SampleForm form{host};
+  QWidget* window = nullptr;
 };
 
 }  // namespace vellix::test

@@ -32,15 +32,20 @@ std::string RecordingBrowser(const std::filesystem::path& record) {
          record.string() + ".part'\nmv '" + record.string() + ".part' '" + record.string() + "'\n";
 }
 
-TEST(WebBrowser, FindsTheProgramThatOpensWebPages) {
+// A scratch folder with a help page on drive C and an empty bin folder.
+class WebBrowser : public ::testing::Test {
+ protected:
+  WebBrowser() { scratch.WriteFile("drives/c/page.htm", "<HTML> <\\HTML>"); }
+  XdgWebBrowser Browser(std::map<std::string, std::string> vars) const {
+    return XdgWebBrowser(PathMapping(scratch.Path()), test::FixedEnvironment(std::move(vars)));
+  }
   test::ScratchFolder scratch;
-  const PathMapping mapping(scratch.Path());
-  const auto bin = scratch.MakeFolder("bin");
-  scratch.WriteFile("drives/c/page.htm", "<HTML> <\\HTML>");
+  const std::filesystem::path bin = scratch.MakeFolder("bin");
+};
+
+TEST_F(WebBrowser, FindsTheProgramThatOpensWebPages) {
   std::map<std::string, std::string> vars{{"PATH", "/nonexistent::" + bin.string()}};
-  auto find = [&](const std::string& file) {
-    return XdgWebBrowser(mapping, test::FixedEnvironment(vars)).FindExecutable(file);
-  };
+  auto find = [&](const std::string& file) { return Browser(vars).FindExecutable(file); };
 
   EXPECT_EQ(find("C:\\page.htm").result, 31) << "no browser at all";
   EXPECT_EQ(find("C:\\missing.htm").result, 2);
@@ -65,15 +70,11 @@ TEST(WebBrowser, FindsTheProgramThatOpensWebPages) {
   EXPECT_EQ(find("C:\\page.htm").program, (bin / "xdg-open").string());
 }
 
-TEST(WebBrowser, HandsTheHelpAddressOverAsOneArgumentAndRunsNothingElse) {
-  test::ScratchFolder scratch;
-  const auto bin = scratch.MakeFolder("bin");
+TEST_F(WebBrowser, HandsTheHelpAddressOverAsOneArgumentAndRunsNothingElse) {
   const auto record = scratch.Path() / "argv.txt";
   scratch.WriteFile("bin/xdg-open", RecordingBrowser(record), true);
-  scratch.WriteFile("drives/c/page.htm", "<HTML> <\\HTML>");
   const auto marker = scratch.Path() / "ran";
-  XdgWebBrowser browser(PathMapping(scratch.Path()),
-                        test::FixedEnvironment({{"PATH", bin.string()}}));
+  auto browser = Browser({{"PATH", bin.string()}});
 
   const std::string address = "https://help.example.com/vellix?q=a b;touch " + marker.string() +
                               "1 \"quoted\" 'single' $(touch " + marker.string() + "2) `touch " +
@@ -99,10 +100,8 @@ TEST(WebBrowser, HandsTheHelpAddressOverAsOneArgumentAndRunsNothingElse) {
   EXPECT_EQ(test::ReadFile(record), "0\n");
 }
 
-TEST(WebBrowser, SaysWhenTheBrowserCannotBeStarted) {
-  test::ScratchFolder scratch;
-  XdgWebBrowser browser(PathMapping(scratch.Path()),
-                        test::FixedEnvironment({{"PATH", scratch.Path().string()}}));
+TEST_F(WebBrowser, SaysWhenTheBrowserCannotBeStarted) {
+  auto browser = Browser({{"PATH", scratch.Path().string()}});
   // No program, a missing one by path or by name, and a folder.
   for (const auto& missing : {std::string(), (scratch.Path() / "none").string(),
                               std::string("none"), scratch.Path().string()})

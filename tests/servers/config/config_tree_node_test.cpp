@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "foundation/vb_error.h"
-#include "servers/config/temp_folder.h"
+#include "servers/temp_folder.h"
+#include "support/expect_vb_error.h"
 
 namespace vellix {
 namespace {
@@ -17,14 +17,7 @@ std::shared_ptr<ConfigTreeNode> NewTree() {
   return root;
 }
 
-int32_t ErrorNumberOf(const std::function<void()>& call) {
-  try {
-    call();
-  } catch (const VbError& e) {
-    return e.Number();
-  }
-  return 0;
-}
+using test::ErrorNumber;
 
 TEST(ConfigTree, FindsKeysByDottedPathWithoutRegardToCase) {
   auto root = NewTree();
@@ -77,13 +70,13 @@ TEST(ConfigTree, FirstReadCreatesTheSettingWithItsDefaultAndValuesKeepTheirType)
 
   // A server failure: negative numbers, and nothing made or changed.
   const auto before = root->CountNodes();
-  EXPECT_EQ(ErrorNumberOf([&] { root->GetNode("B.Count", true, "Integer", "many"); }),
+  EXPECT_EQ(ErrorNumber([&] { root->GetNode("B.Count", true, "Integer", "many"); }),
             config_error::kTypeMismatch);
-  EXPECT_EQ(ErrorNumberOf([&] { root->GetNode("B.Flag", true, "Bool", true); }),
+  EXPECT_EQ(ErrorNumber([&] { root->GetNode("B.Flag", true, "Bool", true); }),
             config_error::kUnknownType);
-  EXPECT_EQ(ErrorNumberOf([&] { width->SetContent(40000); }), config_error::kTypeMismatch);
+  EXPECT_EQ(ErrorNumber([&] { width->SetContent(40000); }), config_error::kTypeMismatch);
   EXPECT_EQ(width->GetContent(), Variant(int16_t{375}));
-  EXPECT_EQ(ErrorNumberOf([&] { root->SetContent("x"); }), config_error::kNotAValue);
+  EXPECT_EQ(ErrorNumber([&] { root->SetContent("x"); }), config_error::kNotAValue);
   EXPECT_TRUE(root->GetContent().IsEmpty());
   // No value node is turned into a collection behind the user's back.
   EXPECT_TRUE(root->GetNode("Componants.VellixControl.Hidden.X", true, "String", "").IsNothing());

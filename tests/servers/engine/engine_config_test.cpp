@@ -15,7 +15,7 @@ std::vector<std::string> Names(const Collection<Ref<Agent>>& agents) {
   return names;
 }
 
-TEST_F(EngineTest, AgentsAreFoundByNameInAnyCaseOrByIdAndNamesStayUnique) {
+TEST_F(EngineTest, AgentsAreFoundByNameInAnyCaseOrByIdNamesStayUniqueAndDeletedOnesStayGone) {
   auto config = Config();
   auto mail = config->CreateAgent("Received Emails");
   auto sent = config->CreateAgent("Sent Emails");
@@ -37,6 +37,19 @@ TEST_F(EngineTest, AgentsAreFoundByNameInAnyCaseOrByIdAndNamesStayUnique) {
   EXPECT_EQ(config->Agent("Inbox")->Id(), mail->Id());
   mail->Name("INBOX");  // its own name in another case is no clash
   EXPECT_EQ(config->Agent(std::to_string(mail->Id()))->Name(), "INBOX");
+
+  // A deleted agent is gone, and its old object fails with a server error.
+  auto notes = config->CreateAgent("Notes");
+  const int16_t notesId = notes->Id();
+  config->CreateAgent("Tasks");
+  config->DeleteAgent("notes");
+  EXPECT_EQ(Names(config->Agents()), (std::vector<std::string>{"INBOX", "Sent Emails", "Tasks"}));
+  EXPECT_LT(ErrorNumber([&] { (void)notes->StoreCount(); }), 0);
+  EXPECT_LT(ErrorNumber([&] { notes->RemovePeriod(5); }), 0);
+  EXPECT_LT(ErrorNumber([&] { config->DeleteAgent("Notes"); }), 0);
+  // A new agent does not take the id of the deleted one, so the old object stays dead.
+  EXPECT_NE(config->CreateAgent("")->Id(), notesId);
+  EXPECT_TRUE(config->Agent(std::to_string(notesId)).IsNothing());
 }
 
 TEST_F(EngineTest, ANewAgentGetsAFreshNameTheDocumentedDefaultsAndAnUnknownType) {
@@ -47,35 +60,14 @@ TEST_F(EngineTest, ANewAgentGetsAFreshNameTheDocumentedDefaultsAndAnUnknownType)
   EXPECT_EQ(Names(config->Agents()), (std::vector<std::string>{"Agent 2", "Agent 1", "Agent 3"}));
   EXPECT_NE(first->Id(), third->Id());
 
-  EXPECT_EQ(first->MonitorType(), "Unknown");
-  EXPECT_EQ(first->StoreCount(), 1);
-  EXPECT_EQ(first->StoreUnits(), "Year");
-  EXPECT_EQ(first->StoreFormat(), "'@yyyy'");
-  EXPECT_EQ(first->RemovePeriod(), 30);
-  EXPECT_EQ(first->FileAfterCount(), 1);
-  EXPECT_EQ(first->FileAfterUnits(), "Day");
-  EXPECT_FALSE(first->FileDisabled());
-  EXPECT_FALSE(first->PurgeDisabled());
-  EXPECT_TRUE(first->SubFolders());
-  EXPECT_EQ(first->PurgeNotify(), 0);
+  EXPECT_EQ(std::tuple(first->MonitorType(), first->StoreCount(), first->StoreUnits(),
+                       first->StoreFormat(), first->RemovePeriod(), first->FileAfterCount(),
+                       first->FileAfterUnits(), first->PurgeNotify()),
+            std::tuple("Unknown", 1, "Year", "'@yyyy'", 30, 1, "Day", 0));
+  EXPECT_EQ(std::tuple(first->FileDisabled(), first->PurgeDisabled(), first->SubFolders(),
+                       first->Folders().Count(), first->Periods().Count()),
+            std::tuple(false, false, true, 0, 0));
   EXPECT_EQ(first->ImportTime(), Date());
-  EXPECT_EQ(first->Folders().Count(), 0);
-  EXPECT_EQ(first->Periods().Count(), 0);
-}
-
-TEST_F(EngineTest, ADeletedAgentIsGoneAndItsOldObjectFailsWithAServerError) {
-  auto config = Config();
-  auto notes = config->CreateAgent("Notes");
-  const int16_t notesId = notes->Id();
-  config->CreateAgent("Tasks");
-  config->DeleteAgent("notes");
-  EXPECT_EQ(Names(config->Agents()), std::vector<std::string>{"Tasks"});
-  EXPECT_LT(ErrorNumber([&] { (void)notes->StoreCount(); }), 0);
-  EXPECT_LT(ErrorNumber([&] { notes->RemovePeriod(5); }), 0);
-  EXPECT_LT(ErrorNumber([&] { config->DeleteAgent("Notes"); }), 0);
-  // A new agent does not take the id of the deleted one, so the old object stays dead.
-  EXPECT_NE(config->CreateAgent("")->Id(), notesId);
-  EXPECT_TRUE(config->Agent(std::to_string(notesId)).IsNothing());
 }
 
 TEST_F(EngineTest, FoldersAndTheImportListKeepOneEntryPerPath) {
@@ -113,13 +105,10 @@ TEST_F(EngineTest, ResetConfigRemovesAgentsAndPeriodsAndRestoresTheDefaults) {
   const auto storeFile = Native(config->Periods().Item(1)->FileName());
 
   config->ResetConfig();
-  EXPECT_EQ(config->Agents().Count(), 0);
-  EXPECT_EQ(config->Periods().Count(), 0);
-  EXPECT_EQ(config->BackupEveryCount(), 1);
-  EXPECT_EQ(config->BackupEveryUnits(), "Week");
-  EXPECT_FALSE(config->BackupUnattended());
-  EXPECT_EQ(config->PeriodFormat(), "File '@yyyy'");
-  EXPECT_EQ(config->StoreLocation(), "");
+  EXPECT_EQ(std::tuple(config->Agents().Count(), config->Periods().Count(),
+                       config->BackupEveryCount(), config->BackupEveryUnits(),
+                       config->BackupUnattended(), config->PeriodFormat(), config->StoreLocation()),
+            std::tuple(0, 0, 1, "Week", false, "File '@yyyy'", ""));
   EXPECT_EQ(config->ReferenceDate(), DateSerial(2024, 1, 1));
   EXPECT_EQ(config->CreateAgent("")->Name(), "Agent 1");
   // The engine's own state is no setting, and no store file is ever deleted.

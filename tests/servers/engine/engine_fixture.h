@@ -11,6 +11,7 @@
 #include "foundation/vb_error.h"
 #include "platform/desktop/path_mapping.h"
 #include "servers/engine/engine_server.h"
+#include "servers/temp_folder.h"
 #include "support/expect_vb_error.h"
 #include "support/recording_error_log.h"
 
@@ -21,7 +22,6 @@ namespace vellix::engine::test {
 class EngineTest : public ::testing::Test {
  protected:
   EngineTest();
-  ~EngineTest() override;
 
   // A new engine on the same file, as after a restart of the program.
   std::shared_ptr<EngineServer> Restart();
@@ -34,6 +34,7 @@ class EngineTest : public ::testing::Test {
     return paths.ToNative(logicPath);
   }
 
+  vellix::test::TempFolder scratch;  // first made, last removed
   std::filesystem::path root;
   desktop::PathMapping paths;
   std::filesystem::path engineFile;
@@ -42,11 +43,8 @@ class EngineTest : public ::testing::Test {
   std::shared_ptr<EngineServer> engine;
 };
 
-// The number of the server failure a call raises, or 0 when it raises none.
 using vellix::test::ErrorNumber;
-
-// Writes a whole file, making its folder.
-void WriteText(const std::filesystem::path& file, const std::string& text);
-std::string ReadText(const std::filesystem::path& file);
+using vellix::test::ReadText;
+using vellix::test::WriteText;
 
 }  // namespace vellix::engine::test

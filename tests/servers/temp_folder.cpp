@@ -1,4 +1,4 @@
-#include "servers/config/temp_folder.h"
+#include "servers/temp_folder.h"
 
 #include <stdlib.h>
 
@@ -24,6 +24,7 @@ TempFolder::~TempFolder() {
 }
 
 void WriteText(const std::filesystem::path& path, const std::string& text) {
+  std::filesystem::create_directories(path.parent_path());
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
   out << text;
 }
