@@ -84,9 +84,9 @@ TEST(FileSystem, CreatesFoldersOneLevelDeepAndWritesTheHelpPageBesideTheTemporar
   EXPECT_TRUE(fs.FileExists(page));
   const auto native = PathMapping(scratch.Path()).ToNative(page);
   EXPECT_EQ(native.parent_path(), scratch.Path() / "drives/c");
-  EXPECT_EQ(test::ReadFile(native), "<HTML> <\\HTML>");
+  EXPECT_EQ(test::ReadText(native), "<HTML> <\\HTML>");
   fs.WriteTextFile(page, "again");
-  EXPECT_EQ(test::ReadFile(native), "again") << "replaced, not appended";
+  EXPECT_EQ(test::ReadText(native), "again") << "replaced, not appended";
 
   fs.DeleteFile(page);
   EXPECT_FALSE(fs.FileExists(page));

@@ -87,7 +87,7 @@ TEST_F(WebBrowser, HandsTheHelpAddressOverAsOneArgumentAndRunsNothingElse) {
   const pid_t pid = browser.LastProcessId();
   ASSERT_GT(pid, 0);
   ASSERT_TRUE(WaitFor([&] { return ::kill(pid, 0) == -1 && errno == ESRCH; }));
-  EXPECT_EQ(test::ReadFile(record), "1\n[" + address + "]\n");
+  EXPECT_EQ(test::ReadText(record), "1\n[" + address + "]\n");
   for (const char* n : {"1", "2", "3", "4"}) {
     EXPECT_FALSE(std::filesystem::exists(marker.string() + n)) << "a shell ran part " << n;
   }
@@ -97,7 +97,7 @@ TEST_F(WebBrowser, HandsTheHelpAddressOverAsOneArgumentAndRunsNothingElse) {
   std::filesystem::remove(record);
   EXPECT_GT(browser.ShellExecute("xdg-open", ""), 32);
   ASSERT_TRUE(WaitFor([&] { return std::filesystem::exists(record); }));
-  EXPECT_EQ(test::ReadFile(record), "0\n");
+  EXPECT_EQ(test::ReadText(record), "0\n");
 }
 
 TEST_F(WebBrowser, SaysWhenTheBrowserCannotBeStarted) {

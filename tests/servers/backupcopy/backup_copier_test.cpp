@@ -9,9 +9,9 @@
 #include <random>
 
 #include "faulty_file_io.h"
-#include "servers/temp_folder.h"
 #include "support/expect_vb_error.h"
 #include "support/scripted_host.h"
+#include "support/temp_folder.h"
 
 namespace vellix::backupcopy {
 namespace {

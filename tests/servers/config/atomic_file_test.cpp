@@ -10,7 +10,7 @@
 #include <iterator>
 #include <string>
 
-#include "servers/temp_folder.h"
+#include "support/temp_folder.h"
 
 namespace vellix {
 namespace {

@@ -10,7 +10,7 @@
 
 #include "servers/config/config_server.h"
 #include "servers/config/config_xml.h"
-#include "servers/temp_folder.h"
+#include "support/temp_folder.h"
 
 namespace vellix {
 namespace {

@@ -10,7 +10,7 @@
 #include "foundation/vb_error.h"
 #include "servers/config/atomic_file.h"
 #include "servers/config/data_paths.h"
-#include "servers/temp_folder.h"
+#include "support/temp_folder.h"
 
 namespace vellix {
 namespace {

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "servers/temp_folder.h"
 #include "support/expect_vb_error.h"
+#include "support/temp_folder.h"
 
 namespace vellix {
 namespace {

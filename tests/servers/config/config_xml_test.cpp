@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "foundation/date.h"
-#include "servers/temp_folder.h"
+#include "support/temp_folder.h"
 
 namespace vellix {
 namespace {

@@ -11,9 +11,9 @@
 #include "foundation/vb_error.h"
 #include "platform/desktop/path_mapping.h"
 #include "servers/engine/engine_server.h"
-#include "servers/temp_folder.h"
 #include "support/expect_vb_error.h"
 #include "support/recording_error_log.h"
+#include "support/temp_folder.h"
 
 namespace vellix::engine::test {
 

@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "servers/errorlog/error_log_server.h"
-#include "servers/temp_folder.h"
 #include "support/expect_vb_error.h"
+#include "support/temp_folder.h"
 
 namespace vellix {
 namespace {

@@ -23,7 +23,8 @@ class TempFolder {
   std::filesystem::path path_;
 };
 
-// Writes a file whole (not atomically), making its folder; for setting up a test.
+// Writes a file whole (not atomically), making its folder; for setting up a
+// test, so a failure throws.
 void WriteText(const std::filesystem::path& path, const std::string& text);
 // A file's whole content, or "" when it can't be read.
 std::string ReadText(const std::filesystem::path& path);

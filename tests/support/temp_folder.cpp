@@ -1,4 +1,4 @@
-#include "servers/temp_folder.h"
+#include "support/temp_folder.h"
 
 #include <stdlib.h>
 
@@ -27,6 +27,7 @@ void WriteText(const std::filesystem::path& path, const std::string& text) {
   std::filesystem::create_directories(path.parent_path());
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
   out << text;
+  if (!out) throw std::runtime_error("can't write " + path.string());
 }
 
 std::string ReadText(const std::filesystem::path& path) {
