@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "dialogs/frm_predictive_start.h"
 #include "foundation/control_startup.h"
@@ -14,6 +13,7 @@
 #include "shell/frm_popup.h"
 #include "support/recording_tray.h"
 #include "support/scripted_host.h"
+#include "support/temp_folder.h"
 
 namespace vellix::app {
 namespace {
@@ -22,11 +22,6 @@ namespace fs = std::filesystem;
 
 fs::path Resources() {
   return fs::path(VELLIX_SOURCE_DIR) / "resources";
-}
-
-std::string ReadAll(const fs::path& file) {
-  std::ifstream in(file);
-  return {std::istreambuf_iterator<char>(in), {}};
 }
 
 // One run of the panel on the application's servers, headless.
@@ -57,10 +52,8 @@ struct PanelRun {
 
 class AppServersTest : public ::testing::Test {
  protected:
-  void SetUp() override { fs::remove_all(dir_); }
-  void TearDown() override { fs::remove_all(dir_, ec_); }
-  const fs::path dir_ = fs::temp_directory_path() / "vellix-app-servers-test";
-  std::error_code ec_;
+  test::TempFolder scratch_;
+  const fs::path dir_ = scratch_.Path();
 };
 
 TEST_F(AppServersTest, AFirstStartKeepsItsSettingsLogAndEngineInTheDataFolder) {
@@ -80,9 +73,10 @@ TEST_F(AppServersTest, AFirstStartKeepsItsSettingsLogAndEngineInTheDataFolder) {
     run.ctx.engine->Configured(true);
     run.ctx.rootNode->Commit("");
   }
-  EXPECT_NE(ReadAll(dir_ / "config" / "ConfigTree.xml").find("VellixControl"), std::string::npos);
+  EXPECT_NE(test::ReadText(dir_ / "config" / "ConfigTree.xml").find("VellixControl"),
+            std::string::npos);
   EXPECT_TRUE(fs::exists(dir_ / "config" / "Engine.xml"));
-  EXPECT_FALSE(ReadAll(dir_ / "state" / "ErrorLog.txt").empty());
+  EXPECT_FALSE(test::ReadText(dir_ / "state" / "ErrorLog.txt").empty());
 
   // The next start finds what the first one left.
   PanelRun again(dir_);
@@ -102,7 +96,7 @@ TEST_F(AppServersTest, ADamagedSettingsFileStopsTheStartInsteadOfBeingOverwritte
   EXPECT_EQ(
       run.host.Prompts(),
       std::vector<std::string>{"Vellix Control Unrecoverable Error - Unable to attach to Config"});
-  EXPECT_EQ(ReadAll(dir_ / "config" / "ConfigTree.xml"), "<config version=\"1\"><node");
+  EXPECT_EQ(test::ReadText(dir_ / "config" / "ConfigTree.xml"), "<config version=\"1\"><node");
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "platform/outlook/profile_folder.h"
 #include "platform/outlook/profile_xml.h"
 #include "servers/engine/engine_server.h"
+#include "support/temp_folder.h"
 
 namespace vellix::app {
 namespace {
@@ -27,8 +28,8 @@ TEST(ProfileForecast, CountsTheItemsOfTheWatchedFoldersWithSubFoldersWhereTheAge
   ASSERT_GT(inbox->TotalItemCount(), static_cast<int64_t>(inbox->Items().size()))
       << "the demo's Inbox has sub-folders with items";
 
-  const fs::path dir = fs::temp_directory_path() / "vellix-forecast-test";
-  fs::remove_all(dir);
+  const test::TempFolder scratch;
+  const fs::path& dir = scratch.Path();
   ManualClock clock(DateSerial(2026, 11, 22));
   engine::EngineServer engine(dir / "Engine.xml", desktop::PathMapping(dir), clock, nullptr,
                               std::make_unique<ProfileForecast>([profile] { return profile; }));
@@ -47,7 +48,6 @@ TEST(ProfileForecast, CountsTheItemsOfTheWatchedFoldersWithSubFoldersWhereTheAge
                                       std::make_unique<ProfileForecast>([] { return nullptr; }));
   withoutProfile.Config()->CreateAgent("A")->AddFolder(inbox->FolderPath());
   EXPECT_EQ(withoutProfile.ForecastItemCount(), 0);
-  fs::remove_all(dir);
 }
 
 }  // namespace

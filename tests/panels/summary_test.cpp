@@ -13,6 +13,7 @@
 #include "foundation/config_node.h"
 #include "foundation/engine_config.h"
 #include "support/popup/popup_world.h"
+#include "support/temp_folder.h"
 
 namespace vellix {
 namespace {
@@ -26,16 +27,8 @@ using Rows = std::vector<std::pair<std::string, std::string>>;
 
 constexpr const char* kSummary = ".Strings.ControlPanel.Summary";
 
-std::string ReadFile(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream out;
-  out << in.rdbuf();
-  return out.str();
-}
-
 void WriteFile(const fs::path& path, const std::string& text, bool runnable = false) {
-  fs::create_directories(path.parent_path());
-  std::ofstream(path, std::ios::binary) << text;
+  test::WriteText(path, text);
   if (runnable) fs::permissions(path, fs::perms::owner_all);
 }
 
@@ -287,7 +280,7 @@ class HelpButton : public ::testing::Test {
     RecordingBrowser(WebBrowser& inner, test::PopupWorld& w) : inner_(inner), w_(w) {}
     ExecutableLookup FindExecutable(const std::string& file) override {
       page = file;
-      pageText = ReadFile(w_.paths.ToNative(file));
+      pageText = test::ReadText(w_.paths.ToNative(file));
       return inner_.FindExecutable(file);
     }
     int32_t ShellExecute(const std::string& program, const std::string& parameters) override {

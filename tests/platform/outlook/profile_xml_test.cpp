@@ -2,13 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 #include <fstream>
 #include <functional>
 
 #include "platform/outlook/profile_generator.h"
 #include "platform/outlook/profile_mail_program.h"
+#include "support/temp_folder.h"
 
 namespace vellix::outlook {
 namespace {
@@ -90,10 +89,8 @@ TEST(ProfileFile, ReadsTypesDefaultsAndItemsAndWritesThemBackTheSame) {
 }
 
 TEST(ProfileFile, AMissingOrBrokenProfileMeansNoMailProgramUntilItIsMended) {
-  const auto dir =
-      std::filesystem::temp_directory_path() / ("vellix-profile-" + std::to_string(::getpid()));
-  std::filesystem::create_directories(dir);
-  const auto file = dir / "profile.xml";
+  const test::TempFolder scratch;
+  const auto file = scratch / "profile.xml";
   std::vector<std::string> reported;
   ProfileMailProgram program(file, [&](const std::string& p) { reported.push_back(p); });
 
@@ -117,7 +114,6 @@ TEST(ProfileFile, AMissingOrBrokenProfileMeansNoMailProgramUntilItIsMended) {
   std::ofstream(file) << "broken";
   EXPECT_FALSE(program.CreateApplication().IsNothing());
   EXPECT_FALSE(ProfileMailProgram(std::shared_ptr<MailProfile>()).CreateApplication());
-  std::filesystem::remove_all(dir);
 }
 
 ProfileRecipe Recipe(int32_t folders, int32_t items, uint32_t seed) {
