@@ -33,6 +33,10 @@ class TrayPlatform {
   virtual void Modify(const std::string& picture, const std::string& tip) = 0;
   // Takes the icon away.
   virtual void Delete() = 0;
+
+  // Whether the desktop has a notification area at all. Without one an icon
+  // can't be found, so the main form minimises where it would hide.
+  [[nodiscard]] virtual bool Available() const = 0;
 };
 
 }  // namespace vellix

@@ -25,6 +25,10 @@ class RecordingTray : public TrayPlatform {
   void Add(const std::string& picture, const std::string& tip) override;
   void Modify(const std::string& picture, const std::string& tip) override;
   void Delete() override;
+  [[nodiscard]] bool Available() const override { return available; }
+
+  // False plays a desktop without a notification area.
+  bool available = true;
 
   // File names that load as no picture, and file names whose loading raises.
   std::set<std::string> missing;

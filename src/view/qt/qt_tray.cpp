@@ -60,6 +60,10 @@ void QtTray::Delete() {
   icon_->hide();
 }
 
+bool QtTray::Available() const {
+  return QSystemTrayIcon::isSystemTrayAvailable();
+}
+
 void QtTray::Show(const std::string& picture, const std::string& tip) {
   // A loaded picture is a native path; a form's icon is a name the host
   // looks up in its icon folder.

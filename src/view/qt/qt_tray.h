@@ -40,6 +40,7 @@ class QtTray : public TrayPlatform {
   void Add(const std::string& picture, const std::string& tip) override;
   void Modify(const std::string& picture, const std::string& tip) override;
   void Delete() override;
+  [[nodiscard]] bool Available() const override;
 
  private:
   void Show(const std::string& picture, const std::string& tip);
