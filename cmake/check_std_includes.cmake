@@ -1,5 +1,7 @@
 # Fails when a source of the control library includes a header that is neither
-# one of the C++ standard library's nor the project's own (quoted) headers.
+# one of the C++ standard library's nor the project's own (quoted) headers, or
+# when an include runs up the layers: foundation, then forms, then the panels
+# and dialogs, then the shell that composes them.
 set(std_headers
   algorithm any array atomic bit bitset cassert cctype cerrno cfloat charconv chrono cinttypes
   climits clocale cmath codecvt compare complex concepts condition_variable csetjmp csignal
@@ -10,9 +12,21 @@ set(std_headers
   shared_mutex source_location span sstream stack stdexcept stop_token streambuf string
   string_view system_error thread tuple type_traits typeindex typeinfo unordered_map
   unordered_set utility valarray variant vector version)
-set(dirs foundation shell panels wizard backup activity dialogs)
+set(dirs foundation forms shell panels wizard backup activity dialogs)
+function(layer_of dir out)
+  if(dir STREQUAL "foundation")
+    set(${out} 0 PARENT_SCOPE)
+  elseif(dir STREQUAL "forms")
+    set(${out} 1 PARENT_SCOPE)
+  elseif(dir STREQUAL "shell")
+    set(${out} 3 PARENT_SCOPE)
+  else()
+    set(${out} 2 PARENT_SCOPE)
+  endif()
+endfunction()
 set(bad "")
 foreach(dir IN LISTS dirs)
+  layer_of(${dir} own_layer)
   file(GLOB_RECURSE files ${ROOT}/src/${dir}/*.h ${ROOT}/src/${dir}/*.cpp)
   foreach(f IN LISTS files)
     file(STRINGS ${f} lines REGEX "^[ \t]*#[ \t]*include")
@@ -23,13 +37,20 @@ foreach(dir IN LISTS dirs)
           string(APPEND bad "${f}: ${line}\n")
         endif()
       elseif(line MATCHES "\"([^\"]+)\"")
-        if(NOT CMAKE_MATCH_1 MATCHES "^(foundation|shell|panels|wizard|backup|activity|dialogs)/")
+        set(included "${CMAKE_MATCH_1}")
+        if(NOT included MATCHES "^(foundation|forms|shell|panels|wizard|backup|activity|dialogs)/")
           string(APPEND bad "${f}: ${line}\n")
+        else()
+          string(REGEX REPLACE "/.*" "" included_dir "${included}")
+          layer_of(${included_dir} included_layer)
+          if(included_layer GREATER own_layer)
+            string(APPEND bad "${f}: ${line} (runs up the layers)\n")
+          endif()
         endif()
       endif()
     endforeach()
   endforeach()
 endforeach()
 if(bad)
-  message(FATAL_ERROR "The control library includes headers from outside the standard library:\n${bad}")
+  message(FATAL_ERROR "The control library includes headers from outside the standard library or up its layers:\n${bad}")
 endif()

@@ -1,18 +1,38 @@
 #pragma once
 
+#include "forms/panel.h"
 #include "foundation/controls.h"
-#include "shell/panel.h"
 
 namespace vellix {
 
-// The Activity log tab (picLo). The processing log and the logging level come
-// later; the entries box is here so the tab shows its place.
+// The Activity log tab (picLo): the log box and the engine's logging level.
+// The level lives in the engine; the option buttons show it, and the one
+// that is on decides whether the form holds the engine's monitor. The lines
+// of a processing run and the support message come later: the box is kept
+// empty and the diagnostics button opens nothing until they exist.
 class LogPanel : public Panel {
  public:
-  LogPanel(PopupShell& shell, Form& form)
-      : Panel(shell), txtLoEntries(form, "txtLoEntries", "picLo") {}
+  LogPanel(PopupShell& shell, Form& form);
+
+  void Design() override;
+  void Layout() override { LayoutLog(); }
+  void Load() override { LoadLog(); }
+
+  void LayoutLog();
+  void LoadLog();
+  bool LeaveLog();
+  void SetLoggingState();
+
+  void optLoOff_Click();
+  void optLoOn_Click();
+  void optLoVerbose_Click();
+  void cmdLoSendDiagnostics_Click();
 
   TextBox txtLoEntries;
+  OptionButton optLoOff;
+  OptionButton optLoOn;
+  OptionButton optLoVerbose;
+  CommandButton cmdLoSendDiagnostics;
 };
 
 }  // namespace vellix

@@ -12,9 +12,9 @@
 #include <utility>
 
 #include "dialogs/frm_predictive_start.h"
+#include "forms/panel.h"
 #include "foundation/controls.h"
 #include "shell/frm_popup.h"
-#include "shell/panel.h"
 #include "view/qt/qt_host.h"
 
 namespace vellix::app {

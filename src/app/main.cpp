@@ -149,7 +149,7 @@ int main(int argc, char** argv) {
       host, [mapping](const std::string& path) { return mapping.ToNative(path).string(); });
   FrmIconTimer iconTimer(host);
   FrmPredictiveStart predictiveStart(ctx, host);
-  FrmPopup popup(ctx, tray, PopupForms{&iconTimer, &predictiveStart, nullptr, nullptr});
+  FrmPopup popup(ctx, tray, PopupForms{iconTimer, &predictiveStart, nullptr, nullptr});
 
   std::unique_ptr<app::FirstRunScript> script;
   if (!options.screenshot.empty()) {

@@ -2,10 +2,10 @@
 
 #include <string>
 
+#include "forms/layout_metrics.h"
 #include "foundation/context.h"
 #include "foundation/controls.h"
 #include "foundation/form.h"
-#include "shell/layout_metrics.h"
 
 namespace vellix {
 

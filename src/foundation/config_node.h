@@ -10,6 +10,10 @@ namespace vellix {
 
 // One node of the configuration tree held by the configuration server. Key
 // paths are dotted and walked from the node they are asked of.
+// The control panel's own branch of the tree; every key of its texts,
+// layouts and settings lies below it.
+inline constexpr const char* kBranch = "Componants.VellixControl";
+
 class ConfigNode {
  public:
   virtual ~ConfigNode() = default;

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "forms/panel.h"
 #include "foundation/controls.h"
-#include "shell/panel.h"
 
 namespace vellix {
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "forms/row_layout.h"
+#include "forms/texts.h"
 #include "foundation/agent.h"
 #include "foundation/config_node.h"
 #include "foundation/context.h"
@@ -15,14 +17,12 @@
 #include "foundation/text.h"
 #include "foundation/ui_host.h"
 #include "foundation/utils.h"
-#include "shell/row_layout.h"
 
 namespace vellix {
 
 namespace {
 
 constexpr const char* kModule = "frmPopup";
-constexpr const char* kBranch = "Componants.VellixControl";
 constexpr const char* kPanelNode = "Componants.VellixControl.Strings.QuickSetup";
 
 // The mail program's default folders the agents are made for.
@@ -130,7 +130,7 @@ void QuickSetupPanel::Design() {
 }
 
 std::string QuickSetupPanel::Text(const std::string& suffix) const {
-  return ctx().rootNode->GetValue(kBranch + suffix).ToString();
+  return BranchText(ctx(), suffix);
 }
 
 // ---------------------------------------------------------------- layout
@@ -361,14 +361,14 @@ void QuickSetupPanel::cmdHelp_Click() {
 void QuickSetupPanel::cmdConfigMore_Click() {
   Frame frame(ctx(), kModule, "cmdConfigMore_Click");
   // No check here: the user goes on to the tabs to finish the setup there.
-  frame.Run([&] { shell().StateMonitor(kEventMoreConfig); });
+  frame.Run([&] { shell().StateMonitor(MachineEvent::MoreConfig); });
 }
 
 void QuickSetupPanel::cmdCancel_Click() {
   Frame frame(ctx(), kModule, "cmdCancel_Click");
   frame.Run([&] {
     ctx().Host().MsgBox(Text(".Strings.QuickSetup.MsgLater"), MsgButtons::OK, "");
-    shell().StateMonitor(kEventHide);
+    shell().StateMonitor(MachineEvent::Hide);
   });
 }
 
@@ -376,7 +376,7 @@ void QuickSetupPanel::cmdOK_Click() {
   // The log's readers know this handler by that name.
   Frame frame(ctx(), kModule, "Form_Load");
   frame.Run([&] {
-    if (LeaveQuickSetup()) shell().StateMonitor(kEventQuickSetupOK);
+    if (LeaveQuickSetup()) shell().StateMonitor(MachineEvent::QuickSetupOK);
   });
 }
 

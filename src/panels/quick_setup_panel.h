@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string>
 
+#include "forms/panel.h"
 #include "foundation/controls.h"
-#include "shell/panel.h"
 
 namespace vellix {
 
@@ -18,7 +18,7 @@ class QuickSetupPanel : public Panel {
   QuickSetupPanel(PopupShell& shell, Form& form);
 
   // Design values of the panel's controls; run by the main form's Design.
-  void Design();
+  void Design() override;
   // Places the four frames and the button row in picQuickSetup and takes the
   // texts from the panel's text node.
   void Layout() override;

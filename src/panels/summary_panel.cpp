@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "forms/layout_metrics.h"
+#include "forms/row_layout.h"
 #include "foundation/config_node.h"
 #include "foundation/desktop.h"
 #include "foundation/engine.h"
@@ -14,8 +16,6 @@
 #include "foundation/ui_host.h"
 #include "foundation/utils.h"
 #include "foundation/variant.h"
-#include "shell/layout_metrics.h"
-#include "shell/row_layout.h"
 
 namespace vellix {
 
@@ -59,7 +59,7 @@ void SummaryPanel::Design() {
   fgcSuDetail.Cols(2);
 }
 
-void SummaryPanel::Layout() {
+void SummaryPanel::LayoutSummary() {
   Frame frame(ctx(), kModule, "LayoutSummary");
   frame.Run([&] {
     const LayoutMetrics& m = shell().Metrics();
@@ -88,14 +88,6 @@ void SummaryPanel::Layout() {
     cmdSuSetupWiz.Caption(texts.Text("cmdSuSetupWiz"));
     texts.ApplyTip(cmdSuSetupWiz);
   });
-}
-
-void SummaryPanel::Load() {
-  LoadSummary();
-}
-
-bool SummaryPanel::Leave() {
-  return LeaveSummary();
 }
 
 void SummaryPanel::LoadSummary() {
@@ -313,7 +305,7 @@ void SummaryPanel::cmdSuHelp_Click() {
 
 void SummaryPanel::cmdSuSetupWiz_Click() {
   Frame frame(ctx(), kModule, "cmdSuSetupWiz_Click");
-  frame.Run([&] { shell().StateMonitor(kEventQuickSetup); });
+  frame.Run([&] { shell().StateMonitor(MachineEvent::QuickSetup); });
 }
 
 std::string SummaryPanel::DateTimeText(Date value) const {

@@ -2,13 +2,13 @@
 
 #include <string>
 
+#include "forms/panel.h"
 #include "foundation/agent.h"
 #include "foundation/collection.h"
 #include "foundation/controls.h"
 #include "foundation/date.h"
 #include "foundation/period.h"
 #include "foundation/ref.h"
-#include "shell/panel.h"
 
 namespace vellix {
 
@@ -27,12 +27,12 @@ class SummaryPanel : public Panel {
   SummaryPanel(PopupShell& shell, Form& form);
 
   // Design values: captions and the grid's shape.
-  void Design();
+  void Design() override;
+  void Layout() override { LayoutSummary(); }
+  void Load() override { LoadSummary(); }
+  bool Leave() override { return LeaveSummary(); }
 
-  void Layout() override;  // LayoutSummary
-  void Load() override;    // LoadSummary
-  bool Leave() override;   // LeaveSummary
-
+  void LayoutSummary();
   void LoadSummary();
   bool LeaveSummary();
   void PopulateSelector();

@@ -4,12 +4,15 @@
 #include <utility>
 
 #include "dialogs/frm_predictive_start.h"
+#include "forms/texts.h"
 #include "foundation/config_node.h"
 #include "foundation/engine.h"
 #include "foundation/error_log.h"
 #include "foundation/frame.h"
 #include "foundation/runtime.h"
 #include "foundation/server_factory.h"
+#include "foundation/trace_names.h"
+#include "foundation/tray_platform.h"
 #include "foundation/ui_host.h"
 #include "shell/frm_icon_timer.h"
 #include "shell/tray_icon.h"
@@ -57,10 +60,45 @@ FrmPopup::FrmPopup(Context& ctx, TrayPlatform& trayPlatform, PopupForms forms)
       import(*this, *this),
       backup(*this, *this),
       log(*this, *this),
+      attention(*this),
       quickSetup(*this, *this),
       ctx_(ctx),
       trayPlatform_(trayPlatform),
-      forms_(forms) {
+      forms_(forms),
+      tabs_{{{"Summary", picSu, summary},
+             {"Periods", picPe, periods},
+             {"Agents", picAg, agents},
+             {"Import", picIm, import},
+             {"Backup", picBa, backup},
+             {"Log", picLo, log},
+             {"Attention", picAt, attention}}},
+      runRules_{{{periods.txtPeNewCount, false},
+                 {periods.cboPeNewUnits, false},
+                 {periods.dtpPeReference, false},
+                 {periods.txtPeFormat, false},
+                 {agents.cmdAgAdd, false},
+                 {agents.cmdAgRemove, false},
+                 {agents.lstAgFolders, false},
+                 {agents.txtAgRemove, false},
+                 {agents.chkAgPurgeDisabled, false},
+                 {agents.chkAgSubFolders, false},
+                 {agents.txtAgNewCount, false},
+                 {agents.cboAgNewUnits, false},
+                 {agents.txtAgFormat, false},
+                 {agents.txtAgFileAfterCount, false},
+                 {agents.cboAgFileAfterUnits, false},
+                 {agents.chkAgFileDisabled, false},
+                 {agents.cmdAgNew, false},
+                 {agents.cmdAgFileNow, true},
+                 {agents.cmdAgPurgeNow, true},
+                 {agents.cmdAgDelete, false},
+                 {backup.txtBaFolder, false},
+                 {backup.txtBaBackupFolder, false},
+                 {backup.cmdBaBrowseFolder, false},
+                 {backup.cmdBaBrowseBackup, false},
+                 {backup.txtBaEveryCount, false},
+                 {backup.updBaEveryCount, false},
+                 {backup.cboBaEveryUnits, false}}} {
   tabControlOptions.BeforeClick = [this](bool& cancel) { tabControlOptions_BeforeClick(cancel); };
   tabControlOptions.Click = [this] { tabControlOptions_Click(); };
   cmdStopStart.Click = [this] { cmdStopStart_Click(); };
@@ -108,12 +146,13 @@ void FrmPopup::Design() {
   mPopHide.Caption("&Hide");
   mPopSep3.Caption("-");
   mPopExit.Caption("&Exit");
-  summary.Design();
+  for (const TabEntry& tab : tabs_)
+    tab.panel.Design();
   quickSetup.Design();
 }
 
 std::string FrmPopup::Text(const std::string& suffix) const {
-  return ctx_.rootNode->GetValue(kBranch + suffix).ToString();
+  return BranchText(ctx_, suffix);
 }
 
 std::string FrmPopup::Version() const {
@@ -173,11 +212,10 @@ void FrmPopup::Form_Load() {
   Frame frame(ctx_, kModule, "Form_Load");
   frame.Run([&] {
     Caption(Text(".Strings.PopupFormTitle"));
-    if (forms_.iconTimer != nullptr) forms_.iconTimer->Load();
     trayIcon_ =
-        std::make_unique<TrayIcon>(ctx_, trayPlatform_, *forms_.iconTimer, *this, ProductName());
+        std::make_unique<TrayIcon>(ctx_, trayPlatform_, forms_.iconTimer, *this, ProductName());
     layoutNode_ = ctx_.rootNode->GetNode("CommonFormat.FormLayout", false, "", Variant());
-    controlState_ = kStateUnloaded;
+    controlState_ = MachineState::Unloaded;
 
     if (ctx_.servers != nullptr) ctx_.engineConnector = ctx_.servers->CreateEngineConnector();
     if (!ctx_.engineConnector.IsNothing()) ctx_.engine = ctx_.engineConnector->Engine();
@@ -192,7 +230,7 @@ void FrmPopup::Form_Load() {
     lastActivity_ = 2;
     mobjConfigConnector_ = ctx_.configConnector;
     FillForm();
-    StateMonitor(kEventLoad);
+    StateMonitor(MachineEvent::Load);
   });
   if (unload) Unload();
 }
@@ -207,12 +245,12 @@ void FrmPopup::FillForm() {
     cmdExit.Visible(true);
     tabControlOptions.Visible(true);
 
-    for (const auto& tab : TabTable()) {
+    for (const TabEntry& tab : tabs_) {
       if (!tabControlOptions.HasTab(tab.key)) continue;
       tabControlOptions.Tabs(tab.key).Caption(
           Text(std::string(".Strings.ControlPanel.") + tab.key + ".Tab"));
     }
-    for (const auto& tab : TabTable()) {
+    for (const TabEntry& tab : tabs_) {
       if (!tabControlOptions.HasTab(tab.key)) continue;
       tabControlOptions.Tabs(tab.key).ToolTipText(
           Text(std::string(".Strings.ControlPanel.") + tab.key + ".ToolTip"));
@@ -240,9 +278,8 @@ void FrmPopup::FillForm() {
     const int16_t tabTop = Twips(tabControlOptions.Top());
     picSu.Move(Twips(int64_t{tabLeft} + m.Border), Twips(int64_t{tabTop} + tabsHeight), picWidth,
                picHeight);
-    for (PictureBox* pic : {&picPe, &picAg, &picIm, &picBa, &picLo, &picAt}) {
-      pic->Move(picSu.Left(), picSu.Top(), picSu.Width(), picSu.Height());
-    }
+    for (const TabEntry& tab : tabs_)
+      tab.pic.Move(picSu.Left(), picSu.Top(), picSu.Width(), picSu.Height());
 
     picQuickSetup.Move(0, 0, Twips(int64_t{Width()} - 2 * int64_t{m.FormBLRBorder}),
                        Twips(int64_t{Height()} - m.FormBLRBorder - m.FormTopBorder));
@@ -254,13 +291,8 @@ void FrmPopup::FillForm() {
 
     ShowSplash();
 
-    summary.Layout();
-    periods.Layout();
-    agents.Layout();
-    import.Layout();
-    backup.Layout();
-    log.Layout();
-    LayoutAttention();
+    for (const TabEntry& tab : tabs_)
+      tab.panel.Layout();
     quickSetup.Layout();
 
     const int16_t buttonTop = Twips(int64_t{tabTop} + tabHeight + m.Border);
@@ -272,23 +304,6 @@ void FrmPopup::FillForm() {
     cmdHide.Move(Twips(int64_t{cmdStopStart.Left()} - m.Border - m.ButtonWidth), buttonTop,
                  m.ButtonWidth, m.RowHeight);
   });
-}
-
-void FrmPopup::LayoutAttention() {
-  Frame frame(ctx_, kModule, "LayoutAttention");
-  frame.Run([&] {
-    ctx_.rootNode->GetNode(std::string(kBranch) + ".Strings.ControlPanel.Attention", false, "",
-                           Variant());
-  });
-}
-
-std::vector<FrmPopup::TabEntry> FrmPopup::TabTable() {
-  return {
-      {"Summary", &picSu, &summary, true},   {"Periods", &picPe, &periods, true},
-      {"Agents", &picAg, &agents, false},    {"Import", &picIm, &import, false},
-      {"Backup", &picBa, &backup, true},     {"Log", &picLo, &log, false},
-      {"Attention", &picAt, nullptr, false},
-  };
 }
 
 void FrmPopup::ShowPages(bool main, bool splash, bool setup, const std::string& captionKey) {
@@ -333,9 +348,10 @@ void FrmPopup::tabControlOptions_BeforeClick(bool& cancel) {
   Frame frame(ctx_, kModule, "tabControlOptions_BeforeClick");
   frame.Run([&] {
     cancel = false;
-    for (const auto& tab : TabTable()) {
-      if (currentTab_ == tab.key && tab.hasLeave && tab.procedures != nullptr) {
-        if (!tab.procedures->Leave()) cancel = true;
+    // A panel with no Leave procedure lets the user go; so does no tab yet.
+    for (const TabEntry& tab : tabs_) {
+      if (currentTab_ == tab.key) {
+        if (!tab.panel.Leave()) cancel = true;
         return;
       }
     }
@@ -347,16 +363,15 @@ void FrmPopup::tabControlOptions_Click() {
   frame.Run([&] {
     const TabStrip::Tab* selected = tabControlOptions.SelectedItem();
     const std::string key = selected == nullptr ? std::string() : selected->Key();
-    const auto table = TabTable();
     const TabEntry* chosen = nullptr;
-    for (const auto& tab : table) {
+    for (const TabEntry& tab : tabs_) {
       if (key == tab.key) chosen = &tab;
     }
     if (chosen == nullptr) return;
-    for (const auto& tab : table)
-      tab.panel->Visible(&tab == chosen);
+    for (const TabEntry& tab : tabs_)
+      tab.pic.Visible(&tab == chosen);
     currentTab_ = key;
-    if (chosen->procedures != nullptr) chosen->procedures->Load();
+    chosen->panel.Load();
   });
 }
 
@@ -372,41 +387,17 @@ bool FrmPopup::FormRun(bool running) {
       cmdStopStart.Caption(Text(".Strings.ControlPanel.cmdStopStart.Start"));
       summary.cmdSuSetupWiz.Enabled(true);
     }
-    agents.EnableControls(running);  // EnableAgentControls
-    import.EnableControls(running);  // EnableImportControls
+    // EnableAgentControls, then EnableImportControls: the tab order has them so.
+    for (const TabEntry& tab : tabs_)
+      tab.panel.EnableControls(running);
   });
 }
 
 void FrmPopup::RunDisable(bool running) {
   Frame frame(ctx_, kModule, "RunDisable");
   frame.Run([&] {
-    static constexpr std::array kWhileStopped = {"txtPeNewCount",
-                                                 "cboPeNewUnits",
-                                                 "dtpPeReference",
-                                                 "txtPeFormat",
-                                                 "cmdAgAdd",
-                                                 "cmdAgRemove",
-                                                 "lstAgFolders",
-                                                 "txtAgRemove",
-                                                 "chkAgPurgeDisabled",
-                                                 "chkAgSubFolders",
-                                                 "txtAgNewCount",
-                                                 "cboAgNewUnits",
-                                                 "txtAgFormat",
-                                                 "txtAgFileAfterCount",
-                                                 "cboAgFileAfterUnits",
-                                                 "chkAgFileDisabled",
-                                                 "cmdAgNew"};
-    static constexpr std::array kWhileRunning = {"cmdAgFileNow", "cmdAgPurgeNow"};
-    static constexpr std::array kAlsoWhileStopped = {
-        "cmdAgDelete",       "txtBaFolder",     "txtBaBackupFolder", "cmdBaBrowseFolder",
-        "cmdBaBrowseBackup", "txtBaEveryCount", "updBaEveryCount",   "cboBaEveryUnits"};
-    for (const char* name : kWhileStopped)
-      Get<Control>(name).Enabled(!running);
-    for (const char* name : kWhileRunning)
-      Get<Control>(name).Enabled(running);
-    for (const char* name : kAlsoWhileStopped)
-      Get<Control>(name).Enabled(!running);
+    for (const RunRule& rule : runRules_)
+      rule.control.Enabled(rule.whileRunning == running);
     mPopStart.Visible(!running);
     mPopStop.Visible(running);
     if (trayIcon_) trayIcon_->State(running ? "Running" : "Stopped");
@@ -442,20 +433,20 @@ void FrmPopup::cmdStopStart_Click() {
 
 void FrmPopup::cmdHide_Click() {
   Frame frame(ctx_, kModule, "cmdHide_Click");
-  frame.Run([&] { StateMonitor(kEventHide); });
+  frame.Run([&] { StateMonitor(MachineEvent::Hide); });
 }
 
 void FrmPopup::cmdExit_Click() {
-  Frame frame(ctx_, kModule, "GetIndex");
+  Frame frame(ctx_, kModule, TraceNames::cmdExit_Click);
   frame.Run([&] {
     const auto answer =
         ctx_.Host().MsgBox(Text(".Strings.ControlPanel.ConfirmClose"), MsgButtons::OKCancel, "");
-    if (answer == MsgResult::OK) StateMonitor(kEventExit);
+    if (answer == MsgResult::OK) StateMonitor(MachineEvent::Exit);
   });
 }
 
 void FrmPopup::mPopAbout_Click() {
-  Frame frame(ctx_, kModule, "mPopHide_Click");
+  Frame frame(ctx_, kModule, TraceNames::mPopAbout_Click);
   frame.Run([&] {
     if (forms_.about != nullptr) forms_.about->Show(true);
   });
@@ -473,17 +464,17 @@ void FrmPopup::mPopStop_Click() {
 
 void FrmPopup::mPopView_Click() {
   Frame frame(ctx_, kModule, "mPopView_Click");
-  frame.Run([&] { StateMonitor(kEventView); });
+  frame.Run([&] { StateMonitor(MachineEvent::View); });
 }
 
 void FrmPopup::mPopHide_Click() {
   Frame frame(ctx_, kModule, "mPopHide_Click");
-  frame.Run([&] { StateMonitor(kEventHide); });
+  frame.Run([&] { StateMonitor(MachineEvent::Hide); });
 }
 
 void FrmPopup::mPopExit_Click() {
   Frame frame(ctx_, kModule, "mPopExit_Click");
-  frame.Run([&] { StateMonitor(kEventExit); });
+  frame.Run([&] { StateMonitor(MachineEvent::Exit); });
 }
 
 void FrmPopup::cmdSuHelp_Click() {
@@ -496,8 +487,9 @@ void FrmPopup::tmrBackupTimer_Timer() {
     // Both conditions are read, as the runtime's And reads both.
     const bool due = mobjVellix_->Config()->BackupDue();
     const bool processing = mobjMonitor_->Processing();
-    if (due && !processing) {
-      if (forms_.backupManager != nullptr) forms_.backupManager->Show(true);
+    // Until there is a backup manager to run it, a due backup waits.
+    if (due && !processing && forms_.backupManager != nullptr) {
+      forms_.backupManager->Show(true);
       backup.Load();  // LoadBackup
     }
   });
@@ -505,12 +497,12 @@ void FrmPopup::tmrBackupTimer_Timer() {
 
 void FrmPopup::mobjVellix_Configured(bool value) {
   Frame frame(ctx_, kModule, "mobjVellix_Configured");
-  frame.Run([&] { StateMonitor(value ? kEventConfigured : kEventUnconfigured); });
+  frame.Run([&] { StateMonitor(value ? MachineEvent::Configured : MachineEvent::Unconfigured); });
 }
 
 void FrmPopup::mobjVellix_Run(bool value) {
   Frame frame(ctx_, kModule, "mobjVellix_Run");
-  frame.Run([&] { StateMonitor(value ? kEventRun : kEventStop); });
+  frame.Run([&] { StateMonitor(value ? MachineEvent::Run : MachineEvent::Stop); });
 }
 
 void FrmPopup::mobjVellix_Activity(const std::string& activity) {
@@ -548,17 +540,21 @@ void FrmPopup::mobjVellix_Notify(int32_t type, const Ref<PurgeDetails>& details,
 void FrmPopup::Form_Activate() {
   Frame frame(ctx_, kModule, "Form_Activate");
   frame.Run([&] {
-    if (controlState_ == kStateUnconfiguredHidden || controlState_ == kStateConfiguredHidden ||
-        controlState_ == kStateRunningHidden) {
-      Hide();
-    }
+    if (IsHiddenState(controlState_)) PutAway();
   });
 }
 
 void FrmPopup::Form_Resize() {
   Frame frame(ctx_, kModule, "Form_Resize");
   frame.Run([&] {
-    if (WindowState() == 1) Hide();
+    if (trayPlatform_.Available()) {
+      if (WindowState() == 1) Hide();
+      return;
+    }
+    // Without a notification area the task bar is the only way back: a
+    // window restored from it is a View, so the machine and the screen agree.
+    if (WindowState() == 0 && IsHiddenState(controlState_) && !restoringByCode_)
+      StateMonitor(MachineEvent::View);
   });
 }
 
@@ -570,7 +566,7 @@ void FrmPopup::Form_MouseMove(int16_t /*button*/, int16_t /*shift*/, double x, d
     switch (CLng(message)) {
       case kLeftButtonUp:
       case kLeftDoubleClick:
-        StateMonitor(kEventView);
+        StateMonitor(MachineEvent::View);
         break;
       case kRightButtonUp:
         BringToFront();
@@ -592,7 +588,7 @@ void FrmPopup::Form_Unload(bool& /*cancel*/) {
     ctx_.rootNode->Commit("");
     trayIcon_.reset();
     UnloadOtherForm(forms_.backupManager);
-    UnloadOtherForm(forms_.iconTimer);
+    UnloadOtherForm(&forms_.iconTimer);
     mobjMonitor_.Reset();
     ConnectEngine(nullptr);
     ctx_.engine.Reset();

@@ -1,24 +1,26 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "activity/log_panel.h"
+#include "forms/layout_metrics.h"
+#include "forms/machine.h"
+#include "forms/panel.h"
 #include "foundation/context.h"
 #include "foundation/controls.h"
 #include "foundation/event.h"
 #include "foundation/form.h"
 #include "foundation/ref.h"
 #include "panels/agents_panel.h"
+#include "panels/attention_panel.h"
 #include "panels/backup_panel.h"
 #include "panels/import_panel.h"
 #include "panels/periods_panel.h"
 #include "panels/quick_setup_panel.h"
 #include "panels/summary_panel.h"
-#include "shell/layout_metrics.h"
-#include "shell/panel.h"
 
 namespace vellix {
 
@@ -35,11 +37,14 @@ class VellixEngine;
 // The other forms the main form opens or closes. A form that isn't built yet
 // is left out, and what would open it has no effect.
 struct PopupForms {
-  FrmIconTimer* iconTimer = nullptr;
+  FrmIconTimer& iconTimer;  // the tray icon's timer lives on it
   FrmPredictiveStart* predictiveStart = nullptr;
   Form* about = nullptr;
   Form* backupManager = nullptr;
 };
+
+// The three hidden states: the window is meant to be out of sight.
+bool IsHiddenState(MachineState state);
 
 // The one main form: a tab strip over stacked panels, three buttons below,
 // the tray's popup menu, and the receiver of the engine's events. It is a
@@ -58,8 +63,8 @@ class FrmPopup : public Form, public PopupShell {
   void Hidden(bool value);
 
   // The state machine: one entry for every command and engine report.
-  void StateMonitor(int32_t event) override;
-  void TraceState(int32_t state, int32_t event);
+  void StateMonitor(MachineEvent event) override;
+  void TraceState(MachineState state, MachineEvent event);
 
   void SetupFormContext();
   bool FormRun(bool running);
@@ -97,17 +102,17 @@ class FrmPopup : public Form, public PopupShell {
   void cmdSuHelp_Click() override;
 
   // Fields of the form.
-  [[nodiscard]] int32_t ControlState() const { return controlState_; }
-  // Sets the state field as it stands, without any step: for diagnostics and
-  // for tests that start the machine in a given state.
-  void ControlState(int32_t state) { controlState_ = state; }
+  [[nodiscard]] MachineState ControlState() const { return controlState_; }
+  // The field is the form's, writable as it stands, with no step of the
+  // machine: a value it has no name for is reported as unknown.
+  void ControlState(MachineState state) { controlState_ = state; }
   [[nodiscard]] int32_t LastActivity() const { return lastActivity_; }
   [[nodiscard]] Date LastActivityTime() const { return lastActivityTime_; }
   [[nodiscard]] TrayIcon* Tray() const { return trayIcon_.get(); }
   [[nodiscard]] const Ref<VellixEngine>& mobjVellix() const { return mobjVellix_; }
   void mobjVellix(Ref<VellixEngine> engine);
   [[nodiscard]] const Ref<::vellix::Monitor>& mobjMonitor() const { return mobjMonitor_; }
-  void mobjMonitor(Ref<::vellix::Monitor> monitor);
+  void mobjMonitor(Ref<::vellix::Monitor> monitor) override;
 
   // Controls of the shell, in the order of the form.
   TabStrip tabControlOptions;
@@ -143,9 +148,8 @@ class FrmPopup : public Form, public PopupShell {
   ImportPanel import;
   BackupPanel backup;
   LogPanel log;
+  AttentionPanel attention;
   QuickSetupPanel quickSetup;
-
-  static constexpr const char* kBranch = "Componants.VellixControl";
 
  protected:
   void Design() override;
@@ -156,11 +160,17 @@ class FrmPopup : public Form, public PopupShell {
   void Form_MouseMove(int16_t button, int16_t shift, double x, double y) override;
 
  private:
+  // A tab of tabControlOptions: its key, its picture box, its panel. The
+  // Attention panel has no tab but its key is accepted all the same.
   struct TabEntry {
     const char* key;
-    PictureBox* panel;
-    Panel* procedures;  // nullptr: no Load or Leave
-    bool hasLeave;
+    PictureBox& pic;
+    Panel& panel;
+  };
+  // A control RunDisable sets: enabled while stopped, or while running.
+  struct RunRule {
+    Control& control;
+    bool whileRunning;
   };
 
   // The shared steps of the state machine.
@@ -170,26 +180,32 @@ class FrmPopup : public Form, public PopupShell {
   void PutAway();
   void SaveHidden(bool value);
   void CommitTree();
-  void HideTo(int32_t hiddenState);
-  void ViewFromHidden(int32_t visibleState);
+  void HideTo(MachineState hiddenState);
+  void ViewFromHidden(MachineState visibleState);
   void ViewWhileVisible();
   // What the three Show procedures set alike: which pages show, and the caption.
   void ShowPages(bool main, bool splash, bool setup, const std::string& captionKey);
-  void StateMonitorSteps(int32_t state, int32_t event, std::string& errorText);
+  void StateMonitorSteps(MachineState state, MachineEvent event, std::string& errorText);
   void QuickSetupOKSteps();
 
-  [[nodiscard]] std::vector<TabEntry> TabTable();
   [[nodiscard]] std::string Text(const std::string& suffix) const;
   void ConnectEngine(Ref<VellixEngine> engine);
-  void LayoutAttention();
   void UnloadOtherForm(Form* form);
 
   Context& ctx_;
   TrayPlatform& trayPlatform_;
   PopupForms forms_;
 
+  // The tabs in the order of the form; every panel but Quick setup is here,
+  // and FillForm lays them out in this order, Quick setup last.
+  const std::array<TabEntry, 7> tabs_;
+  // RunDisable's controls, in its order.
+  const std::array<RunRule, 27> runRules_;
+
   std::string currentTab_;
-  int32_t controlState_ = kStateUnloaded;
+  // Set while the machine itself restores the window, which is no View.
+  bool restoringByCode_ = false;
+  MachineState controlState_ = MachineState::Unloaded;
   Ref<ConfigNode> layoutNode_;
   std::unique_ptr<TrayIcon> trayIcon_;
   LayoutMetrics metrics_;

@@ -8,34 +8,24 @@
 #include "foundation/engine.h"
 #include "foundation/error_log.h"
 #include "foundation/frame.h"
+#include "foundation/trace_names.h"
+#include "foundation/tray_platform.h"
 #include "foundation/ui_host.h"
 #include "shell/frm_popup.h"
 
 namespace vellix {
 
-namespace {
-
-constexpr std::array<const char*, 7> kStateNames = {
-    "Unloaded",         "UnconfiguredVisible", "UnconfiguredHidden", "ConfiguredVisible",
-    "ConfiguredHidden", "RunningVisible",      "RunningHidden"};
-constexpr std::array<const char*, 12> kEventNames = {
-    "Load",         "View",    "Hide", "QuickSetup", "MoreConfig", "Exit",
-    "QuickSetupOK", "Recover", "Stop", "Run",        "Configured", "Unconfigured"};
-
-template <size_t N>
-std::string NameOf(const std::array<const char*, N>& names, int32_t value) {
-  if (value < 0 || static_cast<size_t>(value) >= N) return "";
-  return names[static_cast<size_t>(value)];
-}
-
-}  // namespace
-
-void FrmPopup::TraceState(int32_t state, int32_t event) {
+void FrmPopup::TraceState(MachineState state, MachineEvent event) {
   // The one procedure without a frame: its record goes straight to the log.
   ctx_.errorLog->LogEvent(
       kProject, "frmPopup", "StateMonitor",
-      "Current State: " + NameOf(kStateNames, state) + " Event: " + NameOf(kEventNames, event), 0,
+      "Current State: " + std::string(NameOf(state)) + " Event: " + std::string(NameOf(event)), 0,
       "");
+}
+
+bool IsHiddenState(MachineState state) {
+  return state == MachineState::UnconfiguredHidden || state == MachineState::ConfiguredHidden ||
+         state == MachineState::RunningHidden;
 }
 
 void FrmPopup::OfferView() {
@@ -51,13 +41,21 @@ void FrmPopup::OfferHide() {
 void FrmPopup::BringToFrontStep() {
   // Restoring a minimised window shows it again: minimising put it away.
   const bool restoring = WindowState() != 0;
+  restoringByCode_ = true;
   WindowState(0);
+  restoringByCode_ = false;
   if (restoring) Show(false);
   BringToFront();
 }
 
 void FrmPopup::PutAway() {
-  Hide();
+  // Without a notification area a hidden window could not be found again:
+  // it goes to the task bar instead.
+  if (trayPlatform_.Available()) {
+    Hide();
+  } else {
+    WindowState(1);
+  }
 }
 
 void FrmPopup::SaveHidden(bool value) {
@@ -69,7 +67,7 @@ void FrmPopup::CommitTree() {
 }
 
 // Hide from a visible state: the window goes and the choice is kept.
-void FrmPopup::HideTo(int32_t hiddenState) {
+void FrmPopup::HideTo(MachineState hiddenState) {
   OfferView();
   SaveHidden(true);
   PutAway();
@@ -85,7 +83,7 @@ void FrmPopup::ViewWhileVisible() {
 }
 
 // View from a hidden state: the window comes back on its Summary tab.
-void FrmPopup::ViewFromHidden(int32_t visibleState) {
+void FrmPopup::ViewFromHidden(MachineState visibleState) {
   OfferHide();
   SaveHidden(false);
   SetupFormContext();
@@ -94,30 +92,35 @@ void FrmPopup::ViewFromHidden(int32_t visibleState) {
   CommitTree();
 }
 
-void FrmPopup::StateMonitor(int32_t event) {
-  Frame frame(ctx_, "frmPopup", "Visible");
+void FrmPopup::StateMonitor(MachineEvent event) {
+  Frame frame(ctx_, "frmPopup", TraceNames::StateMonitorFrame);
   frame.Run([&] {
     TraceState(controlState_, event);
     StateMonitorSteps(controlState_, event, frame.ErrorText);
   });
 }
 
-void FrmPopup::StateMonitorSteps(int32_t state, int32_t event, std::string& errorText) {
+void FrmPopup::StateMonitorSteps(MachineState state, MachineEvent event, std::string& errorText) {
+  using enum MachineState;
+  using enum MachineEvent;
   auto unexpected = [&] {
-    errorText = "Unexpected Event " + std::to_string(event) + " in State " + std::to_string(state);
+    errorText = "Unexpected Event " + std::to_string(Number(event)) + " in State " +
+                std::to_string(Number(state));
   };
   switch (state) {
-    case kStateUnloaded:
-      if (event != kEventLoad) return unexpected();
+    case Unloaded:
+      if (event != Load) return unexpected();
       tmrBackupTimer.Enabled(false);
       quickSetup.Load();
       ShowQuickSetup();
       if (Hidden()) {
         OfferView();
-        controlState_ = kStateUnconfiguredHidden;
+        controlState_ = UnconfiguredHidden;
+        // With no notification area the window starts on the task bar.
+        if (!trayPlatform_.Available()) WindowState(1);
       } else {
         OfferHide();
-        controlState_ = kStateUnconfiguredVisible;
+        controlState_ = UnconfiguredVisible;
         SetupFormContext();
         SaveHidden(false);
         CommitTree();
@@ -125,29 +128,29 @@ void FrmPopup::StateMonitorSteps(int32_t state, int32_t event, std::string& erro
       mobjVellix_->Announce();
       return;
 
-    case kStateUnconfiguredVisible:
+    case UnconfiguredVisible:
       switch (event) {
-        case kEventView:
+        case View:
           ViewWhileVisible();
           return;
-        case kEventHide:
-          HideTo(kStateUnconfiguredHidden);
+        case Hide:
+          HideTo(MachineState::UnconfiguredHidden);
           return;
-        case kEventMoreConfig:
+        case MoreConfig:
           quickSetup.SaveQuickSetup();
           mobjVellix_->Configured(true);
           return;
-        case kEventExit:
+        case Exit:
           mobjVellix_->Shutdown();
           return;
-        case kEventQuickSetupOK:
+        case QuickSetupOK:
           QuickSetupOKSteps();
           return;
-        case kEventRecover:
+        case Recover:
           mobjVellix_->Configured(true);
           return;
-        case kEventConfigured:
-          controlState_ = kStateConfiguredVisible;
+        case Configured:
+          controlState_ = ConfiguredVisible;
           ShowMain();
           tabControlOptions_Click();
           return;
@@ -155,118 +158,115 @@ void FrmPopup::StateMonitorSteps(int32_t state, int32_t event, std::string& erro
           return unexpected();
       }
 
-    case kStateUnconfiguredHidden:
+    case UnconfiguredHidden:
       switch (event) {
-        case kEventView:
-          ViewFromHidden(kStateUnconfiguredVisible);
+        case View:
+          ViewFromHidden(MachineState::UnconfiguredVisible);
           return;
-        case kEventExit:
+        case Exit:
           SaveHidden(false);  // Form_Unload commits
           mobjVellix_->Shutdown();
           return;
-        case kEventConfigured:
+        case Configured:
           tabControlOptions_Click();
           ShowMain();
-          controlState_ = kStateConfiguredHidden;
+          controlState_ = ConfiguredHidden;
           return;
         default:
           return unexpected();
       }
 
-    case kStateConfiguredVisible:
+    case ConfiguredVisible:
       switch (event) {
-        case kEventView:
+        case View:
           ViewWhileVisible();
           return;
-        case kEventHide:
-          HideTo(kStateConfiguredHidden);
+        case Hide:
+          HideTo(MachineState::ConfiguredHidden);
           return;
-        case kEventQuickSetup:
-          if (ctx_.Host().MsgBox(ctx_.rootNode
-                                     ->GetValue(std::string(kBranch) +
-                                                ".Strings.ControlPanel.Summary.QuickSetupWarning")
-                                     .ToString(),
+        case QuickSetup:
+          if (ctx_.Host().MsgBox(Text(".Strings.ControlPanel.Summary.QuickSetupWarning"),
                                  MsgButtons::YesNo, "") == MsgResult::Yes) {
             mobjVellix_->Configured(false);
           }
           return;
-        case kEventExit:
+        case Exit:
           mobjVellix_->Shutdown();
           return;
-        case kEventRun:
+        case Run:
           FormRun(true);
-          controlState_ = kStateRunningVisible;
+          controlState_ = RunningVisible;
           tmrBackupTimer.Enabled(true);
           log.Load();  // LoadLog
           return;
-        case kEventUnconfigured:
+        case Unconfigured:
           quickSetup.Load();
           ShowQuickSetup();
-          controlState_ = kStateUnconfiguredVisible;
+          controlState_ = UnconfiguredVisible;
           return;
         default:
           return unexpected();
       }
 
-    case kStateConfiguredHidden:
+    case ConfiguredHidden:
       switch (event) {
-        case kEventView:
-          ViewFromHidden(kStateConfiguredVisible);
+        case View:
+          ViewFromHidden(MachineState::ConfiguredVisible);
           return;
-        case kEventExit:
+        case Exit:
           mobjVellix_->Shutdown();
           return;
-        case kEventRun:
+        case Run:
           FormRun(true);
-          controlState_ = kStateRunningHidden;
+          controlState_ = RunningHidden;
           log.Load();  // LoadLog
           tmrBackupTimer.Enabled(true);
           return;
-        case kEventUnconfigured:
+        case Unconfigured:
           // No ShowQuickSetup here: the tabs stay behind the hidden window.
           quickSetup.Layout();
           quickSetup.Load();
-          controlState_ = kStateUnconfiguredHidden;
+          controlState_ = UnconfiguredHidden;
           return;
         default:
           return unexpected();
       }
 
-    case kStateRunningVisible:
+    case RunningVisible:
       switch (event) {
-        case kEventView:
+        case View:
           BringToFrontStep();
           SaveHidden(false);
           CommitTree();
           return;
-        case kEventHide:
-          HideTo(kStateRunningHidden);
+        case Hide:
+          HideTo(MachineState::RunningHidden);
           return;
-        case kEventExit:
+        case Exit:
           mobjVellix_->Shutdown();
           return;
-        case kEventStop:
+        case Stop:
           FormRun(false);
-          controlState_ = kStateConfiguredVisible;
+          controlState_ = ConfiguredVisible;
           tmrBackupTimer.Enabled(false);
           return;
         default:
           return unexpected();
       }
 
-    case kStateRunningHidden:
+    case RunningHidden:
       switch (event) {
-        case kEventView:
-          ViewFromHidden(kStateRunningVisible);
+        case View:
+          ViewFromHidden(MachineState::RunningVisible);
           return;
-        case kEventExit:
+        case Exit:
           // Only here does the form go at once; elsewhere it waits for "Shutdown".
           mobjVellix_->Shutdown();
           Unload();
           return;
-        case kEventStop:
+        case Stop:
           FormRun(false);
-          controlState_ = kStateConfiguredHidden;
+          controlState_ = ConfiguredHidden;
           tmrBackupTimer.Enabled(false);
           return;
         default:
@@ -274,7 +274,7 @@ void FrmPopup::StateMonitorSteps(int32_t state, int32_t event, std::string& erro
       }
 
     default:
-      errorText = "State " + std::to_string(state) + " unknown";
+      errorText = "State " + std::to_string(Number(state)) + " unknown";
       return;
   }
 }
@@ -290,10 +290,10 @@ void FrmPopup::QuickSetupOKSteps() {
   const std::string key =
       later ? ".Strings.QuickSetup.MsgWaitingToStart" : ".Strings.QuickSetup.MsgNowRunning";
   if (!later) {
-    StateMonitor(kEventHide);
+    StateMonitor(MachineEvent::Hide);
     mobjVellix_->Running(true);
   }
-  ctx_.Host().MsgBox(ctx_.rootNode->GetValue(kBranch + key).ToString(), MsgButtons::OK, "");
+  ctx_.Host().MsgBox(Text(key), MsgButtons::OK, "");
 }
 
 }  // namespace vellix

@@ -4,7 +4,6 @@
 
 #include "foundation/config_node.h"
 #include "foundation/context.h"
-#include "foundation/control_startup.h"
 #include "foundation/error_log.h"
 #include "foundation/form.h"
 #include "foundation/frame.h"
@@ -61,8 +60,7 @@ TrayIcon::TrayIcon(Context& ctx, TrayPlatform& platform, FrmIconTimer& iconTimer
     mtmrIconTimer_->Enabled(false);
 
     const std::string tipText =
-        ctx_.rootNode->GetValue(std::string(ControlStartup::kBranch) + ".Strings.SystemTrayTip")
-            .ToString();
+        ctx_.rootNode->GetValue(std::string(kBranch) + ".Strings.SystemTrayTip").ToString();
     tip_ = CutToBytes(productName + " " + tipText, kTipBytes);
     platform_.Add(stoppedPicture_, tip_);
   });

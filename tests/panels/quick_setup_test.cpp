@@ -41,7 +41,7 @@ void TickAll(QuickSetupPanel& qs, bool ticked) {
 void StartOnThePage(test::PopupWorld& w) {
   w.PresetHidden(false);
   w.Start();
-  ASSERT_EQ(w.popup.ControlState(), kStateUnconfiguredVisible);
+  ASSERT_EQ(w.popup.ControlState(), MachineState::UnconfiguredVisible);
   ASSERT_TRUE(w.popup.picQuickSetup.Visible());
   // The engine answers the start's Announce with "not configured", which the
   // page's state takes as an unexpected event: a log line, nothing more.
@@ -140,7 +140,7 @@ TEST(FirstRun, OkSavesThePageThenRunsNowOrWaitsOnScreen) {
     ASSERT_TRUE(w.popup.quickSetup.cmdOK.UserClick());
     w.host.Pump();
     if (way.reportsLater) {
-      EXPECT_EQ(w.popup.ControlState(), kStateUnconfiguredHidden);
+      EXPECT_EQ(w.popup.ControlState(), MachineState::UnconfiguredHidden);
       EXPECT_EQ(w.engine->PendingReports(), 2);
       w.engine->DelayReports(false);
       w.engine->ReleaseReports();
@@ -150,7 +150,8 @@ TEST(FirstRun, OkSavesThePageThenRunsNowOrWaitsOnScreen) {
     ExpectQuarterlyMailAndCalendar(w);
     EXPECT_THAT(w.StateTrace(), ElementsAreArray(way.trace));
     EXPECT_THAT(w.host.History(), Contains("show modal frmPredictiveStart"));
-    EXPECT_EQ(w.popup.ControlState(), way.runs ? kStateRunningHidden : kStateConfiguredVisible);
+    EXPECT_EQ(w.popup.ControlState(),
+              way.runs ? MachineState::RunningHidden : MachineState::ConfiguredVisible);
     EXPECT_EQ(w.engine->Running(), way.runs);
     EXPECT_EQ(w.tray.Current(), way.runs ? "Running.ico" : "Stopped.ico");
     EXPECT_THAT(w.host.Prompts(),
@@ -175,7 +176,7 @@ TEST(FirstRun, ConfigureMoreSavesWithoutQuestionsAndGoesToTheTabs) {
 
   EXPECT_THAT(w.host.Prompts(), IsEmpty());
   EXPECT_THAT(w.host.History(), Not(Contains("show modal frmPredictiveStart")));
-  EXPECT_EQ(w.popup.ControlState(), kStateConfiguredVisible);
+  EXPECT_EQ(w.popup.ControlState(), MachineState::ConfiguredVisible);
   EXPECT_FALSE(w.engine->Running());
   EXPECT_TRUE(w.popup.tabControlOptions.Visible());
   EXPECT_THAT(AgentNames(w), ElementsAre("Received Emails", "Sent Emails", "Calendar"));
@@ -193,7 +194,7 @@ TEST(FirstRun, CancelLeavesTheSystemUnconfiguredAndHidden) {
   w.host.Pump();
 
   EXPECT_THAT(w.host.Prompts(), ElementsAre(w.Text(".Strings.QuickSetup.MsgLater")));
-  EXPECT_EQ(w.popup.ControlState(), kStateUnconfiguredHidden);
+  EXPECT_EQ(w.popup.ControlState(), MachineState::UnconfiguredHidden);
   EXPECT_FALSE(w.popup.Visible());
   EXPECT_FALSE(w.engine->Configured());
   EXPECT_THAT(w.Journal(), IsEmpty());
@@ -329,7 +330,7 @@ TEST(QuickSetup, DoubtfulFoldersAreAskedAboutAndOnlyTheUsersYesGoesOn) {
   w.host.AnswerNext(MsgResult::Cancel);
   w.engine->ClearJournal();
   ASSERT_TRUE(qs.cmdOK.UserClick());
-  EXPECT_EQ(w.popup.ControlState(), kStateUnconfiguredVisible);
+  EXPECT_EQ(w.popup.ControlState(), MachineState::UnconfiguredVisible);
   EXPECT_THAT(w.Journal(), IsEmpty());
   ASSERT_EQ(w.host.PromptRecords().size(), 1U);
   EXPECT_EQ(w.host.PromptRecords()[0].text, w.Text(".Strings.ControlPanel.MsgNoBackupPath"));
@@ -338,7 +339,7 @@ TEST(QuickSetup, DoubtfulFoldersAreAskedAboutAndOnlyTheUsersYesGoesOn) {
   ASSERT_TRUE(qs.cmdOK.UserClick());
   w.host.Pump();
   EXPECT_EQ(w.engine->Config()->BackupLocation(), "   ");
-  EXPECT_NE(w.popup.ControlState(), kStateUnconfiguredVisible);
+  EXPECT_NE(w.popup.ControlState(), MachineState::UnconfiguredVisible);
   EXPECT_THAT(w.Problems(), IsEmpty());
 }
 

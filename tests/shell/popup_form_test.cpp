@@ -94,7 +94,7 @@ TEST(FillForm, ASumPast32767StopsTheLayoutWithOneOverflowRecord) {
   EXPECT_EQ(w.popup.tabControlOptions.Width(), 9600 + 2 * 120);
   EXPECT_EQ(w.popup.cmdExit.Width(), 0);
   // The state machine still got its Load, and the engine's report.
-  EXPECT_EQ(w.popup.ControlState(), 3);
+  EXPECT_EQ(w.popup.ControlState(), MachineState::ConfiguredVisible);
 }
 
 // Every key the program asks the tree for is shipped in the boot
@@ -122,7 +122,7 @@ TEST(BootConfiguration, HoldsEveryKeyAStartTheTabsTheQuestionsAndMessagesAskFor)
   EXPECT_THAT(w.Problems(), IsEmpty());
 
   w.host.AnswerNext(MsgResult::No);
-  w.popup.StateMonitor(kEventQuickSetup);  // the warning before quick setup
+  w.popup.StateMonitor(MachineEvent::QuickSetup);  // the warning before quick setup
   w.host.AnswerNext(MsgResult::Cancel);
   w.popup.cmdExit.UserClick();  // the question before closing
   ASSERT_EQ(w.host.Prompts().size(), 2U);
@@ -138,7 +138,7 @@ TEST(BootConfiguration, HoldsEveryKeyAFirstRunAndTheSummaryAskFor) {
                  [](Form& f) { static_cast<FrmPredictiveStart&>(f).cmdRunNow.UserClick(); });
   w.popup.Get<CommandButton>("cmdOK").UserClick();
   w.host.Pump();
-  ASSERT_EQ(w.popup.ControlState(), kStateRunningHidden);
+  ASSERT_EQ(w.popup.ControlState(), MachineState::RunningHidden);
   w.popup.mPopView_Click();
   w.host.Pump();
   SummaryPanel& su = w.popup.summary;
@@ -149,6 +149,77 @@ TEST(BootConfiguration, HoldsEveryKeyAFirstRunAndTheSummaryAskFor) {
     su.tvwSuSelector.UserClickNode(period->Name());
   }
   EXPECT_THAT(Missing(w), IsEmpty());
+}
+
+}  // namespace
+}  // namespace vellix
+
+namespace vellix {
+namespace {
+
+// The controls whose Enabled changed, in the order they changed.
+class EnabledWatch {
+ public:
+  explicit EnabledWatch(const Form& form) {
+    for (Control* control : form.Controls()) {
+      connections_.push_back(control->OnChanged([this](Control& c, std::string_view property) {
+        if (property == "Enabled") changed.push_back(c.Name() + (c.Enabled() ? "+" : "-"));
+      }));
+    }
+  }
+  std::vector<std::string> changed;
+
+ private:
+  std::vector<Connection> connections_;
+};
+
+TEST(RunDisable, SetsTheEditingControlsInTheirOrderAndTheRunButtonsTheOtherWay) {
+  test::PopupWorld w;
+  w.engine->Configured(true);
+  w.Start();
+  w.popup.RunDisable(false);
+
+  EnabledWatch watch(w.popup);
+  w.popup.RunDisable(true);
+  const std::vector<std::string> stopped = {
+      "txtPeNewCount",      "cboPeNewUnits",       "dtpPeReference",      "txtPeFormat",
+      "cmdAgAdd",           "cmdAgRemove",         "lstAgFolders",        "txtAgRemove",
+      "chkAgPurgeDisabled", "chkAgSubFolders",     "txtAgNewCount",       "cboAgNewUnits",
+      "txtAgFormat",        "txtAgFileAfterCount", "cboAgFileAfterUnits", "chkAgFileDisabled",
+      "cmdAgNew",           "cmdAgFileNow",        "cmdAgPurgeNow",       "cmdAgDelete",
+      "txtBaFolder",        "txtBaBackupFolder",   "cmdBaBrowseFolder",   "cmdBaBrowseBackup",
+      "txtBaEveryCount",    "updBaEveryCount",     "cboBaEveryUnits"};
+  std::vector<std::string> expected;
+  for (const std::string& name : stopped) {
+    const bool runButton = name == "cmdAgFileNow" || name == "cmdAgPurgeNow";
+    expected.push_back(name + (runButton ? "+" : "-"));
+  }
+  EXPECT_EQ(watch.changed, expected);
+  EXPECT_FALSE(w.popup.mPopStart.Visible());
+  EXPECT_TRUE(w.popup.mPopStop.Visible());
+  EXPECT_EQ(w.tray.Current(), "Running.ico");
+}
+
+// Records whose procedure name is not the procedure's own: log searches know
+// them by these names.
+TEST(TraceNames, ExitAboutAndTheMachineLogUnderTheirHistoricNames) {
+  test::PopupWorld w;
+  w.engine->Configured(true);
+  w.Start();
+  w.log->records.clear();
+  // The question itself fails.
+  w.host.AnswerNext(MsgResult::Cancel, [] { throw VbError(err::kInvalidCall); });
+  w.popup.cmdExit.UserClick();
+  w.popup.StateMonitor(MachineEvent::Stop);  // unexpected while stopped
+  w.popup.ControlState(static_cast<MachineState>(9));
+  w.popup.StateMonitor(MachineEvent::View);
+
+  std::vector<std::string> procedures;
+  for (const test::LogRecord& r : w.Problems())
+    procedures.push_back(r.module + "." + r.procedure);
+  EXPECT_THAT(procedures, ElementsAre("frmPopup.GetIndex", "frmPopup.Visible", "frmPopup.Visible"));
+  // The trace lines keep the procedure's own name.
+  EXPECT_EQ(w.StateTrace().size(), 2U);
 }
 
 }  // namespace

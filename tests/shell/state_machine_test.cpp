@@ -26,12 +26,15 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-constexpr const char* kStates[] = {"Unloaded",          "UnconfiguredVisible", "UnconfiguredHidden",
-                                   "ConfiguredVisible", "ConfiguredHidden",    "RunningVisible",
-                                   "RunningHidden"};
-constexpr const char* kEvents[] = {"Load",       "View", "Hide",         "QuickSetup",
-                                   "MoreConfig", "Exit", "QuickSetupOK", "Recover",
-                                   "Stop",       "Run",  "Configured",   "Unconfigured"};
+std::string StateName(int state) {
+  return std::string(NameOf(static_cast<MachineState>(state)));
+}
+std::string EventName(int event) {
+  return std::string(NameOf(static_cast<MachineEvent>(event)));
+}
+int StateOf(const test::PopupWorld& w) {
+  return Number(w.popup.ControlState());
+}
 
 // What one cell of the machine does by itself: the engine's reports are held
 // and its Shutdown goes unanswered, so nested events don't blur the cell.
@@ -74,8 +77,8 @@ const std::map<int, Cell> kTable = {
     {201, View(1, true)}, {205, Cell{.next = 2, .calls = {"Shutdown"}, .hidden = false}},
     {210, Cell{.next = 4, .visible = false}},
     {301, View(3, false)}, {302, Hide(4)}, {303, Calls(3, {"put Configured False"})},
-    {305, Calls(3, {"Shutdown"})}, {309, Calls(5, {})}, {311, Calls(1, {})},
-    {401, View(3, true)}, {405, Calls(4, {"Shutdown"})}, {409, Calls(6, {})}, {411, Calls(2, {})},
+    {305, Calls(3, {"Shutdown"})}, {309, Calls(5, {"put LoggingLevel On"})}, {311, Calls(1, {})},
+    {401, View(3, true)}, {405, Calls(4, {"Shutdown"})}, {409, Calls(6, {"put LoggingLevel On"})}, {411, Calls(2, {})},
     {501, View(5, false)}, {502, Hide(6)}, {505, Calls(5, {"Shutdown"})}, {508, Calls(3, {})},
     {601, View(5, true)}, {605, Cell{.next = 6, .calls = {"Shutdown"}, .unloaded = true}},
     {608, Calls(4, {})},
@@ -98,9 +101,9 @@ TEST_P(StateMachineCell, DoesWhatItsCellSays) {
   w.PresetHidden(hiddenState || state == 0);
   w.Start();
   if (state == 0) {
-    w.popup.ControlState(0);
+    w.popup.ControlState(MachineState::Unloaded);
   } else {
-    ASSERT_EQ(w.popup.ControlState(), state) << "the start did not reach " << kStates[state];
+    ASSERT_EQ(StateOf(w), state) << "the start did not reach " << StateName(state);
   }
   // Hidden on disk is the opposite of what any write would make it, so that a
   // commit shows.
@@ -111,15 +114,15 @@ TEST_P(StateMachineCell, DoesWhatItsCellSays) {
   w.log->records.clear();
   w.host.ClearPrompts();
 
-  w.popup.StateMonitor(event);
+  w.popup.StateMonitor(static_cast<MachineEvent>(event));
   w.host.Pump();
 
   const auto found = kTable.find(state * 100 + event);
   const Cell want = found == kTable.end() ? Cell{} : found->second;
-  EXPECT_THAT(w.StateTrace(), ElementsAre(std::string("Current State: ") + kStates[state] +
-                                          " Event: " + kEvents[event]));
+  EXPECT_THAT(w.StateTrace(), ElementsAre(std::string("Current State: ") + StateName(state) +
+                                          " Event: " + EventName(event)));
   if (want.next < 0) {
-    EXPECT_EQ(w.popup.ControlState(), state);
+    EXPECT_EQ(StateOf(w), state);
     EXPECT_THAT(w.Problems(),
                 ElementsAre(test::LogRecord{"frmPopup", "Visible",
                                             "Unexpected Event " + std::to_string(event) +
@@ -128,7 +131,7 @@ TEST_P(StateMachineCell, DoesWhatItsCellSays) {
     EXPECT_THAT(w.Journal(), IsEmpty());
     return;
   }
-  EXPECT_EQ(w.popup.ControlState(), want.next);
+  EXPECT_EQ(StateOf(w), want.next);
   EXPECT_THAT(w.Problems(), IsEmpty());
   const auto journal = w.Journal();
   if (want.afterSave) {
@@ -165,8 +168,7 @@ std::vector<std::pair<int, int>> AllCells() {
 
 INSTANTIATE_TEST_SUITE_P(AllStatesAndEvents, StateMachineCell, ::testing::ValuesIn(AllCells()),
                          [](const auto& cell) {
-                           return std::string(kStates[cell.param.first]) + "_" +
-                                  kEvents[cell.param.second];
+                           return StateName(cell.param.first) + "_" + EventName(cell.param.second);
                          });
 
 TEST(StateMachine, LoadFollowsThePersistedHiddenSettingAndAMissingOneMeansHidden) {
@@ -175,7 +177,7 @@ TEST(StateMachine, LoadFollowsThePersistedHiddenSettingAndAMissingOneMeansHidden
     test::PopupWorld w;
     if (hidden) w.PresetHidden(true);
     w.Start();
-    EXPECT_EQ(w.popup.ControlState(), hidden ? 2 : 1);
+    EXPECT_EQ(StateOf(w), hidden ? 2 : 1);
     EXPECT_EQ(w.popup.Visible(), !hidden);
     EXPECT_EQ(w.popup.mPopView.Visible(), hidden);
     EXPECT_EQ(w.popup.mPopHide.Visible(), !hidden);
@@ -193,7 +195,7 @@ TEST(StateMachine, LoadFollowsThePersistedHiddenSettingAndAMissingOneMeansHidden
   std::ofstream(w.dir / "exe" / ControlStartup::kBootConfigFile) << text;
   w.ctx.exeFolder = (w.dir / "exe").string();
   w.Start();
-  EXPECT_EQ(w.popup.ControlState(), 2);
+  EXPECT_EQ(StateOf(w), 2);
   EXPECT_FALSE(w.popup.Visible());
   EXPECT_TRUE(w.config->RootNode()->GetValue("Componants.VellixControl.Hidden").ToBool());
 }
@@ -203,7 +205,7 @@ TEST(StateMachine, ConfiguredAndRunningEngineBringsAShownPanelToRunningVisible) 
   w.engine->Configured(true);
   w.engine->Running(true);
   w.Start();
-  EXPECT_EQ(w.popup.ControlState(), 5);
+  EXPECT_EQ(StateOf(w), 5);
   EXPECT_THAT(w.StateTrace(), ElementsAre("Current State: Unloaded Event: Load",
                                           "Current State: UnconfiguredVisible Event: Configured",
                                           "Current State: ConfiguredVisible Event: Run"));
@@ -219,7 +221,7 @@ TEST(StateMachine, ExitAsksFirstAndThenWaitsForTheEnginesShutdown) {
   test::PopupWorld w;
   w.engine->Configured(true);
   w.Start();
-  ASSERT_EQ(w.popup.ControlState(), 3);
+  ASSERT_EQ(StateOf(w), 3);
   const std::string question = w.Text(".Strings.ControlPanel.ConfirmClose");
   w.host.AnswerNext(MsgResult::Cancel);
   w.popup.cmdExit.UserClick();
@@ -244,7 +246,7 @@ TEST(StateMachine, TrayGesturesAndMinimisingReachTheWindowTheMachineAndTheMenu) 
   test::PopupWorld w;
   w.engine->Configured(true);
   w.Start();
-  ASSERT_EQ(w.popup.ControlState(), 3);
+  ASSERT_EQ(StateOf(w), 3);
   auto mouse = [&](double message) {
     w.popup.UserMouseMove(0, 0, message * w.ctx.twipsPerPixelX, 0);
     w.host.Pump();
@@ -253,21 +255,21 @@ TEST(StateMachine, TrayGesturesAndMinimisingReachTheWindowTheMachineAndTheMenu) 
   // the icon brings it back as it was.
   w.popup.UserWindowState(1);
   EXPECT_FALSE(w.popup.Visible());
-  EXPECT_EQ(w.popup.ControlState(), 3);
+  EXPECT_EQ(StateOf(w), 3);
   EXPECT_FALSE(w.popup.Hidden());
   mouse(514);
   EXPECT_TRUE(w.popup.Visible());
   EXPECT_EQ(w.popup.WindowState(), 0);
-  EXPECT_EQ(w.popup.ControlState(), 3);
+  EXPECT_EQ(StateOf(w), 3);
 
   w.host.OnPopup("mPopupSys", [](Menu& menu) { menu.Parent().Get<Menu>("mPopHide").UserClick(); });
   mouse(517);  // right button up: the menu
   EXPECT_THAT(w.host.History(), Contains("popup mPopupSys"));
-  EXPECT_EQ(w.popup.ControlState(), 4);
+  EXPECT_EQ(StateOf(w), 4);
   mouse(513);  // not a gesture
-  EXPECT_EQ(w.popup.ControlState(), 4);
+  EXPECT_EQ(StateOf(w), 4);
   mouse(515);  // double click
-  EXPECT_EQ(w.popup.ControlState(), 3);
+  EXPECT_EQ(StateOf(w), 3);
   EXPECT_TRUE(w.popup.Visible());
 }
 
@@ -275,15 +277,15 @@ TEST(StateMachine, AnUnknownStateIsLoggedAndLeftAlone) {
   test::PopupWorld w;
   w.Start();
   w.log->records.clear();
-  w.popup.ControlState(9);
-  w.popup.StateMonitor(kEventView);
-  w.popup.StateMonitor(12);
+  w.popup.ControlState(static_cast<MachineState>(9));
+  w.popup.StateMonitor(MachineEvent::View);
+  w.popup.StateMonitor(static_cast<MachineEvent>(12));
   EXPECT_THAT(w.StateTrace(),
               ElementsAre("Current State:  Event: View", "Current State:  Event: "));
   EXPECT_THAT(w.Problems(),
               ElementsAre(test::LogRecord{"frmPopup", "Visible", "State 9 unknown", 0},
                           test::LogRecord{"frmPopup", "Visible", "State 9 unknown", 0}));
-  EXPECT_EQ(w.popup.ControlState(), 9);
+  EXPECT_EQ(StateOf(w), 9);
 }
 
 TEST(StateMachine, NoEngineMeansNoWindowAndNoMessage) {
@@ -298,6 +300,55 @@ TEST(StateMachine, NoEngineMeansNoWindowAndNoMessage) {
   ASSERT_FALSE(w.tray.calls.empty());
   EXPECT_EQ(w.tray.calls.front().action, "Add");
   EXPECT_EQ(w.tray.calls.back().action, "Delete");
+}
+
+}  // namespace
+}  // namespace vellix
+
+namespace vellix {
+namespace {
+
+TEST(NoNotificationArea, TheTaskBarStandsInForTheTrayAndTheMachineFollowsIt) {
+  test::PopupWorld w;
+  w.tray.available = false;
+  w.engine->Configured(true);
+  w.PresetHidden(true);
+  w.Start();
+  w.host.Pump();
+  // A hidden start leaves the window on the task bar, not out of reach.
+  ASSERT_EQ(StateOf(w), 4);
+  EXPECT_TRUE(w.popup.Visible());
+  EXPECT_EQ(w.popup.WindowState(), 1);
+
+  // Restoring it from the task bar is a View, once.
+  w.log->records.clear();
+  w.popup.UserWindowState(0);
+  w.host.Pump();
+  EXPECT_EQ(StateOf(w), 3);
+  EXPECT_FALSE(w.popup.Hidden());
+  EXPECT_THAT(w.StateTrace(), ElementsAre("Current State: ConfiguredHidden Event: View"));
+
+  // Hide minimises, and the machine is told as usual.
+  w.popup.cmdHide.UserClick();
+  w.host.Pump();
+  EXPECT_EQ(StateOf(w), 4);
+  EXPECT_TRUE(w.popup.Hidden());
+  EXPECT_TRUE(w.popup.Visible());
+  EXPECT_EQ(w.popup.WindowState(), 1);
+  w.popup.UserWindowState(0);
+  w.host.Pump();
+  ASSERT_EQ(StateOf(w), 3);
+
+  // Minimising a shown window by hand hides nothing and tells nobody.
+  w.log->records.clear();
+  w.popup.UserWindowState(1);
+  w.host.Pump();
+  w.popup.UserWindowState(0);
+  w.host.Pump();
+  EXPECT_EQ(StateOf(w), 3);
+  EXPECT_TRUE(w.popup.Visible());
+  EXPECT_THAT(w.StateTrace(), IsEmpty());
+  EXPECT_THAT(w.Problems(), IsEmpty());
 }
 
 }  // namespace

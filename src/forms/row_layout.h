@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string>
 
+#include "forms/layout_metrics.h"
 #include "foundation/ref.h"
-#include "shell/layout_metrics.h"
 
 namespace vellix {
 

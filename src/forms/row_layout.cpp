@@ -1,4 +1,4 @@
-#include "shell/row_layout.h"
+#include "forms/row_layout.h"
 
 #include <utility>
 

@@ -3,39 +3,15 @@
 #include <cstdint>
 #include <string>
 
-#include "shell/layout_metrics.h"
+#include "forms/layout_metrics.h"
+#include "forms/machine.h"
+#include "foundation/ref.h"
 
 namespace vellix {
 
 struct Context;
 class Form;
-
-// The events of the control state machine, by number.
-enum ControlEvent : int32_t {
-  kEventLoad = 0,
-  kEventView = 1,
-  kEventHide = 2,
-  kEventQuickSetup = 3,
-  kEventMoreConfig = 4,
-  kEventExit = 5,
-  kEventQuickSetupOK = 6,
-  kEventRecover = 7,
-  kEventStop = 8,
-  kEventRun = 9,
-  kEventConfigured = 10,
-  kEventUnconfigured = 11,
-};
-
-// The states of the control state machine, by number.
-enum ControlStateValue : int32_t {
-  kStateUnloaded = 0,
-  kStateUnconfiguredVisible = 1,
-  kStateUnconfiguredHidden = 2,
-  kStateConfiguredVisible = 3,
-  kStateConfiguredHidden = 4,
-  kStateRunningVisible = 5,
-  kStateRunningHidden = 6,
-};
+class Monitor;
 
 // What a panel reaches of the main form: the narrow way back to the shell.
 class PopupShell {
@@ -47,17 +23,28 @@ class PopupShell {
   [[nodiscard]] virtual const LayoutMetrics& Metrics() const = 0;
   // Key of the tab in view; empty until the first tab flow.
   [[nodiscard]] virtual const std::string& CurrentTab() const = 0;
-  virtual void StateMonitor(int32_t event) = 0;
+  virtual void StateMonitor(MachineEvent event) = 0;
   virtual void RunDisable(bool running) = 0;
   virtual int32_t GetIndex(const std::string& name, bool wantData) = 0;
+  // The engine's monitor the form listens to; nothing while logging is off.
+  virtual void mobjMonitor(Ref<Monitor> monitor) = 0;
   // The help button's action, shared by the Summary panel and Quick setup.
   virtual void cmdSuHelp_Click() = 0;
 };
 
-// One panel of the main form: its controls (members constructed on the main
-// form, in the panel's picture box) and its procedures. Layout runs once in
-// FillForm, Load at each entry to the panel's tab, Leave when the tab is left
-// (false keeps the user on it).
+// One panel of the main form. A panel is a file pair in panels/ (or
+// activity/): its controls are typed members, constructed on the main form
+// inside the panel's picture box, and its procedures keep their own names
+// (LoadPeriods, LeavePeriods, ...); the overrides below only route to them.
+//
+// The main form calls, for every panel in the order of its tab table:
+// - Design: the controls' design values, when the form loads;
+// - Layout: once, in FillForm (Quick setup's again from the state machine);
+// - Load: at each entry to the panel's tab, reading fresh from the engine;
+// - Leave: when its tab is left; false vetoes the change. A panel without a
+//   Leave procedure keeps the default, which lets the user go;
+// - EnableControls: from FormRun, after RunDisable, for controls a panel
+//   enables by a rule of its own.
 class Panel {
  public:
   explicit Panel(PopupShell& shell) : shell_(shell) {}
@@ -65,10 +52,10 @@ class Panel {
   Panel& operator=(const Panel&) = delete;
   virtual ~Panel() = default;
 
+  virtual void Design() {}
   virtual void Layout() {}
   virtual void Load() {}
   virtual bool Leave() { return true; }
-  // Called by FormRun after RunDisable: controls a panel enables by its own rule.
   virtual void EnableControls(bool /*running*/) {}
 
  protected:

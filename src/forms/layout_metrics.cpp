@@ -1,4 +1,4 @@
-#include "shell/layout_metrics.h"
+#include "forms/layout_metrics.h"
 
 #include <string>
 

@@ -1,0 +1,23 @@
+#pragma once
+
+namespace vellix {
+
+// Names the error log shows that are not the procedure's own. Support staff
+// and their log searches know the records by these names, so they stay as
+// they have always been written, however wrong they look. Each panel adds the
+// literals of its own procedures here when it is built.
+struct TraceNames {
+  // Module of ControlStartup's Main, shorter than the module's name.
+  static constexpr const char* Startup = "Startup";
+  // The frame of frmPopup's StateMonitor; its trace line keeps "StateMonitor".
+  static constexpr const char* StateMonitorFrame = "Visible";
+  // frmPopup's cmdExit_Click.
+  static constexpr const char* cmdExit_Click = "GetIndex";
+  // frmPopup's mPopAbout_Click.
+  static constexpr const char* mPopAbout_Click = "mPopHide_Click";
+  // The Log panel's optLoVerbose_Click and cmdLoSendDiagnostics_Click.
+  static constexpr const char* optLoVerbose_Click = "optVerboseOff_Click";
+  static constexpr const char* cmdLoSendDiagnostics_Click = "cmdAgFileNow_Click";
+};
+
+}  // namespace vellix

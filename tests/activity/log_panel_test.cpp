@@ -1,0 +1,87 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "foundation/monitor.h"
+#include "support/popup/popup_world.h"
+
+namespace vellix {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+int Count(const std::vector<std::string>& journal, const std::string& call) {
+  return static_cast<int>(std::count(journal.begin(), journal.end(), call));
+}
+
+TEST(LogPanel, TheEnginesLevelPicksTheOptionAndTheMonitorAndAnUnknownOneFallsToOff) {
+  struct Case {
+    const char* level;
+    bool off, on, verbose;
+    const char* writtenBack;
+  };
+  for (const Case c :
+       {Case{"On", false, true, false, "On"}, Case{"Off", true, false, false, "Off"},
+        Case{"Verbose", false, false, true, "Verbose"}, Case{"Loud", true, false, false, "Off"}}) {
+    SCOPED_TRACE(c.level);
+    test::PopupWorld w;
+    w.engine->Configured(true);
+    w.engine->LoggingLevel(c.level);
+    w.Start();
+    w.engine->ClearJournal();
+    w.popup.tabControlOptions.Tabs("Log").Selected(true);  // LoadLog
+
+    EXPECT_EQ(w.popup.log.optLoOff.Value(), c.off);
+    EXPECT_EQ(w.popup.log.optLoOn.Value(), c.on);
+    EXPECT_EQ(w.popup.log.optLoVerbose.Value(), c.verbose);
+    EXPECT_EQ(w.popup.mobjMonitor().IsNothing(), c.off);
+    EXPECT_EQ(w.engine->LoggingLevel(), c.writtenBack);
+    EXPECT_EQ(Count(w.Journal(), std::string("put LoggingLevel ") + c.writtenBack), 1);
+
+    // A second entry to the tab finds its option on already: nothing runs.
+    w.engine->ClearJournal();
+    w.popup.tabControlOptions.Tabs("Summary").Selected(true);
+    w.popup.tabControlOptions.Tabs("Log").Selected(true);
+    EXPECT_EQ(Count(w.Journal(), std::string("put LoggingLevel ") + c.writtenBack), 0);
+    EXPECT_THAT(w.Problems(), IsEmpty());
+  }
+}
+
+TEST(LogPanel, TheUserSwitchesTheLevelAndTheBackupTimerKeepsItsTraceOnlyWhileLoggingIsOff) {
+  test::PopupWorld w;
+  w.engine->Configured(true);
+  w.engine->Running(true);
+  w.Start();
+  ASSERT_TRUE(w.popup.tmrBackupTimer.Enabled());
+  ASSERT_FALSE(w.popup.mobjMonitor().IsNothing()) << "the Run's LoadLog attaches the monitor";
+
+  // An hour of running with logging on: no backup manager yet, no record.
+  w.log->records.clear();
+  w.host.Advance(60LL * 60 * 1000);
+  EXPECT_THAT(w.Problems(), IsEmpty());
+
+  w.engine->ClearJournal();
+  w.popup.tabControlOptions.Tabs("Log").Selected(true);
+  w.popup.log.optLoVerbose.UserClick();
+  EXPECT_EQ(w.engine->LoggingLevel(), "Verbose");
+  EXPECT_EQ(Count(w.Journal(), "put LoggingLevel Verbose"), 1);
+  EXPECT_FALSE(w.popup.mobjMonitor().IsNothing());
+
+  // With logging off the tick needs the monitor it hasn't got: its error
+  // trace stands, once a minute.
+  w.popup.log.optLoOff.UserClick();
+  EXPECT_EQ(w.engine->LoggingLevel(), "Off");
+  EXPECT_TRUE(w.popup.mobjMonitor().IsNothing());
+  w.host.Advance(2 * 60 * 1000);
+  std::vector<std::string> ticks;
+  for (const test::LogRecord& r : w.Problems())
+    ticks.push_back(r.procedure + " " + std::to_string(r.number));
+  EXPECT_THAT(ticks, ElementsAre("tmrBackupTimer_Timer 91", "tmrBackupTimer_Timer 91"));
+}
+
+}  // namespace
+}  // namespace vellix
