@@ -25,13 +25,13 @@
 #include "platform/desktop/path_mapping.h"
 #include "platform/desktop/posix_file_system.h"
 #include "platform/desktop/xdg_shell.h"
-#include "platform/desktop/xdg_web_browser.h"
 #include "platform/outlook/profile_mail_program.h"
 #include "servers/config/data_paths.h"
 #include "shell/frm_icon_timer.h"
 #include "shell/frm_popup.h"
 #include "view/qt/qt_host.h"
 #include "view/qt/qt_tray.h"
+#include "view/qt/qt_web_browser.h"
 
 namespace fs = std::filesystem;
 using namespace vellix;
@@ -128,7 +128,8 @@ int main(int argc, char** argv) {
     return fs::path(*chosen);
   });
   desktop::PosixFileSystem files(mapping);
-  desktop::XdgWebBrowser browser(mapping);
+  qtview::QtWebBrowser browser(
+      [mapping](const std::string& path) { return mapping.ToNative(path).string(); });
   app::AppServers servers(paths, exeDir / "CommonFormat.xml", mapping, clock, host);
   servers.makeProcessingHooks = [&mail] {
     return std::make_unique<app::ProfileForecast>([&mail] {

@@ -30,7 +30,9 @@ void FrmPredictiveStart::Design() {
   Caption("Vellix is now configured");
   cmdRunLater.Caption("Run Later");
   cmdRunNow.Caption("Run Now");
-  // Escape means "not now": nothing starts unless the user asks.
+  // Enter asks to start; Escape means "not now": nothing starts unless the
+  // user asks.
+  cmdRunNow.Default(true);
   cmdRunLater.Cancel(true);
 }
 

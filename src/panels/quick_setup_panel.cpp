@@ -126,7 +126,9 @@ void QuickSetupPanel::Design() {
   cmdConfigMore.Caption("Configure More...");
   cmdHelp.Caption("Help");
   cmdCancel.Caption("Cancel");
+  cmdCancel.Cancel(true);
   cmdOK.Caption("OK");
+  cmdOK.Default(true);
 }
 
 std::string QuickSetupPanel::Text(const std::string& suffix) const {

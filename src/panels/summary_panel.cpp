@@ -294,8 +294,10 @@ void SummaryPanel::cmdSuHelp_Click() {
       const std::string address =
           ctx().rootNode->GetValue(std::string(kTextNode) + ".cmdSuHelp.LinkURL").ToString();
       if (browser.ShellExecute(program, address) < kShellFirstSuccess) {
+        // The address on a line of its own, so the user can open it by hand.
         ctx().Host().MsgBox(
-            ctx().rootNode->GetValue(std::string(kTextNode) + ".cmdSuHelp.NoURL").ToString(),
+            ctx().rootNode->GetValue(std::string(kTextNode) + ".cmdSuHelp.NoURL").ToString() +
+                "\n" + address,
             MsgButtons::OK, "");
       }
     }

@@ -344,7 +344,8 @@ TEST_F(HelpButton, WithNoBrowserOrOneThatCannotStartSaysSoAndLeavesNoPage) {
   w.env["BROWSER"] = (bin / "broken-browser").string();
   ASSERT_TRUE(w.popup.summary.cmdSuHelp.UserClick());
   EXPECT_EQ(recorder.opened.size(), 1U);
-  EXPECT_THAT(w.host.Prompts(), ElementsAre(Text(".cmdSuHelp.NoURL")));
+  EXPECT_THAT(w.host.Prompts(),
+              ElementsAre(Text(".cmdSuHelp.NoURL") + "\n" + Text(".cmdSuHelp.LinkURL")));
   ExpectPageGone();
   EXPECT_THAT(w.Problems(), IsEmpty());
 }

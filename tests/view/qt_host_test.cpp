@@ -6,11 +6,13 @@
 #include <QFile>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <atomic>
+#include <cmath>
 #include <string>
 #include <thread>
 #include <vector>
@@ -35,6 +37,9 @@ void AnswerNextBox(QMessageBox::StandardButton answer, std::vector<std::string>&
     seen = {box->windowTitle().toStdString(), box->text().toStdString()};
     for (QAbstractButton* button : box->buttons())
       seen.push_back(button->text().remove(QLatin1Char('&')).toStdString());
+    seen.push_back(box->icon() == QMessageBox::Question      ? "question icon"
+                   : box->icon() == QMessageBox::Information ? "information icon"
+                                                             : "other icon");
     box->button(answer)->click();
     poll->deleteLater();
   });
@@ -56,12 +61,16 @@ TEST_F(QtHostTest, AMessageBoxLetsAQueuedEngineEventRunBeforeTheHandlerContinues
   EXPECT_THAT(form.log, ::testing::Contains("engine event"));
   EXPECT_EQ(form.log.back(), "handler continues");
   EXPECT_EQ(answer, MsgResult::No);
-  EXPECT_THAT(seen, ElementsAre("Vellix Control", "Stop the engine?", "Yes", "No"));
+  EXPECT_THAT(seen,
+              ElementsAre("Vellix Control", "Stop the engine?", "Yes", "No", "question icon"));
 
   // A title of the caller's own, and an OK/Cancel box.
   AnswerNextBox(QMessageBox::Cancel, seen);
   EXPECT_EQ(host.MsgBox("Go on?", MsgButtons::OKCancel, "Backup"), MsgResult::Cancel);
-  EXPECT_THAT(seen, ElementsAre("Backup", "Go on?", "OK", "Cancel"));
+  EXPECT_THAT(seen, ElementsAre("Backup", "Go on?", "OK", "Cancel", "question icon"));
+  AnswerNextBox(QMessageBox::Ok, seen);
+  EXPECT_EQ(host.MsgBox("No browser.", MsgButtons::OK, ""), MsgResult::OK);
+  EXPECT_THAT(seen, ElementsAre("Vellix Control", "No browser.", "OK", "information icon"));
 }
 
 TEST_F(QtHostTest, AModalFormRunsANestedLoopUntilItIsHiddenOrUnloaded) {
@@ -181,6 +190,7 @@ TEST(QtTray, LoadsIconFilesAndRefusesWhatIsNoIcon) {
   EXPECT_EQ(tray.Icon().toolTip(), "Vellix: stopped");
   EXPECT_TRUE(tray.Icon().isVisible());
   tray.Delete();
+  QCoreApplication::sendPostedEvents();
   EXPECT_FALSE(tray.Icon().isVisible());
 }
 
@@ -196,6 +206,84 @@ TEST_F(QtHostTest, TrayPassesGesturesToTheFormAsTheDesktopDisguisesThem) {
   EXPECT_DOUBLE_EQ(form.lastMouseX / tpp, 515);
   // The icon pops no menu of its own.
   EXPECT_EQ(tray.Icon().contextMenu(), nullptr);
+}
+
+// A form in the shape of the main one: the tray's right click pops its menu
+// up, and its Exit entry unloads the form, which takes the icon away.
+class TrayMenuForm : public Form {
+ public:
+  TrayMenuForm(qtview::QtHost& host, qtview::QtTray& tray)
+      : Form(host, "frmTrayMenu"), host_(host), tray_(tray) {
+    mnuExit.Click = [this] {
+      log.push_back("mnuExit_Click");
+      Unload();
+    };
+  }
+
+  std::vector<std::string> log;
+  Menu mnuSys{*this, "mnuSys"};
+  Menu mnuView{*this, "mnuView", "mnuSys"};
+  Menu mnuExit{*this, "mnuExit", "mnuSys"};
+
+ protected:
+  void Design() override {
+    mnuSys.Visible(false);
+    mnuView.Caption("&View");
+    mnuExit.Caption("&Exit");
+  }
+  void Form_MouseMove(int16_t /*button*/, int16_t /*shift*/, double x, double /*y*/) override {
+    if (std::lround(x / host_.TwipsPerPixel()) == qtview::QtTray::kRightButtonUp) PopupMenu(mnuSys);
+  }
+  void Form_Unload(bool& /*cancel*/) override {
+    tray_.Delete();
+    log.push_back(tray_.Icon().isVisible() ? "Form_Unload, icon still there"
+                                           : "Form_Unload, icon gone");
+  }
+
+ private:
+  qtview::QtHost& host_;
+  qtview::QtTray& tray_;
+};
+
+TEST(QtTray, ExitFromTheTrayMenuUnloadsAtOnceAndTakesTheIconAwayAfterTheEvent) {
+  qtview::QtHost host;
+  qtview::QtTray tray(host, {});
+  TrayMenuForm form(host, tray);
+  int ended = 0;
+  host.OnLastFormUnloaded = [&] { ++ended; };
+  form.Show();
+  tray.AttachForm(form);
+  tray.Add("", "Vellix");
+
+  // The user picks Exit in the real menu, by the keyboard.
+  QPointer<QMenu> menu;
+  QTimer::singleShot(0, [&] {
+    menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_FALSE(menu.isNull());
+    auto* exit = menu->findChild<QAction*>("mnuExit");
+    ASSERT_NE(exit, nullptr);
+    menu->setActiveAction(exit);
+    QTest::keyClick(menu, Qt::Key_Return);
+  });
+  Q_EMIT tray.Icon().activated(QSystemTrayIcon::Context);
+
+  // Form_Unload ran in full inside the gesture; the icon's window, which is
+  // delivering that gesture, stays until the event is over.
+  EXPECT_FALSE(form.Loaded());
+  EXPECT_EQ(ended, 1);
+  EXPECT_THAT(form.log, ElementsAre("mnuExit_Click", "Form_Unload, icon still there"));
+  EXPECT_TRUE(tray.Icon().isVisible());
+  QCoreApplication::sendPostedEvents();
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_FALSE(tray.Icon().isVisible());
+  EXPECT_TRUE(menu.isNull());
+
+  // A new Add before the event loop ran keeps the icon.
+  tray.Add("", "Vellix");
+  tray.Delete();
+  tray.Add("", "Vellix");
+  QCoreApplication::sendPostedEvents();
+  EXPECT_TRUE(tray.Icon().isVisible());
 }
 
 }  // namespace

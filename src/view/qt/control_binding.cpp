@@ -176,6 +176,7 @@ void ControlBinding::ApplyGeometry() {
   const int top = Px(control_.Top());
   widget_->setGeometry(left, top, Px(control_.Left() + control_.Width()) - left,
                        Px(control_.Top() + control_.Height()) - top);
+  if (context_.moved) context_.moved();
 }
 
 std::unique_ptr<ControlBinding> MakeBinding(Control& control, QWidget* parent,

@@ -21,6 +21,8 @@ struct RenderContext {
   std::function<QPixmap(const std::string&)> picture;
   // The stacking of a container's children changed.
   std::function<void(const std::string& container)> restack;
+  // A control's widget moved or changed size.
+  std::function<void()> moved;
 };
 
 // Runs a call into the models from a Qt event. An error that escapes a model

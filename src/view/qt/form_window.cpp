@@ -2,7 +2,10 @@
 
 #include <QCloseEvent>
 #include <QIcon>
+#include <QKeySequence>
 #include <QResizeEvent>
+#include <QShortcut>
+#include <QTimer>
 #include <QWindowStateChangeEvent>
 #include <algorithm>
 #include <cmath>
@@ -10,6 +13,7 @@
 
 #include <cctype>
 #include "foundation/buttons.h"
+#include "foundation/tab_strip.h"
 
 namespace vellix::qtview {
 
@@ -37,6 +41,40 @@ class CountScope {
   int& count_;
 };
 
+// The controls of a container in the order Tab visits them: rows from the
+// top, each row from the left, a container's own controls where it lies. A
+// control joins a row while its top lies above the middle of the row's first
+// control, so a field and its button a few twips lower count as one row.
+void AppendInTabOrder(const Form& form, const std::string& container, std::vector<Control*>& out,
+                      std::unordered_set<const Control*>& seen) {
+  std::vector<Control*> children;
+  for (Control* child : form.ChildrenOf(container)) {
+    if (child->Kind() != ControlKind::Menu && child->Kind() != ControlKind::Timer &&
+        seen.insert(child).second)
+      children.push_back(child);
+  }
+  std::stable_sort(children.begin(), children.end(),
+                   [](const Control* a, const Control* b) { return a->Top() < b->Top(); });
+  for (size_t begin = 0; begin < children.size();) {
+    const double rowEnd = children[begin]->Top() + std::max(1.0, children[begin]->Height() / 2.0);
+    size_t end = begin + 1;
+    while (end < children.size() && children[end]->Top() < rowEnd)
+      ++end;
+    std::stable_sort(children.begin() + static_cast<std::ptrdiff_t>(begin),
+                     children.begin() + static_cast<std::ptrdiff_t>(end),
+                     [](const Control* a, const Control* b) { return a->Left() < b->Left(); });
+    for (size_t i = begin; i < end; ++i) {
+      out.push_back(children[i]);
+      if (IsContainer(*children[i])) AppendInTabOrder(form, children[i]->Name(), out, seen);
+    }
+    begin = end;
+  }
+}
+
+bool TakesTabFocus(const QWidget* widget) {
+  return (widget->focusPolicy() & Qt::TabFocus) != 0;
+}
+
 }  // namespace
 
 FormWindow::FormWindow(Form& form, Hooks hooks) : form_(&form), hooks_(std::move(hooks)) {
@@ -45,6 +83,16 @@ FormWindow::FormWindow(Form& form, Hooks hooks) : form_(&form), hooks_(std::move
   setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                  Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
   hooks_.context.restack = [this](const std::string& container) { Restack(container); };
+  hooks_.context.moved = [this] { ScheduleTabOrder(); };
+  // Ctrl+Tab and Ctrl+Shift+Tab turn the pages of the form's tab strip,
+  // whichever field has the focus.
+  const auto shortcut = [this](const QKeySequence& keys, int direction) {
+    auto* key = new QShortcut(keys, this);
+    QObject::connect(key, &QShortcut::activated, this, [this, direction] { StepTab(direction); });
+  };
+  shortcut(QKeySequence(QKeySequence::NextChild), 1);
+  shortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Backtab), -1);
+  shortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Tab), -1);
 
   BuildChildren("", this);
   // Controls whose container isn't a frame or picture box (a misspelt one)
@@ -121,6 +169,7 @@ void FormWindow::BuildShown() {
     }
     for (const std::string& container : containers)
       Restack(container);
+    ApplyTabOrder();
   }
 }
 
@@ -146,11 +195,14 @@ QWidget* FormWindow::WidgetOf(std::string_view name) {
     chain.push_back(control);
     control = control->Container().empty() ? nullptr : form_->Find(control->Container());
   }
+  bool made = false;
   for (auto it = chain.rbegin(); it != chain.rend(); ++it) {
     if (waiting_.count(*it) == 0) continue;
     Make(**it);
     Restack((*it)->Container());
+    made = true;
   }
+  if (made) ApplyTabOrder();
   return Built(name);
 }
 
@@ -168,7 +220,85 @@ void FormWindow::ShowAsModel() {
       showNormal();
       break;
   }
-  ApplyFocus();
+  ApplyTabOrder();
+  if (form_ != nullptr && form_->ActiveControl() != nullptr) {
+    ApplyFocus();
+  } else {
+    FocusFirst();
+  }
+}
+
+std::vector<std::string> FormWindow::TabOrder() const {
+  std::vector<std::string> names;
+  for (QWidget* widget : TabWidgets())
+    names.push_back(Std(widget->objectName()));
+  return names;
+}
+
+std::vector<QWidget*> FormWindow::TabWidgets() const {
+  std::vector<QWidget*> widgets;
+  if (form_ == nullptr) return widgets;
+  std::vector<Control*> order;
+  std::unordered_set<const Control*> seen;
+  AppendInTabOrder(*form_, "", order, seen);
+  // Controls whose container is missing lie on the form; they come last.
+  for (Control* control : form_->Controls()) {
+    if (seen.count(control) == 0) order.push_back(control);
+  }
+  for (Control* control : order) {
+    QWidget* widget = Built(control->Name());
+    if (widget != nullptr && TakesTabFocus(widget)) widgets.push_back(widget);
+  }
+  return widgets;
+}
+
+void FormWindow::ApplyTabOrder() {
+  tabOrderDue_ = false;
+  const std::vector<QWidget*> widgets = TabWidgets();
+  for (size_t i = 1; i < widgets.size(); ++i)
+    QWidget::setTabOrder(widgets[i - 1], widgets[i]);
+}
+
+void FormWindow::ScheduleTabOrder() {
+  if (tabOrderDue_) return;
+  tabOrderDue_ = true;
+  QTimer::singleShot(0, this, [this] {
+    if (tabOrderDue_) ApplyTabOrder();
+  });
+}
+
+void FormWindow::FocusFirst() {
+  // Only the focus moves: an option button given the focus stays as it is.
+  for (QWidget* widget : TabWidgets()) {
+    if (!widget->isVisible() || !widget->isEnabled()) continue;
+    if (!widget->hasFocus()) widget->setFocus(Qt::TabFocusReason);
+    // A window not yet active gets the focus only when it activates, and the
+    // bindings take that for a return to the window: tell the model here.
+    Control* control = form_ == nullptr ? nullptr : form_->Find(Std(widget->objectName()));
+    if (control != nullptr && form_->ActiveControl() != control)
+      RunGuarded("first focus", [control] { control->UserFocus(); });
+    return;
+  }
+}
+
+void FormWindow::StepTab(int direction) {
+  if (form_ == nullptr) return;
+  TabStrip* strip = nullptr;
+  for (Control* control : form_->Controls()) {
+    if (control->Kind() == ControlKind::TabStrip && control->Reachable()) {
+      strip = static_cast<TabStrip*>(control);
+      break;
+    }
+  }
+  if (strip == nullptr || strip->TabCount() == 0) return;
+  const int32_t count = strip->TabCount();
+  const TabStrip::Tab* selected = strip->SelectedItem();
+  const int32_t current = selected == nullptr ? (direction > 0 ? 0 : 1) : selected->Index();
+  const int32_t next = ((current - 1 + direction) % count + count) % count + 1;
+  const std::string key = strip->Tabs(next).Key();
+  // As a click on the strip: the focus moves to it first (the field that had
+  // it gets its LostFocus), then the strip's BeforeClick may keep the page.
+  RunGuarded("next tab", [strip, &key] { strip->UserSelectTab(key); });
 }
 
 void FormWindow::Restack(const std::string& container) {
@@ -207,7 +337,10 @@ void FormWindow::ApplySize() {
   const double tpp = hooks_.context.twipsPerPixel;
   const int width = std::max(0, form_->Width() - 2 * kFrameSideTwips);
   const int height = std::max(0, form_->Height() - kFrameTopTwips - kFrameSideTwips);
-  resize(static_cast<int>(std::lround(width / tpp)), static_cast<int>(std::lround(height / tpp)));
+  // Fixed: the form lays its controls out from its own metrics, so a frame
+  // the user stretches would only show empty space.
+  setFixedSize(static_cast<int>(std::lround(width / tpp)),
+               static_cast<int>(std::lround(height / tpp)));
 }
 
 void FormWindow::ApplyWindowState() {

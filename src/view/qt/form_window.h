@@ -47,8 +47,13 @@ class FormWindow : public QDialog {
   // The widget of a control by name (any case), made now if it hasn't shown
   // yet; nullptr for none.
   [[nodiscard]] QWidget* WidgetOf(std::string_view name);
-  // Shows the window in the model's window state.
+  // Shows the window in the model's window state, the focus where the model
+  // has it or else on the first field.
   void ShowAsModel();
+  // The controls whose widgets take the focus by Tab, in the order Tab
+  // visits them: by rows from the top, each row from the left, a frame's
+  // controls where the frame lies.
+  [[nodiscard]] std::vector<std::string> TabOrder() const;
 
  protected:
   bool event(QEvent* event) override;
@@ -75,6 +80,16 @@ class FormWindow : public QDialog {
   void ApplySize();
   void ApplyWindowState();
   void ApplyFocus();
+  // The focusable widgets made so far, in tab order.
+  [[nodiscard]] std::vector<QWidget*> TabWidgets() const;
+  void ApplyTabOrder();
+  // Orders the tab chain once the current layout pass has finished moving
+  // controls.
+  void ScheduleTabOrder();
+  void FocusFirst();
+  // Ctrl+Tab: the next (or previous) tab of the form's tab strip, chosen as a
+  // click on it would choose it.
+  void StepTab(int direction);
 
   Form* form_;
   Hooks hooks_;
@@ -90,6 +105,7 @@ class FormWindow : public QDialog {
   };
   std::unordered_map<Control*, Waiting> waiting_;
   int applying_ = 0;
+  bool tabOrderDue_ = false;
 };
 
 }  // namespace vellix::qtview

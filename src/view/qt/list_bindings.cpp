@@ -176,6 +176,8 @@ class TreeBinding : public ControlBinding {
     auto* widget = static_cast<QTreeWidget*>(Widget());
     widget->setHeaderHidden(true);
     widget->setColumnCount(1);
+    // Tab goes on to the next control; the arrows move within the tree.
+    widget->setTabKeyNavigation(false);
     connect(widget, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem* item) {
       const std::string key = Std(item->data(0, kKeyRole).toString());
       if (!key.empty()) User([this, key] { tree_.UserClickNode(key); });
@@ -257,6 +259,8 @@ class GridBinding : public ControlBinding {
     widget->verticalHeader()->hide();
     widget->setEditTriggers(QAbstractItemView::NoEditTriggers);
     widget->setSelectionMode(QAbstractItemView::SingleSelection);
+    // Tab goes on to the next control; the arrows move between the cells.
+    widget->setTabKeyNavigation(false);
     widget->setMouseTracking(true);
     widget->viewport()->setMouseTracking(true);
     widget->viewport()->installEventFilter(this);

@@ -114,6 +114,9 @@ MsgResult QtHost::MsgBox(const std::string& prompt, MsgButtons buttons, const st
   box.setTextFormat(Qt::PlainText);
   box.setText(Qs(prompt));
   MsgResult dismissed = MsgResult::OK;
+  // Two buttons ask a question; a box with OK alone tells something, a
+  // failure as often as a notice, so it gets the milder of the two icons.
+  box.setIcon(buttons == MsgButtons::OK ? QMessageBox::Information : QMessageBox::Question);
   switch (buttons) {
     case MsgButtons::OK:
       box.setStandardButtons(QMessageBox::Ok);
@@ -231,21 +234,27 @@ void QtHost::BringToFront(Form& form) {
 }
 
 void QtHost::PopupMenu(Form& form, Menu& menu, int32_t x, int32_t y) {
-  QMenu popup(Window(form));
-  popup.setObjectName(Qs(menu.Name()));
+  // No parent: the form may be unloaded while the menu is up, and its window
+  // must not take the menu along.
+  auto* popup = new QMenu;
+  popup->setObjectName(Qs(menu.Name()));
   std::unordered_map<QAction*, Menu*> entries;
-  FillMenu(popup, menu, entries);
+  FillMenu(*popup, menu, entries);
   QPoint at = QCursor::pos();
   FormWindow* window = Window(form);
-  if ((x >= 0 || y >= 0) && window != nullptr) {
+  if ((x >= 0 || y >= 0) && window != nullptr && window->isVisible() && !window->isMinimized()) {
     const double tpp = TwipsPerPixel();
     at = window->mapToGlobal(QPoint(static_cast<int>(std::lround(std::max(x, 0) / tpp)),
                                     static_cast<int>(std::lround(std::max(y, 0) / tpp))));
   }
-  QAction* chosen = popup.exec(at);
+  QAction* chosen = popup->exec(at);
   auto it = entries.find(chosen);
+  Menu* entry = it == entries.end() ? nullptr : it->second;
+  // Later: the entry's Click may end the program, and the menu goes with the
+  // event that chose it.
+  popup->deleteLater();
   // The entry's Click runs once the menu has gone, as the runtime does it.
-  if (it != entries.end()) it->second->UserClick();
+  if (entry != nullptr) entry->UserClick();
 }
 
 void QtHost::StartTimer(Timer& timer) {

@@ -57,7 +57,15 @@ void QtTray::Modify(const std::string& picture, const std::string& tip) {
 }
 
 void QtTray::Delete() {
-  icon_->hide();
+  // Later: this may run inside the icon's own gesture (Exit from its menu),
+  // and hiding the icon destroys the window that is delivering that event.
+  wanted_ = false;
+  QMetaObject::invokeMethod(
+      icon_.get(),
+      [this] {
+        if (!wanted_) icon_->hide();
+      },
+      Qt::QueuedConnection);
 }
 
 bool QtTray::Available() const {
@@ -75,6 +83,7 @@ void QtTray::Show(const std::string& picture, const std::string& tip) {
   }
   icon_->setIcon(icon.isNull() ? BlankIcon() : icon);
   icon_->setToolTip(Qs(tip));
+  wanted_ = true;
   icon_->show();
 }
 

@@ -50,6 +50,9 @@ class QtTray : public TrayPlatform {
   std::function<std::string(const std::string&)> toNativePath_;
   std::unique_ptr<QSystemTrayIcon> icon_;
   Form* popup_ = nullptr;
+  // Whether the icon should show once pending calls have run: a Delete's
+  // hiding waits for the event loop, and a later Add cancels it.
+  bool wanted_ = false;
 };
 
 }  // namespace vellix::qtview

@@ -166,6 +166,8 @@ class PlainTextBinding : public ControlBinding {
   PlainTextBinding(TextBox& box, QWidget* parent, const RenderContext& context)
       : ControlBinding(box, new QPlainTextEdit(parent), context), box_(box) {
     auto* widget = static_cast<QPlainTextEdit*>(Widget());
+    // Tab moves on, as in every other field, rather than typing a tab.
+    widget->setTabChangesFocus(true);
     connect(widget, &QPlainTextEdit::textChanged, this, [this, widget] {
       if (Applying()) return;
       const std::string text = ModelText(widget->toPlainText());
