@@ -1,72 +1,81 @@
 #include "app/app_options.h"
 
+#include <QCommandLineParser>
+#include <QStringList>
+
+#include "platform/outlook/profile_xml.h"
+
 namespace vellix::app {
 
 namespace {
 
-// The option's value: the next argument, or the part after '=' in
-// "--name=value".
-bool TakeValue(const std::vector<std::string>& args, size_t& i, const std::string& name,
-               const std::string& inlineValue, bool hasInline, std::string& out,
-               std::string& error) {
-  if (hasInline) {
-    out = inlineValue;
-  } else if (i + 1 < args.size() && args[i + 1].rfind("--", 0) != 0) {
-    // An option that follows is never taken for the value.
-    out = args[++i];
-  } else {
-    error = "Option " + name + " needs a value.";
-    return false;
-  }
-  if (out.empty()) {
-    error = "Option " + name + " needs a value.";
-    return false;
-  }
-  return true;
+struct ValueOption {
+  const char* name;
+  const char* valueName;
+  std::string AppOptions::*target;
+};
+
+const ValueOption kValueOptions[] = {
+    {"data-dir", "DIR", &AppOptions::dataDir},
+    {"profile", "FILE", &AppOptions::profile},
+    {"screenshot", "DIR", &AppOptions::screenshot},
+};
+
+std::string Missing(const std::string& option) {
+  return "Missing value after '" + option + "'.";
 }
 
 }  // namespace
 
 bool ParseOptions(const std::vector<std::string>& args, AppOptions& options, std::string& error) {
+  QCommandLineParser parser;
+  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+  const QCommandLineOption help({"h", "help"}, "");
+  const QCommandLineOption version({"v", "version"}, "");
+  const QCommandLineOption quit("quit-after-first-paint", "");
+  parser.addOptions({help, version, quit});
+  for (const auto& o : kValueOptions)
+    parser.addOption(QCommandLineOption(o.name, "", o.valueName));
+
+  QStringList arguments{"vellix-control"};
   for (size_t i = 0; i < args.size(); ++i) {
-    std::string name = args[i];
-    std::string inlineValue;
-    bool hasInline = false;
-    if (name.rfind("--", 0) == 0) {
-      if (auto eq = name.find('='); eq != std::string::npos) {
-        inlineValue = name.substr(eq + 1);
-        name = name.substr(0, eq);
-        hasInline = true;
-      }
-    }
-    auto flag = [&](bool& target) {
-      if (hasInline) {
-        error = "Option " + name + " takes no value.";
+    // Qt would take an option that follows for the missing value.
+    for (const auto& o : kValueOptions) {
+      const std::string spelt = std::string("--") + o.name;
+      if (args[i] == spelt && (i + 1 == args.size() || args[i + 1].rfind('-', 0) == 0)) {
+        error = Missing(spelt) + " Try --help.";
         return false;
       }
-      target = true;
-      return true;
-    };
-    bool ok = true;
-    if (name == "--help" || name == "-h") {
-      ok = flag(options.help);
-    } else if (name == "--version") {
-      ok = flag(options.version);
-    } else if (name == "--quit-after-first-paint") {
-      ok = flag(options.quitAfterFirstPaint);
-    } else if (name == "--data-dir") {
-      ok = TakeValue(args, i, name, inlineValue, hasInline, options.dataDir, error);
-    } else if (name == "--profile") {
-      ok = TakeValue(args, i, name, inlineValue, hasInline, options.profile, error);
-    } else if (name == "--screenshot") {
-      ok = TakeValue(args, i, name, inlineValue, hasInline, options.screenshot, error);
-    } else {
-      error = "Unknown option " + args[i] + ". Try --help.";
-      ok = false;
     }
-    if (!ok) return false;
+    arguments << QString::fromStdString(args[i]);
+  }
+  if (!parser.parse(arguments)) {
+    error = parser.errorText().toStdString() + " Try --help.";
+    return false;
+  }
+  if (const QStringList extra = parser.positionalArguments(); !extra.isEmpty()) {
+    error = "Unexpected argument '" + extra.front().toStdString() + "'. Try --help.";
+    return false;
+  }
+  options.help = parser.isSet(help);
+  options.version = parser.isSet(version);
+  options.quitAfterFirstPaint = parser.isSet(quit);
+  for (const auto& o : kValueOptions) {
+    if (!parser.isSet(o.name)) continue;
+    options.*o.target = parser.value(o.name).toStdString();
+    if ((options.*o.target).empty()) {
+      error = Missing(std::string("--") + o.name) + " Try --help.";
+      return false;
+    }
   }
   return true;
+}
+
+bool CheckProfile(const std::string& file, std::string& error) {
+  const outlook::ProfileLoad load = outlook::LoadProfileFile(file);
+  if (load.profile) return true;
+  error = load.problem;  // it names the file
+  return false;
 }
 
 std::string UsageText() {
@@ -75,15 +84,17 @@ std::string UsageText() {
          "The control panel of the Vellix mail archiving engine.\n"
          "\n"
          "Options:\n"
-         "  --help                    Show this text and exit.\n"
-         "  --version                 Show the version and exit.\n"
+         "  -h, --help                Show this text and exit.\n"
+         "  -v, --version             Show the version and exit.\n"
          "  --data-dir DIR            Keep settings and logs below DIR instead of the XDG\n"
          "                            folders (config/, state/, and drives/ for drive paths).\n"
          "  --profile FILE            The mail profile to use (default: profiles/demo.xml\n"
          "                            beside the executable).\n"
          "  --screenshot DIR          Run a scripted first start on a fresh data folder,\n"
          "                            write PNGs of the windows shown to DIR and exit.\n"
-         "  --quit-after-first-paint  Exit as soon as the first window has been painted.\n";
+         "  --quit-after-first-paint  Exit as soon as the first window has been painted.\n"
+         "\n"
+         "A value may follow its option as the next argument or after '=' (--data-dir=DIR).\n";
 }
 
 }  // namespace vellix::app

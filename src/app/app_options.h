@@ -16,8 +16,12 @@ struct AppOptions {
 };
 
 // Reads the arguments after the program's name. Returns false with a message
-// for the user when an option is unknown or lacks its value.
+// for the user when an option is unknown, lacks its value or has one it
+// doesn't take.
 bool ParseOptions(const std::vector<std::string>& args, AppOptions& options, std::string& error);
+
+// Whether the mail profile file can be read; false with a message naming it.
+bool CheckProfile(const std::string& file, std::string& error);
 
 // The text of --help.
 std::string UsageText();

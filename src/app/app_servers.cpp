@@ -1,12 +1,17 @@
 #include "app/app_servers.h"
 
+#include <cstdio>
+#include <exception>
 #include <utility>
+
+#include "foundation/ui_host.h"
 
 #include "servers/backupcopy/backup_copier.h"
 #include "servers/config/config_server.h"
 #include "servers/config/config_tree_node.h"
 #include "servers/engine/engine_server.h"
 #include "servers/engine/engine_server_connector.h"
+#include "servers/engine/server_error.h"
 #include "servers/errorlog/error_log_server.h"
 
 namespace vellix::app {
@@ -36,12 +41,40 @@ std::shared_ptr<void> AppServers::CreateStartupHolder() {
   return LogServer();
 }
 
+void AppServers::Announce(const std::string& notice, const std::string& project,
+                          const std::string& module, const std::string& procedure) {
+  if (notice.empty()) return;
+  if (Ref<ErrorLog> log = LogServer()->ErrorLog(); !log.IsNothing()) {
+    try {
+      log->LogEvent(project, module, procedure, notice, 0, "");
+    } catch (const std::exception& e) {
+      std::fprintf(stderr, "vellix-control: %s\n", e.what());
+    }
+  }
+  host_.MsgBox(notice, MsgButtons::OK, "");
+}
+
 Ref<ErrorConnector> AppServers::CreateErrorConnector() {
-  return LogServer();
+  auto server = LogServer();
+  if (server->ErrorLog().IsNothing()) {
+    whyUnreachable_ = server->OpenError();
+    return nullptr;
+  }
+  whyUnreachable_.clear();
+  return server;
 }
 
 Ref<ConfigConnector> AppServers::CreateConfigConnector() {
-  if (!config_) config_ = std::make_shared<ConfigServer>(paths_.ConfigTreeFile(), seedFile_);
+  if (!config_) {
+    auto server = std::make_shared<ConfigServer>(paths_.ConfigTreeFile(), seedFile_, &clock_);
+    if (!server->Open()) {
+      whyUnreachable_ = server->OpenError();
+      return nullptr;
+    }
+    config_ = std::move(server);
+    Announce(config_->Notice(), config_->Componant(), "ConfigServer", "Open");
+  }
+  whyUnreachable_.clear();
   return config_;
 }
 
@@ -53,9 +86,17 @@ Ref<EngineConnector> AppServers::CreateEngineConnector() {
   if (!engine_) {
     // The engine writes its own records into the same log as the panel.
     Ref<ErrorLog> log = LogServer()->ErrorLog();
-    engine_ = std::make_shared<engine::EngineServer>(
+    auto engine = std::make_shared<engine::EngineServer>(
         EngineFile(), mapping_, clock_, log, makeProcessingHooks ? makeProcessingHooks() : nullptr);
+    if (!engine->OpenError().empty()) {
+      whyUnreachable_ = engine->OpenError();
+      std::fprintf(stderr, "vellix engine: %s\n", whyUnreachable_.c_str());
+      return nullptr;
+    }
+    engine_ = std::move(engine);
+    Announce(engine_->Notice(), engine::kLogProject, engine::kLogModule, "Load");
   }
+  whyUnreachable_.clear();
   return MakeRef<engine::EngineServerConnector>(engine_, mapping_);
 }
 

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "foundation/date.h"
 #include "foundation/server_factory.h"
@@ -24,7 +25,10 @@ namespace vellix::app {
 // The application's servers: the stand-ins of the product's other programs,
 // each made once on first request and kept for the whole process, so that
 // every part of the panel that attaches reaches the same tree, log and
-// engine.
+// engine. A server that can't be used gives nothing and WhyUnreachable()
+// says why. When a server had to move an unreadable file of the user's
+// aside, its notice is written to the error log under that server's name and
+// shown in a message box before the connector is handed out.
 class AppServers final : public ServerFactory {
  public:
   // seedFile: the shared CommonFormat branch a first start begins with;
@@ -44,6 +48,7 @@ class AppServers final : public ServerFactory {
   Ref<ConfigNode> CreateConfigNode() override;
   Ref<EngineConnector> CreateEngineConnector() override;
   Ref<BackupServer> CreateBackupServer() override;
+  [[nodiscard]] std::string WhyUnreachable() const override { return whyUnreachable_; }
 
   // What the engine runs its processing through; none files nothing.
   std::function<std::unique_ptr<engine::ProcessingHooks>()> makeProcessingHooks;
@@ -53,6 +58,8 @@ class AppServers final : public ServerFactory {
 
  private:
   std::shared_ptr<ErrorLogServer> LogServer();
+  void Announce(const std::string& notice, const std::string& project, const std::string& module,
+                const std::string& procedure);
 
   DataPaths paths_;
   std::filesystem::path seedFile_;
@@ -62,6 +69,7 @@ class AppServers final : public ServerFactory {
   std::shared_ptr<ErrorLogServer> errorLog_;
   std::shared_ptr<ConfigServer> config_;
   std::shared_ptr<engine::EngineServer> engine_;
+  std::string whyUnreachable_;
 };
 
 }  // namespace vellix::app

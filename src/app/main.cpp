@@ -77,6 +77,10 @@ int main(int argc, char** argv) {
     std::printf("vellix-control %s\n", VELLIX_VERSION);
     return 0;
   }
+  if (!options.profile.empty() && !app::CheckProfile(options.profile, error)) {
+    std::fprintf(stderr, "vellix-control: %s\n", error.c_str());
+    return 2;
+  }
 
   QApplication application(argc, argv);
   QApplication::setApplicationName("Vellix Control");
@@ -99,10 +103,10 @@ int main(int argc, char** argv) {
     dataDir = scratch->path().toStdString();
   }
   const DataPaths paths = ResolveDataPaths(dataDir);
-  if (!CreateDataFolders(paths, &error)) {
+  // A folder that can't be made stops the server that needs it, with that
+  // server's own start-up message.
+  if (!CreateDataFolders(paths, &error))
     std::fprintf(stderr, "vellix-control: %s\n", error.c_str());
-    return 1;
-  }
   const desktop::PathMapping mapping(DrivesRoot(dataDir));
 
   app::SingleInstance instance(app::SingleInstance::NameFor(paths.configDir));
@@ -182,9 +186,13 @@ int main(int argc, char** argv) {
 
   ControlStartup::Main(ctx, servers, popup);
   if (!host.AnyFormLoaded()) {
-    std::fprintf(stderr,
-                 "vellix-control: the control panel could not start; see the error log %s\n",
-                 paths.ErrorLogFile().string().c_str());
+    if (const std::string why = servers.WhyUnreachable(); !why.empty()) {
+      std::fprintf(stderr, "vellix-control: the control panel could not start: %s\n", why.c_str());
+    } else {
+      std::fprintf(stderr,
+                   "vellix-control: the control panel could not start; see the error log %s\n",
+                   paths.ErrorLogFile().string().c_str());
+    }
     return 1;
   }
   tray.AttachForm(popup);

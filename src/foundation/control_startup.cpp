@@ -17,6 +17,13 @@ int32_t ColourPart(ConfigNode& root, const std::string& key) {
   return CInt(Val(root.GetValue(key).ToString()));
 }
 
+// The message of an unreachable server, with the factory's reason on a
+// second line when it knows one.
+std::string Unreachable(const char* message, const ServerFactory& servers) {
+  const std::string why = servers.WhyUnreachable();
+  return why.empty() ? std::string(message) : std::string(message) + "\n" + why;
+}
+
 }  // namespace
 
 void ControlStartup::Main(Context& ctx, ServerFactory& servers, Form& frmPopup) {
@@ -30,8 +37,10 @@ void ControlStartup::Main(Context& ctx, ServerFactory& servers, Form& frmPopup) 
     ctx.errorConnector = servers.CreateErrorConnector();
     if (!ctx.errorConnector.IsNothing()) ctx.errorLog = ctx.errorConnector->ErrorLog();
     if (ctx.errorLog.IsNothing()) {
-      ctx.Host().MsgBox("Vellix Control Unrecoverable Error - Unable to attach to Error Log",
-                        MsgButtons::OK, "");
+      ctx.Host().MsgBox(
+          Unreachable("Vellix Control Unrecoverable Error - Unable to attach to Error Log",
+                      servers),
+          MsgButtons::OK, "");
       return;
     }
     ctx.errorLog->ComponentStarted(kProject);
@@ -39,8 +48,9 @@ void ControlStartup::Main(Context& ctx, ServerFactory& servers, Form& frmPopup) 
     ctx.configConnector = servers.CreateConfigConnector();
     if (!ctx.configConnector.IsNothing()) ctx.rootNode = ctx.configConnector->RootNode();
     if (ctx.rootNode.IsNothing()) {
-      ctx.Host().MsgBox("Vellix Control Unrecoverable Error - Unable to attach to Config",
-                        MsgButtons::OK, "");
+      ctx.Host().MsgBox(
+          Unreachable("Vellix Control Unrecoverable Error - Unable to attach to Config", servers),
+          MsgButtons::OK, "");
       return;
     }
     holder.reset();

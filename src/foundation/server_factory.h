@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "foundation/backup_server.h"
 #include "foundation/config_node.h"
@@ -25,6 +26,9 @@ class ServerFactory {
   virtual Ref<ConfigNode> CreateConfigNode() = 0;
   virtual Ref<EngineConnector> CreateEngineConnector() = 0;
   virtual Ref<BackupServer> CreateBackupServer() = 0;
+  // Why the last connector asked for, or the object it hands out, came back
+  // as nothing (the folder or file and the reason); empty when not known.
+  [[nodiscard]] virtual std::string WhyUnreachable() const { return {}; }
 };
 
 }  // namespace vellix

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/wait.h>
+#include <cstdio>
+#include <string>
+
 namespace vellix::app {
 namespace {
 
@@ -18,6 +22,10 @@ TEST(CommandLine, OptionsAreReadWithTheirValuesInEitherSpelling) {
   EXPECT_TRUE(options.quitAfterFirstPaint);
   EXPECT_FALSE(options.help);
   EXPECT_TRUE(ParseOptions({}, options, error));
+
+  AppOptions shortly;
+  ASSERT_TRUE(ParseOptions({"-h", "-v"}, shortly, error)) << error;
+  EXPECT_TRUE(shortly.help && shortly.version);
 }
 
 TEST(CommandLine, AMistypedOptionOrAMissingValueIsRefusedWithAMessage) {
@@ -26,13 +34,14 @@ TEST(CommandLine, AMistypedOptionOrAMissingValueIsRefusedWithAMessage) {
     std::string says;
   };
   const Case cases[] = {
-      {{"--data-directory", "x"}, "Unknown option --data-directory"},
-      {{"--data-dir"}, "--data-dir needs a value"},
+      {{"--data-directory", "x"}, "Unknown option 'data-directory'"},
+      {{"-x"}, "Unknown option 'x'"},
+      {{"--data-dir"}, "Missing value after '--data-dir'"},
       // An option that follows is never taken for the missing value.
-      {{"--data-dir", "--help"}, "--data-dir needs a value"},
-      {{"--profile="}, "--profile needs a value"},
-      {{"--version=2"}, "--version takes no value"},
-      {{"somefile"}, "Unknown option somefile"},
+      {{"--data-dir", "--help"}, "Missing value after '--data-dir'"},
+      {{"--profile="}, "Missing value after '--profile'"},
+      {{"--version=2"}, "Unexpected value after '--version'"},
+      {{"somefile"}, "Unexpected argument 'somefile'"},
   };
   for (const auto& c : cases) {
     AppOptions options;
@@ -40,6 +49,41 @@ TEST(CommandLine, AMistypedOptionOrAMissingValueIsRefusedWithAMessage) {
     EXPECT_FALSE(ParseOptions(c.args, options, error)) << c.args[0];
     EXPECT_NE(error.find(c.says), std::string::npos) << error;
   }
+}
+
+// The built program, as a user starts it from a terminal: its exit status
+// and what it said on standard error.
+std::pair<int, std::string> RunProgram(const std::string& arguments) {
+  const std::string command = std::string(VELLIX_APP_EXE) + " " + arguments + " 2>&1";
+  FILE* pipe = ::popen(command.c_str(), "r");
+  if (!pipe) return {-1, ""};
+  std::string output;
+  char buffer[512];
+  while (std::fgets(buffer, sizeof buffer, pipe))
+    output += buffer;
+  const int status = ::pclose(pipe);
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+}
+
+TEST(CommandLine, TheProgramEndsWithStatus2AndAMessageOnABadCommandLine) {
+  struct Case {
+    std::string arguments;
+    std::string says;
+  };
+  const Case cases[] = {
+      {"--profile /no/such/file", "/no/such/file"},
+      {"--profile " VELLIX_SOURCE_DIR "/README.md", VELLIX_SOURCE_DIR "/README.md"},
+      {"--data-dir", "Missing value after '--data-dir'"},
+      {"--colour", "Unknown option 'colour'"},
+  };
+  for (const auto& c : cases) {
+    const auto [status, output] = RunProgram(c.arguments);
+    EXPECT_EQ(status, 2) << c.arguments << ": " << output;
+    EXPECT_NE(output.find(c.says), std::string::npos) << output;
+  }
+  const auto [status, output] = RunProgram("-v");
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(output, std::string("vellix-control ") + VELLIX_VERSION + "\n");
 }
 
 }  // namespace

@@ -2,13 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <string>
+#include <vector>
 
 #include "dialogs/frm_predictive_start.h"
 #include "foundation/control_startup.h"
 #include "foundation/engine.h"
 #include "platform/outlook/profile_mail_program.h"
+#include "servers/errorlog/error_log_file.h"
 #include "shell/frm_icon_timer.h"
 #include "shell/frm_popup.h"
 #include "support/recording_tray.h"
@@ -31,8 +35,8 @@ struct PanelRun {
         servers(paths, Resources() / "CommonFormat.xml", desktop::PathMapping(dataDir), clock,
                 host) {
     clock.Set(DateTimeSerial(2026, 3, 2, 10, 0, 0));
-    std::string error;
-    EXPECT_TRUE(CreateDataFolders(paths, &error)) << error;
+    // A folder that can't be made is the servers' business, as in the application.
+    (void)CreateDataFolders(paths, nullptr);
     ctx.exeFolder = Resources().string();
     ctx.mailProgram = &mail;
     ctx.servers = &servers;
@@ -86,17 +90,105 @@ TEST_F(AppServersTest, AFirstStartKeepsItsSettingsLogAndEngineInTheDataFolder) {
   EXPECT_FALSE(root->GetNode("Componants.VellixControl", false, "", Variant()).IsNothing());
 }
 
-TEST_F(AppServersTest, ADamagedSettingsFileStopsTheStartInsteadOfBeingOverwritten) {
-  fs::create_directories(dir_ / "config");
-  { std::ofstream(dir_ / "config" / "ConfigTree.xml") << "<config version=\"1\"><node"; }
-  PanelRun run(dir_);
-  ControlStartup::Main(run.ctx, run.servers, run.popup);
-  run.host.Pump();
-  EXPECT_FALSE(run.popup.Loaded());
-  EXPECT_EQ(
-      run.host.Prompts(),
-      std::vector<std::string>{"Vellix Control Unrecoverable Error - Unable to attach to Config"});
-  EXPECT_EQ(test::ReadText(dir_ / "config" / "ConfigTree.xml"), "<config version=\"1\"><node");
+// The log's records as fields: time, project, module, procedure, number, message.
+std::vector<std::vector<std::string>> LogLines(const fs::path& file) {
+  std::vector<std::vector<std::string>> lines;
+  std::ifstream in(file);
+  for (std::string line; std::getline(in, line);)
+    lines.push_back(SplitLogLine(line));
+  return lines;
+}
+
+TEST_F(AppServersTest, AnUnreadableSettingsFileIsMovedAsideTheUserIsToldAndTheStartGoesOn) {
+  struct Case {
+    std::string file;
+    std::string text;
+    std::string says;
+    std::string project;
+  };
+  const Case cases[] = {
+      {"ConfigTree.xml", "<config version=\"1\">\n<node key=\"A\"", "line 2, column", "OVConfig"},
+      {"Engine.xml", "<VellixEngine FormatVersion=\"1\">\n<Settings", "line 2, column", "OVVellix"},
+      {"Engine.xml",
+       "<VellixEngine FormatVersion=\"1\"><Settings Configured=\"True\" "
+       "ReferenceDate=\"2024-01-01\"/>"
+       "</VellixEngine>",
+       "ReferenceDate \"2024-01-01\"", "OVVellix"},
+  };
+  for (const Case& c : cases) {
+    test::TempFolder folder;
+    const fs::path file = folder.Path() / "config" / c.file;
+    fs::create_directories(file.parent_path());
+    test::WriteText(file, c.text);
+    PanelRun run(folder.Path());
+    ControlStartup::Main(run.ctx, run.servers, run.popup);
+    run.host.Pump();
+
+    // One box, before the panel runs on as on a first start.
+    ASSERT_EQ(run.host.Prompts().size(), 1U) << c.file;
+    const std::string notice = run.host.Prompts()[0];
+    const fs::path kept = file.string() + ".corrupt-20260302-100000";
+    for (const std::string& part : {file.string(), c.says, kept.string()})
+      EXPECT_NE(notice.find(part), std::string::npos) << notice;
+    EXPECT_EQ(test::ReadText(kept), c.text);
+    ASSERT_TRUE(run.popup.Loaded()) << c.file;
+    EXPECT_FALSE(run.ctx.engine->Configured());
+    EXPECT_FALSE(
+        run.ctx.rootNode->GetNode("Componants.VellixControl", false, "", Variant()).IsNothing());
+
+    // The same record in the log, under the server's own name.
+    const auto lines = LogLines(run.paths.ErrorLogFile());
+    const auto record = std::find_if(lines.begin(), lines.end(), [&](const auto& fields) {
+      return fields.size() >= 6 && fields[5] == notice;
+    });
+    ASSERT_NE(record, lines.end()) << c.file;
+    EXPECT_EQ((*record)[1], c.project);
+  }
+}
+
+TEST_F(AppServersTest, ASettingsFolderThatCannotBeUsedStopsItsServerWithTheReason) {
+  struct Case {
+    fs::path blocked;  // made a plain file, or a folder where a file belongs
+    bool asFolder;
+    std::string box;     // Main's one box, first line; empty: no box
+    std::string reason;  // in the box's second line, or the factory's reason
+  };
+  const std::string unrecoverable = "Vellix Control Unrecoverable Error - Unable to attach to ";
+  const Case cases[] = {
+      {"config", false, unrecoverable + "Config", "config can't be made"},
+      {"state/ErrorLog.txt", true, unrecoverable + "Error Log", "ErrorLog.txt: Is a directory"},
+      {"config/Engine.xml", true, "", "Engine.xml"},
+  };
+  for (const Case& c : cases) {
+    test::TempFolder folder;
+    const fs::path blocked = folder.Path() / c.blocked;
+    fs::create_directories(blocked.parent_path());
+    if (c.asFolder) {
+      fs::create_directories(blocked);
+    } else {
+      test::WriteText(blocked, "");
+    }
+    PanelRun run(folder.Path());
+    ControlStartup::Main(run.ctx, run.servers, run.popup);
+    run.host.Pump();
+    EXPECT_FALSE(run.popup.Loaded()) << c.blocked;
+    EXPECT_NE(run.servers.WhyUnreachable().find(c.reason), std::string::npos)
+        << run.servers.WhyUnreachable();
+    if (c.box.empty()) {
+      // The engine: the log's text and no box, as when it can't be reached.
+      EXPECT_TRUE(run.host.Prompts().empty());
+      const auto lines = LogLines(run.paths.ErrorLogFile());
+      EXPECT_TRUE(std::any_of(lines.begin(), lines.end(), [](const auto& fields) {
+        return fields.size() >= 6 && fields[5] == "Fatal - Unable to connect to Vellix";
+      }));
+      continue;
+    }
+    ASSERT_EQ(run.host.Prompts().size(), 1U);
+    const std::string box = run.host.Prompts()[0];
+    EXPECT_EQ(box.substr(0, box.find('\n')), c.box);
+    EXPECT_NE(box.find('\n'), std::string::npos);
+    EXPECT_NE(box.find(c.reason, box.find('\n')), std::string::npos) << box;
+  }
 }
 
 }  // namespace

@@ -43,11 +43,14 @@ class Servers : public test::PopupWorld {
     return PopupWorld::CreateConfigNode();
   }
 
+  [[nodiscard]] std::string WhyUnreachable() const override { return why; }
+
   void Main() { ControlStartup::Main(ctx, *this, form); }
 
   std::weak_ptr<void> startupHolder;
   bool errorLogReachable = true;
   bool configReachable = true;
+  std::string why;
   int configConnectors = 0;
   int freeNodes = 0;
   Form form{host, "frmPopup"};
@@ -111,6 +114,19 @@ TEST(Startup, AColourKeyThatHoldsNoNumberGivesZeroForThatComponent) {
   EXPECT_THAT(w.log->records, IsEmpty());
 }
 
+TEST(Startup, AColourComponentAbove32767OverflowsAndStopsStartUpBeforeTheBranchIsLookedFor) {
+  Servers w;
+  w.config->RootNode()
+      ->GetNode("CommonFormat.Color.BackColorGreen", true, "String", Variant())
+      ->SetContent(Variant("32768"));
+  w.Main();
+  EXPECT_THAT(w.log->records, ElementsAre(LogRecord{"Startup", "Main", "Overflow", 6}));
+  EXPECT_EQ(w.ctx.backColor, 0);
+  EXPECT_EQ(w.freeNodes, 0);
+  EXPECT_FALSE(w.form.Loaded());
+  EXPECT_THAT(w.host.Prompts(), IsEmpty());
+}
+
 TEST(Startup, AnUnreachableErrorLogOrConfigurationMeansOneMessageAndNoWindow) {
   Servers w;
   w.errorLogReachable = false;
@@ -123,12 +139,15 @@ TEST(Startup, AnUnreachableErrorLogOrConfigurationMeansOneMessageAndNoWindow) {
   EXPECT_THAT(w.log->lifecycle, IsEmpty());
 
   // The configuration is asked for after the component has started.
+  // The factory's reason, when it has one, is the box's second line.
   w.host.ClearPrompts();
   w.errorLogReachable = true;
   w.configReachable = false;
+  w.why = "The folder /data/config can't be written: Read-only file system";
   w.Main();
-  EXPECT_THAT(w.host.Prompts(),
-              ElementsAre("Vellix Control Unrecoverable Error - Unable to attach to Config"));
+  EXPECT_THAT(
+      w.host.Prompts(),
+      ElementsAre("Vellix Control Unrecoverable Error - Unable to attach to Config\n" + w.why));
   EXPECT_THAT(w.log->lifecycle, ElementsAre("ComponentStarted VellixControl"));
   EXPECT_FALSE(w.form.Loaded());
 }

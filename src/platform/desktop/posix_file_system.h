@@ -29,8 +29,6 @@ class PosixFileSystem : public FileSystem {
   void DeleteFile(const std::string& path) override;
   bool FileExists(const std::string& path) override;
 
-  [[nodiscard]] const PathMapping& Mapping() const { return mapping_; }
-
  private:
   // The native path, with the root of its drive or share made when missing.
   [[nodiscard]] std::filesystem::path Native(const std::string& path) const;

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "servers/common/file_trouble.h"
 #include "servers/config/atomic_file.h"
 #include "servers/config/config_xml.h"
 
@@ -16,8 +17,9 @@ constexpr const char* kComponants = "Componants";
 
 }  // namespace
 
-ConfigServer::ConfigServer(std::filesystem::path treeFile, std::filesystem::path seedFile)
-    : treeFile_(std::move(treeFile)), seedFile_(std::move(seedFile)) {}
+ConfigServer::ConfigServer(std::filesystem::path treeFile, std::filesystem::path seedFile,
+                           const Clock* clock)
+    : treeFile_(std::move(treeFile)), seedFile_(std::move(seedFile)), clock_(clock) {}
 
 bool ConfigServer::Fail(std::string error) {
   openError_ = std::move(error);
@@ -29,23 +31,41 @@ bool ConfigServer::Open() {
   if (root_) return true;
   std::error_code ec;
   const auto folder = treeFile_.parent_path();
-  if (!folder.empty()) {
-    std::filesystem::create_directories(folder, ec);
-    if (ec) return Fail("Unable to create the folder " + folder.string() + ": " + ec.message());
-  }
+  std::string error;
+  if (!folder.empty() && !servers::FolderTakesFiles(folder, &error)) return Fail(error);
   const bool exists = std::filesystem::exists(treeFile_, ec);
   if (ec) return Fail("Unable to look for " + treeFile_.string() + ": " + ec.message());
 
   std::vector<std::shared_ptr<ConfigTreeNode>> top;
-  std::string error;
+  bool fresh = !exists;
   if (exists) {
     // Only this process writes the tree file; what a killed commit left is junk.
     RemoveStaleTempFiles(treeFile_);
-    if (!ReadConfigXmlFile(treeFile_, ConfigTreeNode::kMaxDepth, &top, &error)) {
-      return Fail("The configuration tree is not loaded and its file is left untouched: " + error);
+    std::string why;
+    const auto size = std::filesystem::file_size(treeFile_, ec);
+    if (!ec && size > kMaxConfigFileBytes) {
+      why = "it is larger than the limit of " + std::to_string(kMaxConfigFileBytes) + " bytes";
+    } else {
+      std::string bytes;
+      if (!ReadFileLimited(treeFile_, kMaxConfigFileBytes, &bytes, &error)) return Fail(error);
+      if (!ParseConfigXml(bytes, ConfigTreeNode::kMaxDepth, &top, &why)) top.clear();
     }
-  } else if (!seedFile_.empty() &&
-             !ReadConfigXmlFile(seedFile_, ConfigTreeNode::kMaxDepth, &top, &error)) {
+    if (!why.empty()) {
+      static const SystemClock machineTime;
+      std::filesystem::path kept;
+      if (!servers::MoveAside(treeFile_, (clock_ ? *clock_ : machineTime).Now(), &kept, &error)) {
+        return Fail("The configuration tree " + treeFile_.string() + " can't be read (" + why +
+                    ") and stays as it is: " + error);
+      }
+      notice_ = "The configuration tree " + treeFile_.string() + " could not be read: " + why +
+                ".\nIt was moved aside to " + kept.string() +
+                "; the control panel starts with a fresh configuration.";
+      std::fprintf(stderr, "vellix config server: %s\n", notice_.c_str());
+      fresh = true;
+    }
+  }
+  if (fresh && !seedFile_.empty() &&
+      !ReadConfigXmlFile(seedFile_, ConfigTreeNode::kMaxDepth, &top, &error)) {
     return Fail("The starting configuration can't be read: " + error);
   }
 

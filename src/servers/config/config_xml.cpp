@@ -10,6 +10,8 @@
 #include "foundation/date.h"
 #include "foundation/text.h"
 #include "foundation/vb_error.h"
+#include "servers/common/file_trouble.h"
+#include "servers/common/iso_time.h"
 #include "servers/config/atomic_file.h"
 
 namespace vellix {
@@ -45,39 +47,6 @@ void AppendNumber(std::string& out, T value) {
   out.append(buffer, ec == std::errc() ? end : buffer);
 }
 
-void AppendTwo(std::string& out, int v) {
-  out += static_cast<char>('0' + v / 10 % 10);
-  out += static_cast<char>('0' + v % 10);
-}
-
-bool ParseIsoDate(std::string_view s, Date* out) {
-  auto field = [&](std::size_t at, std::size_t len, int* v) {
-    return at + len <= s.size() && ParseNumber(s.substr(at, len), v);
-  };
-  int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
-  if (!field(0, 4, &year) || s.size() < 10 || s[4] != '-' || !field(5, 2, &month) || s[7] != '-' ||
-      !field(8, 2, &day)) {
-    return false;
-  }
-  if (s.size() != 10) {
-    if (s.size() != 19 || (s[10] != 'T' && s[10] != ' ') || s[13] != ':' || s[16] != ':' ||
-        !field(11, 2, &hour) || !field(14, 2, &minute) || !field(17, 2, &second)) {
-      return false;
-    }
-  }
-  if (year < 100 || hour > 23 || minute > 59 || second > 59) return false;
-  try {
-    Date d = DateTimeSerial(year, month, day, hour, minute, second);
-    // DateSerial rolls 31 February over into March; a file must say what it means.
-    CivilTime back = ToCivil(d);
-    if (back.year != year || back.month != month || back.day != day) return false;
-    *out = d;
-    return true;
-  } catch (const VbError&) {
-    return false;
-  }
-}
-
 void AppendDate(std::string& out, Date d) {
   const CivilTime c = ToCivil(d);
   bool exact = false;
@@ -88,23 +57,10 @@ void AppendDate(std::string& out, Date d) {
       exact = false;
     }
   }
-  if (!exact) {
+  if (exact) {
+    out += servers::IsoDateOrDateTime(d);
+  } else {
     AppendNumber(out, d.Serial());
-    return;
-  }
-  AppendTwo(out, c.year / 100);
-  AppendTwo(out, c.year % 100);
-  out += '-';
-  AppendTwo(out, c.month);
-  out += '-';
-  AppendTwo(out, c.day);
-  if (c.hour != 0 || c.minute != 0 || c.second != 0) {
-    out += 'T';
-    AppendTwo(out, c.hour);
-    out += ':';
-    AppendTwo(out, c.minute);
-    out += ':';
-    AppendTwo(out, c.second);
   }
 }
 
@@ -170,10 +126,11 @@ struct Reader {
   std::string error;
 
   bool Fail(const pugi::xml_node& at, const std::string& what) {
-    const auto offset = static_cast<std::size_t>(std::max<std::ptrdiff_t>(0, at.offset_debug()));
-    const auto line =
-        1 + std::count(source.begin(), source.begin() + std::min(offset, source.size()), '\n');
-    error = what + " (line " + std::to_string(line) + ")";
+    // The parser marks an element by its name; the user looks for its '<'.
+    const std::ptrdiff_t name = at.type() == pugi::node_element ? 1 : 0;
+    const auto offset =
+        static_cast<std::size_t>(std::max<std::ptrdiff_t>(0, at.offset_debug() - name));
+    error = what + " (" + servers::LineAndColumn(source, offset) + ")";
     return false;
   }
 
@@ -317,7 +274,7 @@ bool ParseContentText(std::string_view text, ContentKind kind, Variant* value) {
       Date d;
       if (ParseNumber(t, &serial)) {
         d = Date(serial);
-      } else if (!ParseIsoDate(t, &d)) {
+      } else if (!servers::ParseIsoDateTime(t, &d)) {
         return false;
       }
       *value = Variant(d);
@@ -339,10 +296,8 @@ bool ParseConfigXml(std::string_view bytes, int maxDepth,
   const pugi::xml_parse_result result = doc.load_buffer(bytes.data(), bytes.size(), kParseFlags);
   if (!result) {
     const auto offset = static_cast<std::size_t>(std::max<std::ptrdiff_t>(0, result.offset));
-    const auto line =
-        1 + std::count(bytes.begin(), bytes.begin() + std::min(offset, bytes.size()), '\n');
-    return fail("Malformed XML: " + std::string(result.description()) + " (line " +
-                std::to_string(line) + ")");
+    return fail("Malformed XML: " + std::string(result.description()) + " (" +
+                servers::LineAndColumn(bytes, offset) + ")");
   }
   for (const pugi::xml_node& top : doc.children()) {
     if (top.type() == pugi::node_doctype) {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "foundation/text.h"
+#include "servers/common/file_trouble.h"
 #include "servers/engine/agent_object.h"
 #include "servers/engine/config_object.h"
 #include "servers/engine/engine_file.h"
@@ -18,9 +19,6 @@
 namespace vellix::engine {
 
 namespace {
-
-constexpr const char* kLogProject = "OVVellix";
-constexpr const char* kLogModule = "VellixEngine";
 
 // A fresh configuration: the defaults of EngineData, periods counted from the
 // first of January of the present year.
@@ -46,13 +44,15 @@ EngineCore::EngineCore(std::filesystem::path engineFile, desktop::PathMapping pa
 EngineCore::~EngineCore() = default;
 
 void EngineCore::Load() {
+  std::string error;
+  if (file_.has_parent_path() && !servers::FolderTakesFiles(file_.parent_path(), &error)) {
+    openError_ = error;
+    return;
+  }
   EngineFileRead read = ReadEngineFile(file_);
   switch (read.outcome) {
     case EngineFileRead::Outcome::Loaded:
       data_ = std::move(read.data);
-      for (const auto& problem : read.problems) {
-        Log("Load", "Engine file " + file_.string() + ": " + problem);
-      }
       break;
     case EngineFileRead::Outcome::Missing:
       data_ = Defaults(Now());
@@ -60,25 +60,26 @@ void EngineCore::Load() {
       break;
     case EngineFileRead::Outcome::Corrupt:
       data_ = Defaults(Now());
-      KeepCorruptFile(read.error);
+      MoveCorruptFileAside(read.error);
+      break;
+    case EngineFileRead::Outcome::Unreadable:
+      openError_ = read.error;
       break;
   }
 }
 
-void EngineCore::KeepCorruptFile(const std::string& why) {
-  std::error_code ec;
-  std::filesystem::path kept = file_;
-  kept += ".corrupt";
-  for (int n = 2; std::filesystem::exists(kept, ec) && n < 1000; ++n) {
-    kept = file_;
-    kept += ".corrupt-" + std::to_string(n);
+void EngineCore::MoveCorruptFileAside(const std::string& why) {
+  std::filesystem::path kept;
+  std::string error;
+  if (!servers::MoveAside(file_, Now(), &kept, &error)) {
+    // Never written over: the engine can't be used until the file is dealt with.
+    openError_ = "The engine file " + file_.string() + " can't be read (" + why +
+                 ") and stays as it is: " + error;
+    return;
   }
-  std::filesystem::rename(file_, kept, ec);
-  if (ec) std::filesystem::copy_file(file_, kept, ec);
-  const std::string where =
-      ec ? "it could not be kept aside (" + ec.message() + ")" : "it was kept as " + kept.string();
-  Log("Load", "The engine file " + file_.string() + " is corrupt: " + why + "; " + where +
-                  ", and the engine starts unconfigured");
+  notice_ = "The engine file " + file_.string() + " could not be read: " + why +
+            ".\nIt was moved aside to " + kept.string() +
+            "; the engine starts afresh, unconfigured.";
 }
 
 std::filesystem::path EngineCore::Native(std::string_view logicPath) const {
@@ -241,6 +242,7 @@ void EngineCore::Log(std::string_view procedure, const std::string& message) {
 }
 
 void EngineCore::Save() {
+  if (!openError_.empty()) return;  // a file that couldn't be read stays as it is
   std::string error;
   std::error_code ec;
   if (file_.has_parent_path()) std::filesystem::create_directories(file_.parent_path(), ec);

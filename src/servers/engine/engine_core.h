@@ -34,10 +34,14 @@ class EngineCore : public std::enable_shared_from_this<EngineCore> {
   EngineCore(const EngineCore&) = delete;
   EngineCore& operator=(const EngineCore&) = delete;
 
-  // Reads the engine file. A missing or corrupt file leaves an unconfigured
-  // engine with default settings and a log record saying why; a corrupt file
-  // is kept beside, never overwritten.
+  // Reads the engine file. A missing file leaves an unconfigured engine with
+  // default settings and a log record saying why. A corrupt file is moved
+  // aside, never overwritten, and Notice() tells the user where it went. A
+  // folder that can't take the file, or a file that can't be read or moved,
+  // sets OpenError(): the engine can't be used and writes nothing.
   void Load();
+  [[nodiscard]] const std::string& Notice() const { return notice_; }
+  [[nodiscard]] const std::string& OpenError() const { return openError_; }
 
   [[nodiscard]] EngineData& Data() { return data_; }
   [[nodiscard]] EngineSettings& Settings() { return data_.settings; }
@@ -116,7 +120,7 @@ class EngineCore : public std::enable_shared_from_this<EngineCore> {
   [[nodiscard]] std::string FreeAgentName() const;
   [[nodiscard]] int16_t FreeAgentId();
   [[nodiscard]] std::string FreePeriodName(const std::string& wanted) const;
-  void KeepCorruptFile(const std::string& why);
+  void MoveCorruptFileAside(const std::string& why);
 
   std::filesystem::path file_;
   desktop::PathMapping paths_;
@@ -131,6 +135,8 @@ class EngineCore : public std::enable_shared_from_this<EngineCore> {
   std::vector<Fault> faults_;
   bool refusePeriodFormat_ = false;
   bool failRecover_ = false;
+  std::string notice_;
+  std::string openError_;
 };
 
 }  // namespace vellix::engine

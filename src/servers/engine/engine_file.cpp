@@ -3,10 +3,13 @@
 #include <algorithm>
 #include <limits>
 #include <sstream>
+#include <type_traits>
+#include <variant>
 
 #include <pugixml.hpp>
 
 #include "foundation/text.h"
+#include "servers/common/file_trouble.h"
 #include "servers/config/atomic_file.h"
 #include "servers/engine/number_text.h"
 
@@ -19,65 +22,103 @@ constexpr const char* kVersion = "1";
 // A configuration is a few kilobytes; anything near this is not one.
 constexpr std::size_t kFileLimit = 64U * 1024U * 1024U;
 
+// --- the fields of each record, in the order the file writes them ---
+
+// One attribute of a record: its name in the file and the member it holds.
+// The one list of a record's fields that writing and reading both follow.
+template <class Record>
+struct Field {
+  const char* name;
+  std::variant<std::string Record::*, bool Record::*, int16_t Record::*, int32_t Record::*,
+               Date Record::*>
+      member;
+};
+
+const Field<EngineSettings> kSettingsFields[] = {
+    {"Configured", &EngineSettings::configured},
+    {"Running", &EngineSettings::running},
+    {"LoggingLevel", &EngineSettings::loggingLevel},
+    {"PeriodFormat", &EngineSettings::periodFormat},
+    {"PeriodCount", &EngineSettings::periodCount},
+    {"PeriodUnits", &EngineSettings::periodUnits},
+    {"ReferenceDate", &EngineSettings::referenceDate},
+    {"StoreLocation", &EngineSettings::storeLocation},
+    {"BackupLocation", &EngineSettings::backupLocation},
+    {"BackupEveryCount", &EngineSettings::backupEveryCount},
+    {"BackupEveryUnits", &EngineSettings::backupEveryUnits},
+    {"NextBackup", &EngineSettings::nextBackup},
+    {"LastBackup", &EngineSettings::lastBackup},
+    {"BackupPolicy", &EngineSettings::backupPolicy},
+    {"BackupUnattended", &EngineSettings::backupUnattended},
+    {"HistoryName", &EngineSettings::historyName},
+};
+// Written after the settings' own fields, on the same element.
+constexpr const char* kNextAgentId = "NextAgentId";
+
+// The agent's folders, imports and store periods are child elements.
+const Field<AgentData> kAgentFields[] = {
+    {"Id", &AgentData::id},
+    {"Name", &AgentData::name},
+    {"MonitorType", &AgentData::monitorType},
+    {"SubFolders", &AgentData::subFolders},
+    {"StoreCount", &AgentData::storeCount},
+    {"StoreUnits", &AgentData::storeUnits},
+    {"StoreFormat", &AgentData::storeFormat},
+    {"FileAfterCount", &AgentData::fileAfterCount},
+    {"FileAfterUnits", &AgentData::fileAfterUnits},
+    {"FileDisabled", &AgentData::fileDisabled},
+    {"RemovePeriod", &AgentData::removePeriod},
+    {"PurgeDisabled", &AgentData::purgeDisabled},
+    {"PurgeNotify", &AgentData::purgeNotify},
+    {"ImportTime", &AgentData::importTime},
+    {"ItemCount", &AgentData::itemCount},
+    {"UnfiledItems", &AgentData::unfiledItems},
+    {"ItemsToPurge", &AgentData::itemsToPurge},
+    {"EarliestStore", &AgentData::earliestStore},
+    {"MostRecentStore", &AgentData::mostRecentStore},
+    {"LastPurge", &AgentData::lastPurge},
+    {"LastFile", &AgentData::lastFile},
+    {"Watermark", &AgentData::watermark},
+};
+
+const Field<PeriodData> kPeriodFields[] = {
+    {"Name", &PeriodData::name},
+    {"FileName", &PeriodData::fileName},
+    {"Start", &PeriodData::start},
+    {"End", &PeriodData::end},
+    {"LastBackup", &PeriodData::lastBackup},
+    {"Watermark", &PeriodData::watermark},
+    {"FirstEntry", &PeriodData::firstEntry},
+    {"LastEntry", &PeriodData::lastEntry},
+    {"ItemCount", &PeriodData::itemCount},
+    {"Connected", &PeriodData::connected},
+};
+
 // --- writing ---
 
-void Put(pugi::xml_node node, const char* name, const std::string& value) {
-  node.append_attribute(name).set_value(value.c_str());
-}
-void Put(pugi::xml_node node, const char* name, bool value) {
-  node.append_attribute(name).set_value(value ? "True" : "False");
-}
-void Put(pugi::xml_node node, const char* name, int64_t value) {
-  node.append_attribute(name).set_value(std::to_string(value).c_str());
-}
-void Put(pugi::xml_node node, const char* name, Date value) {
-  node.append_attribute(name).set_value(DateText(value).c_str());
+template <class T>
+void Put(pugi::xml_node node, const char* name, const T& value) {
+  auto attribute = node.append_attribute(name);
+  if constexpr (std::is_same_v<T, std::string>) {
+    attribute.set_value(value.c_str());
+  } else if constexpr (std::is_same_v<T, bool>) {
+    attribute.set_value(value ? "True" : "False");
+  } else if constexpr (std::is_same_v<T, Date>) {
+    attribute.set_value(DateText(value).c_str());
+  } else {
+    attribute.set_value(std::to_string(value).c_str());
+  }
 }
 
-void WriteSettings(pugi::xml_node node, const EngineData& data) {
-  const EngineSettings& s = data.settings;
-  Put(node, "Configured", s.configured);
-  Put(node, "Running", s.running);
-  Put(node, "LoggingLevel", s.loggingLevel);
-  Put(node, "PeriodFormat", s.periodFormat);
-  Put(node, "PeriodCount", int64_t{s.periodCount});
-  Put(node, "PeriodUnits", s.periodUnits);
-  Put(node, "ReferenceDate", s.referenceDate);
-  Put(node, "StoreLocation", s.storeLocation);
-  Put(node, "BackupLocation", s.backupLocation);
-  Put(node, "BackupEveryCount", int64_t{s.backupEveryCount});
-  Put(node, "BackupEveryUnits", s.backupEveryUnits);
-  Put(node, "NextBackup", s.nextBackup);
-  Put(node, "LastBackup", s.lastBackup);
-  Put(node, "BackupPolicy", int64_t{s.backupPolicy});
-  Put(node, "BackupUnattended", s.backupUnattended);
-  Put(node, "HistoryName", s.historyName);
-  Put(node, "NextAgentId", int64_t{data.nextAgentId});
+template <class Record, std::size_t N>
+void PutFields(pugi::xml_node node, const Record& record, const Field<Record> (&fields)[N]) {
+  for (const auto& field : fields) {
+    std::visit([&](auto member) { Put(node, field.name, record.*member); }, field.member);
+  }
 }
 
 void WriteAgent(pugi::xml_node node, const AgentData& a) {
-  Put(node, "Id", int64_t{a.id});
-  Put(node, "Name", a.name);
-  Put(node, "MonitorType", a.monitorType);
-  Put(node, "SubFolders", a.subFolders);
-  Put(node, "StoreCount", int64_t{a.storeCount});
-  Put(node, "StoreUnits", a.storeUnits);
-  Put(node, "StoreFormat", a.storeFormat);
-  Put(node, "FileAfterCount", int64_t{a.fileAfterCount});
-  Put(node, "FileAfterUnits", a.fileAfterUnits);
-  Put(node, "FileDisabled", a.fileDisabled);
-  Put(node, "RemovePeriod", int64_t{a.removePeriod});
-  Put(node, "PurgeDisabled", a.purgeDisabled);
-  Put(node, "PurgeNotify", int64_t{a.purgeNotify});
-  Put(node, "ImportTime", a.importTime);
-  Put(node, "ItemCount", int64_t{a.itemCount});
-  Put(node, "UnfiledItems", int64_t{a.unfiledItems});
-  Put(node, "ItemsToPurge", int64_t{a.itemsToPurge});
-  Put(node, "EarliestStore", a.earliestStore);
-  Put(node, "MostRecentStore", a.mostRecentStore);
-  Put(node, "LastPurge", a.lastPurge);
-  Put(node, "LastFile", a.lastFile);
-  Put(node, "Watermark", a.watermark);
+  PutFields(node, a, kAgentFields);
   for (const auto& folder : a.folders)
     Put(node.append_child("Folder"), "Path", folder);
   for (const auto& import : a.imports) {
@@ -89,176 +130,103 @@ void WriteAgent(pugi::xml_node node, const AgentData& a) {
     Put(node.append_child("StorePeriod"), "Name", period);
 }
 
-void WritePeriod(pugi::xml_node node, const PeriodData& p) {
-  Put(node, "Name", p.name);
-  Put(node, "FileName", p.fileName);
-  Put(node, "Start", p.start);
-  Put(node, "End", p.end);
-  Put(node, "LastBackup", p.lastBackup);
-  Put(node, "Watermark", p.watermark);
-  Put(node, "FirstEntry", p.firstEntry);
-  Put(node, "LastEntry", p.lastEntry);
-  Put(node, "ItemCount", int64_t{p.itemCount});
-  Put(node, "Connected", p.connected);
-}
-
 // --- reading ---
 
-// Reads the attributes of one element; a value that can't be read keeps the
-// default and is named in the problems.
+// Reads the attributes of one element; a value that can't be read is named
+// in the problems, and any problem makes the whole file unreadable.
 class Fields {
  public:
-  Fields(pugi::xml_node node, std::string where, std::vector<std::string>& problems)
-      : node_(node), where_(std::move(where)), problems_(problems) {}
+  Fields(pugi::xml_node node, std::string where, std::string_view source,
+         std::vector<std::string>& problems)
+      : node_(node), where_(std::move(where)), source_(source), problems_(problems) {}
 
-  void Text(const char* name, std::string& out) const {
-    if (auto a = node_.attribute(name)) out = a.value();
-  }
-  void Flag(const char* name, bool& out) const {
+  template <class T>
+  void Read(const char* name, T& out) const {
     auto a = node_.attribute(name);
     if (!a) return;
-    if (EqualsText(a.value(), "True")) {
-      out = true;
-    } else if (EqualsText(a.value(), "False")) {
-      out = false;
+    const std::string_view text = a.value();
+    if constexpr (std::is_same_v<T, std::string>) {
+      out = text;
+    } else if constexpr (std::is_same_v<T, bool>) {
+      if (EqualsText(text, "True")) {
+        out = true;
+      } else if (EqualsText(text, "False")) {
+        out = false;
+      } else {
+        Problem(name, text);
+      }
+    } else if constexpr (std::is_same_v<T, Date>) {
+      if (const auto v = ParseDouble(text)) {
+        out = Date(*v);
+      } else {
+        Problem(name, text);
+      }
     } else {
-      Problem(name, a.value());
+      if (const auto v =
+              ParseInteger(text, std::numeric_limits<T>::min(), std::numeric_limits<T>::max())) {
+        out = static_cast<T>(*v);
+      } else {
+        Problem(name, text);
+      }
     }
   }
-  template <class Int>
-  void Number(const char* name, Int& out) const {
-    auto a = node_.attribute(name);
-    if (!a) return;
-    const auto v =
-        ParseInteger(a.value(), std::numeric_limits<Int>::min(), std::numeric_limits<Int>::max());
-    if (v) {
-      out = static_cast<Int>(*v);
-    } else {
-      Problem(name, a.value());
+
+  template <class Record, std::size_t N>
+  void ReadAll(Record& record, const Field<Record> (&fields)[N]) const {
+    for (const auto& field : fields) {
+      std::visit([&](auto member) { Read(field.name, record.*member); }, field.member);
     }
   }
-  void When(const char* name, Date& out) const {
-    auto a = node_.attribute(name);
-    if (!a) return;
-    if (const auto v = ParseDouble(a.value())) {
-      out = Date(*v);
-    } else {
-      Problem(name, a.value());
-    }
+
+  void Problem(std::string_view what) const {
+    problems_.push_back(where_ + " " + std::string(what) + " (" + Position() + ")");
   }
 
  private:
-  void Problem(const char* name, const char* value) const {
-    problems_.push_back(where_ + ": " + name + " \"" + value + "\" can't be read");
+  void Problem(const char* name, std::string_view value) const {
+    problems_.push_back(where_ + ": " + name + " \"" + std::string(value) + "\" can't be read (" +
+                        Position() + ")");
+  }
+  [[nodiscard]] std::string Position() const {
+    // The parser marks an element by its name; the user looks for its '<'.
+    const auto offset = std::max<std::ptrdiff_t>(0, node_.offset_debug() - 1);
+    return servers::LineAndColumn(source_, static_cast<std::size_t>(offset));
   }
 
   pugi::xml_node node_;
   std::string where_;
+  std::string_view source_;
   std::vector<std::string>& problems_;
 };
 
-void ReadSettings(pugi::xml_node node, EngineData& data, std::vector<std::string>& problems) {
-  const Fields f(node, "Settings", problems);
-  EngineSettings& s = data.settings;
-  f.Flag("Configured", s.configured);
-  f.Flag("Running", s.running);
-  f.Text("LoggingLevel", s.loggingLevel);
-  f.Text("PeriodFormat", s.periodFormat);
-  f.Number("PeriodCount", s.periodCount);
-  f.Text("PeriodUnits", s.periodUnits);
-  f.When("ReferenceDate", s.referenceDate);
-  f.Text("StoreLocation", s.storeLocation);
-  f.Text("BackupLocation", s.backupLocation);
-  f.Number("BackupEveryCount", s.backupEveryCount);
-  f.Text("BackupEveryUnits", s.backupEveryUnits);
-  f.When("NextBackup", s.nextBackup);
-  f.When("LastBackup", s.lastBackup);
-  f.Number("BackupPolicy", s.backupPolicy);
-  f.Flag("BackupUnattended", s.backupUnattended);
-  f.Text("HistoryName", s.historyName);
-  f.Number("NextAgentId", data.nextAgentId);
-}
-
-bool ReadAgent(pugi::xml_node node, const EngineData& data, AgentData& a,
-               std::vector<std::string>& problems) {
-  const std::string where = std::string("Agent \"") + node.attribute("Name").value() + "\"";
-  const auto id =
-      ParseInteger(node.attribute("Id").value(), 1, std::numeric_limits<int16_t>::max());
-  if (!id) {
-    problems.push_back(where + " has no usable Id and was dropped");
-    return false;
-  }
-  a.id = static_cast<int16_t>(*id);
-  a.name = node.attribute("Name").value();
-  if (a.name.empty()) {
-    problems.push_back("an agent without a name was dropped");
-    return false;
-  }
+void ReadAgent(const Fields& f, pugi::xml_node node, const EngineData& data, AgentData& a,
+               std::vector<std::string>& problems, std::string_view source) {
+  f.ReadAll(a, kAgentFields);
+  if (a.id < 1) f.Problem("has no usable Id");
+  if (a.name.empty()) f.Problem("has no name");
   for (const auto& other : data.agents) {
     if (other.id == a.id || EqualsText(other.name, a.name)) {
-      problems.push_back(where + " repeats the Id or name of another agent and was dropped");
-      return false;
+      f.Problem("repeats the Id or name of another agent");
     }
   }
-  const Fields f(node, where, problems);
-  f.Text("MonitorType", a.monitorType);
-  f.Flag("SubFolders", a.subFolders);
-  f.Number("StoreCount", a.storeCount);
-  f.Text("StoreUnits", a.storeUnits);
-  f.Text("StoreFormat", a.storeFormat);
-  f.Number("FileAfterCount", a.fileAfterCount);
-  f.Text("FileAfterUnits", a.fileAfterUnits);
-  f.Flag("FileDisabled", a.fileDisabled);
-  f.Number("RemovePeriod", a.removePeriod);
-  f.Flag("PurgeDisabled", a.purgeDisabled);
-  f.Number("PurgeNotify", a.purgeNotify);
-  f.When("ImportTime", a.importTime);
-  f.Number("ItemCount", a.itemCount);
-  f.Number("UnfiledItems", a.unfiledItems);
-  f.Number("ItemsToPurge", a.itemsToPurge);
-  f.When("EarliestStore", a.earliestStore);
-  f.When("MostRecentStore", a.mostRecentStore);
-  f.When("LastPurge", a.lastPurge);
-  f.When("LastFile", a.lastFile);
-  f.When("Watermark", a.watermark);
   for (auto child : node.children("Folder"))
     a.folders.emplace_back(child.attribute("Path").value());
   for (auto child : node.children("Import")) {
     ImportFolderData import{child.attribute("Path").value(), true};
-    Fields(child, where + " import", problems).Flag("SubFolders", import.subFolders);
+    Fields(child, "Import", source, problems).Read("SubFolders", import.subFolders);
     a.imports.push_back(std::move(import));
   }
   for (auto child : node.children("StorePeriod")) {
     a.periods.emplace_back(child.attribute("Name").value());
   }
-  return true;
 }
 
-bool ReadPeriod(pugi::xml_node node, const EngineData& data, PeriodData& p,
-                std::vector<std::string>& problems) {
-  p.name = node.attribute("Name").value();
-  if (p.name.empty()) {
-    problems.push_back("a period without a name was dropped");
-    return false;
-  }
-  const std::string where = "Period \"" + p.name + "\"";
+void ReadPeriod(const Fields& f, const EngineData& data, PeriodData& p) {
+  f.ReadAll(p, kPeriodFields);
+  if (p.name.empty()) f.Problem("has no name");
   for (const auto& other : data.periods) {
-    if (EqualsText(other.name, p.name)) {
-      problems.push_back(where + " repeats the name of another period and was dropped");
-      return false;
-    }
+    if (EqualsText(other.name, p.name)) f.Problem("repeats the name of another period");
   }
-  const Fields f(node, where, problems);
-  f.Text("FileName", p.fileName);
-  f.When("Start", p.start);
-  f.When("End", p.end);
-  f.When("LastBackup", p.lastBackup);
-  f.When("Watermark", p.watermark);
-  f.When("FirstEntry", p.firstEntry);
-  f.When("LastEntry", p.lastEntry);
-  f.Number("ItemCount", p.itemCount);
-  f.Flag("Connected", p.connected);
-  return true;
 }
 
 }  // namespace
@@ -271,13 +239,15 @@ std::string EngineFileText(const EngineData& data) {
   auto root = doc.append_child(kRoot);
   root.append_attribute("FormatVersion").set_value(kVersion);
   if (!data.savedTime.IsZero()) Put(root, "SavedTime", data.savedTime);
-  WriteSettings(root.append_child("Settings"), data);
+  auto settings = root.append_child("Settings");
+  PutFields(settings, data.settings, kSettingsFields);
+  Put(settings, kNextAgentId, data.nextAgentId);
   auto agents = root.append_child("Agents");
   for (const auto& a : data.agents)
     WriteAgent(agents.append_child("Agent"), a);
   auto periods = root.append_child("Periods");
   for (const auto& p : data.periods)
-    WritePeriod(periods.append_child("Period"), p);
+    PutFields(periods.append_child("Period"), p, kPeriodFields);
   std::ostringstream out;
   doc.save(out, "  ", pugi::format_default, pugi::encoding_utf8);
   return out.str();
@@ -295,8 +265,8 @@ EngineFileRead ParseEngineText(std::string_view text) {
   const auto parsed =
       doc.load_buffer(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8);
   if (!parsed) {
-    read.error = std::string("the XML is malformed (") + parsed.description() + " at byte " +
-                 std::to_string(parsed.offset) + ")";
+    read.error = std::string("the XML is malformed: ") + parsed.description() + " (" +
+                 servers::LineAndColumn(text, static_cast<std::size_t>(parsed.offset)) + ")";
     return read;
   }
   const auto root = doc.document_element();
@@ -310,15 +280,32 @@ EngineFileRead ParseEngineText(std::string_view text) {
     return read;
   }
   EngineData& data = read.data;
-  Fields(root, "the file", read.problems).When("SavedTime", data.savedTime);
-  ReadSettings(root.child("Settings"), data, read.problems);
+  std::vector<std::string> problems;
+  Fields(root, "The file", text, problems).Read("SavedTime", data.savedTime);
+  const Fields settings(root.child("Settings"), "Settings", text, problems);
+  settings.ReadAll(data.settings, kSettingsFields);
+  settings.Read(kNextAgentId, data.nextAgentId);
   for (auto node : root.child("Agents").children("Agent")) {
     AgentData a;
-    if (ReadAgent(node, data, a, read.problems)) data.agents.push_back(std::move(a));
+    const Fields f(node, std::string("Agent \"") + node.attribute("Name").value() + "\"", text,
+                   problems);
+    ReadAgent(f, node, data, a, problems, text);
+    data.agents.push_back(std::move(a));
   }
   for (auto node : root.child("Periods").children("Period")) {
     PeriodData p;
-    if (ReadPeriod(node, data, p, read.problems)) data.periods.push_back(std::move(p));
+    ReadPeriod(Fields(node, std::string("Period \"") + node.attribute("Name").value() + "\"", text,
+                      problems),
+               data, p);
+    data.periods.push_back(std::move(p));
+  }
+  if (!problems.empty()) {
+    // A value taken as something else would be written back as that: the
+    // file is not read at all.
+    read.error = problems.front();
+    if (problems.size() > 1) read.error += ", and " + std::to_string(problems.size() - 1) + " more";
+    read.data = EngineData();
+    return read;
   }
   // Ids are never handed out twice.
   for (const auto& a : data.agents) {
@@ -341,7 +328,7 @@ EngineFileRead ReadEngineFile(const std::filesystem::path& file) {
   std::string error;
   if (!ReadFileLimited(file, kFileLimit, &bytes, &error)) {
     EngineFileRead read;
-    read.outcome = EngineFileRead::Outcome::Corrupt;
+    read.outcome = EngineFileRead::Outcome::Unreadable;
     read.error = "the engine file can't be read (" + error + ")";
     return read;
   }

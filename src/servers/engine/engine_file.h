@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "servers/engine/engine_data.h"
 
@@ -13,14 +12,16 @@
 namespace vellix::engine {
 
 struct EngineFileRead {
-  enum class Outcome { Loaded, Missing, Corrupt };
+  // Corrupt: the content is not an engine file (bad XML, a value that
+  // doesn't read, an agent or period without a usable id or name, or one
+  // repeating another); nothing of it is taken. Unreadable: the file is
+  // there but its bytes can't be had.
+  enum class Outcome { Loaded, Missing, Corrupt, Unreadable };
   Outcome outcome = Outcome::Missing;
   EngineData data;
-  // Why the file was missing or corrupt.
+  // Why the file was missing, corrupt or unreadable; where in the file, when
+  // it is about the content.
   std::string error;
-  // Values that could not be read and were given their defaults, and entries
-  // that were dropped; the rest of the file was taken.
-  std::vector<std::string> problems;
 };
 
 // Reads the file; never throws.

@@ -21,7 +21,7 @@ EngineServer::EngineServer(std::filesystem::path engineFile, desktop::PathMappin
   core_->Engine(this);
   core_->Load();
   // An engine that was running when it last closed takes up its work again.
-  if (core_->Settings().running) {
+  if (core_->OpenError().empty() && core_->Settings().running) {
     core_->EnsureCurrentPeriod();
     core_->Hooks().Started(*core_);
   }
@@ -158,6 +158,13 @@ void EngineServer::Raise(ReportKind kind, bool value) {
   } else {
     OnRun.Raise(value);
   }
+}
+
+const std::string& EngineServer::Notice() const {
+  return core_->Notice();
+}
+const std::string& EngineServer::OpenError() const {
+  return core_->OpenError();
 }
 
 const CallJournal& EngineServer::Journal() const {

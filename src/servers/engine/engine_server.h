@@ -29,8 +29,8 @@ class EngineServer final : public VellixEngine {
   // engineFile: where the engine keeps its configuration; paths maps the
   // folder texts it is given (store and backup folders) onto the file system;
   // time comes from clock; log (may be nothing) gets a record when the file
-  // is missing or corrupt or something can't be written; hooks is where
-  // processing runs plug in (nothing: the engine files nothing).
+  // is missing or something can't be written; hooks is where processing runs
+  // plug in (nothing: the engine files nothing).
   EngineServer(std::filesystem::path engineFile, desktop::PathMapping paths, const Clock& clock,
                Ref<ErrorLog> log, std::unique_ptr<ProcessingHooks> hooks = nullptr);
   ~EngineServer() override;
@@ -53,6 +53,14 @@ class EngineServer final : public VellixEngine {
   void BackupFinished() override;
   bool RecoverConfig(const std::string& source, const std::string& destination,
                      const std::string& configFile) override;
+
+  // What the user must be told about the engine file: empty, or which file
+  // could not be read, why (with line and column), and where it was moved.
+  [[nodiscard]] const std::string& Notice() const;
+  // Why the engine can't be used (its folder takes no file, or its file
+  // can't be read and can't be moved aside); empty when it can. Such an
+  // engine writes nothing.
+  [[nodiscard]] const std::string& OpenError() const;
 
   // ---- test switches ----
 

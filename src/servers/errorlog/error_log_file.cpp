@@ -6,35 +6,9 @@
 #include <utility>
 
 #include "foundation/vb_error.h"
+#include "servers/common/iso_time.h"
 
 namespace vellix {
-
-namespace {
-
-void AppendTwo(std::string& out, int v) {
-  out += static_cast<char>('0' + v / 10 % 10);
-  out += static_cast<char>('0' + v % 10);
-}
-
-std::string IsoTime(Date now) {
-  const CivilTime c = ToCivil(now);
-  std::string out;
-  AppendTwo(out, c.year / 100);
-  AppendTwo(out, c.year % 100);
-  out += '-';
-  AppendTwo(out, c.month);
-  out += '-';
-  AppendTwo(out, c.day);
-  out += 'T';
-  AppendTwo(out, c.hour);
-  out += ':';
-  AppendTwo(out, c.minute);
-  out += ':';
-  AppendTwo(out, c.second);
-  return out;
-}
-
-}  // namespace
 
 std::string EscapeLogField(std::string_view text) {
   std::string out;
@@ -101,7 +75,7 @@ bool ErrorLogFile::Open(std::string* error) {
 }
 
 void ErrorLogFile::WriteLine(std::initializer_list<std::string_view> fields) {
-  std::string line = IsoTime(clock_->Now());
+  std::string line = servers::IsoDateTime(clock_->Now());
   for (std::string_view f : fields) {
     line += '\t';
     line += EscapeLogField(f);

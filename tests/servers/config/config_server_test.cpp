@@ -115,12 +115,32 @@ TEST(ConfigServer, ACommitRewritesTheFileOnlyWhenItWouldChangeIt) {
 TEST(ConfigServer, TreeFileProblemsAreReportedAndADamagedFileIsNeverOverwritten) {
   test::TempFolder folder;
   const auto file = folder / "ConfigTree.xml";
-  const std::string damaged = "<config><node key=\"Componants\" type=\"Collection\">";
-  test::WriteText(file, damaged);
-  ConfigServer server(file, kResources / "CommonFormat.xml");
-  EXPECT_TRUE(server.RootNode().IsNothing());
-  EXPECT_NE(server.OpenError().find("untouched"), std::string::npos) << server.OpenError();
-  EXPECT_EQ(test::ReadText(file), damaged);
+  const ManualClock clock(DateTimeSerial(2026, 3, 2, 10, 0, 5));
+  // An unreadable tree is moved aside, twice in one second under two names,
+  // and each time the server starts afresh from the seed.
+  const std::string damaged[] = {
+      "<config><node key=\"Componants\" type=\"Collection\">",
+      "<config>\n  <node key=\"w\" type=\"Integer\">12a</node>\n</config>"};
+  const char* where[] = {"line 1, column 49", "line 2, column 3"};
+  std::string kept = file.string() + ".corrupt-20260302-100005";
+  for (int i = 0; i < 2; ++i) {
+    test::WriteText(file, damaged[i]);
+    ConfigServer server(file, kResources / "CommonFormat.xml", &clock);
+    auto root = server.RootNode();
+    ASSERT_FALSE(root.IsNothing()) << server.OpenError();
+    EXPECT_FALSE(root->GetNode("CommonFormat", false, "", Variant()).IsNothing());
+    EXPECT_EQ(test::ReadText(kept), damaged[i]);
+    EXPECT_FALSE(std::filesystem::exists(file));
+    for (const std::string& part : {file.string(), std::string(where[i]), kept})
+      EXPECT_NE(server.Notice().find(part), std::string::npos) << server.Notice();
+    kept = file.string() + ".corrupt-20260302-100005-2";
+  }
+
+  // A folder that takes no file keeps the server closed, and says which.
+  test::WriteText(folder / "plain", "");
+  ConfigServer blocked(folder / "plain" / "ConfigTree.xml", kResources / "CommonFormat.xml");
+  EXPECT_TRUE(blocked.RootNode().IsNothing());
+  EXPECT_NE(blocked.OpenError().find((folder / "plain").string()), std::string::npos);
 
   ConfigServer noSeed(folder / "new.xml", folder / "missing-seed.xml");
   EXPECT_TRUE(noSeed.RootNode().IsNothing());
