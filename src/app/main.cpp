@@ -120,7 +120,6 @@ int main(int argc, char** argv) {
   host.SetIconFolder(exeDir.string());
 
   SystemClock clock;
-  Context ctx(clock, &host);
   const fs::path profile =
       options.profile.empty() ? exeDir / "profiles" / "demo.xml" : fs::path(options.profile);
   outlook::ProfileMailProgram mail(profile, [](const std::string& problem) {
@@ -141,14 +140,18 @@ int main(int argc, char** argv) {
       return mail.Profile();
     });
   };
-  ctx.exeFolder = exeDir.string();
-  ctx.locale = Locale::FromEnvironment();
-  ctx.twipsPerPixelX = static_cast<int32_t>(std::lround(host.TwipsPerPixel()));
-  ctx.mailProgram = &mail;
-  ctx.shell = &shell;
-  ctx.fileSystem = &files;
-  ctx.browser = &browser;
-  ctx.servers = &servers;
+  const Services services{.clock = clock,
+                          .host = &host,
+                          .servers = &servers,
+                          .mailProgram = &mail,
+                          .shell = &shell,
+                          .fileSystem = &files,
+                          .browser = &browser,
+                          .exeFolder = exeDir.string(),
+                          .locale = Locale::FromEnvironment(),
+                          .twipsPerPixelX =
+                              static_cast<int32_t>(std::lround(host.TwipsPerPixel()))};
+  Context ctx(services);
 
   qtview::QtTray tray(
       host, [mapping](const std::string& path) { return mapping.ToNative(path).string(); });
@@ -184,7 +187,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "vellix-control: %s; a second start won't find this one\n", error.c_str());
   }
 
-  ControlStartup::Main(ctx, servers, popup);
+  ControlStartup::Main(ctx, popup);
   if (!host.AnyFormLoaded()) {
     if (const std::string why = servers.WhyUnreachable(); !why.empty()) {
       std::fprintf(stderr, "vellix-control: the control panel could not start: %s\n", why.c_str());

@@ -23,12 +23,32 @@ class DesktopShell;
 class FileSystem;
 class WebBrowser;
 
+// What the application hands the control library once, before start-up:
+// where time and windows come from, how the other programs are reached, and
+// the desktop. It never changes while the process runs. A service left
+// nothing (only tests do that) raises error 91 when it is used.
+struct Services {
+  const Clock& clock;
+  UiHost* host = nullptr;
+  ServerFactory* servers = nullptr;
+  MailProgram* mailProgram = nullptr;
+  DesktopShell* shell = nullptr;
+  FileSystem* fileSystem = nullptr;
+  WebBrowser* browser = nullptr;
+  // The folder of the executable, where the icons and the boot file lie.
+  std::string exeFolder;
+  Locale locale = Locale::English();
+  // The screen's twips per pixel, from the screen's density.
+  int32_t twipsPerPixelX = 15;
+};
+
 // The process-wide values of the design, in one object handed to every form
-// and helper: the servers' objects, the formats read at start-up, and where
-// time and windows come from.
+// and helper: the fixed services, and what start-up attaches and Form_Unload
+// releases (the servers' objects and the formats read from the tree).
 struct Context {
-  explicit Context(const Clock& clockIn, UiHost* hostIn = nullptr)
-      : clock(&clockIn), host(hostIn) {}
+  explicit Context(const Services& servicesIn) : services(servicesIn) {}
+
+  const Services& services;
 
   Ref<ErrorConnector> errorConnector;
   Ref<ErrorLog> errorLog;
@@ -36,35 +56,20 @@ struct Context {
   Ref<ConfigNode> rootNode;
   Ref<EngineConnector> engineConnector;
   Ref<VellixEngine> engine;
-  // How the other programs are reached; set by the application.
-  ServerFactory* servers = nullptr;
 
   std::string externalDateFormat;
   std::string externalTimeFormat;
   std::string externalDateTimeFormat;
   int32_t backColor = 0;
 
-  Locale locale = Locale::English();
-  const Clock* clock;
-  UiHost* host;  // nothing only in tests that show no window
-  // The desktop: the mail program, the shell, the file system and the web
-  // browser. Set by the application; nothing only in tests that don't use them.
-  MailProgram* mailProgram = nullptr;
-  DesktopShell* shell = nullptr;
-  FileSystem* fileSystem = nullptr;
-  WebBrowser* browser = nullptr;
-
-  // The screen's twips per pixel, set by the view from the screen's density.
-  int32_t twipsPerPixelX = 15;
-  // The folder of the executable, where the icons and the boot file lie.
-  std::string exeFolder;
-
-  [[nodiscard]] Date Now() const { return clock->Now(); }
-  // The window system; raises error 91 where there is none.
-  [[nodiscard]] UiHost& Host() const {
-    if (host == nullptr) throw VbError(err::kObjectNotSet);
-    return *host;
-  }
+  [[nodiscard]] Date Now() const { return services.clock.Now(); }
+  [[nodiscard]] const Locale& locale() const { return services.locale; }
+  [[nodiscard]] UiHost& Host() const { return Need(services.host); }
+  [[nodiscard]] ServerFactory& Servers() const { return Need(services.servers); }
+  [[nodiscard]] MailProgram& Mail() const { return Need(services.mailProgram); }
+  [[nodiscard]] DesktopShell& Shell() const { return Need(services.shell); }
+  [[nodiscard]] FileSystem& Files() const { return Need(services.fileSystem); }
+  [[nodiscard]] WebBrowser& Browser() const { return Need(services.browser); }
 };
 
 }  // namespace vellix

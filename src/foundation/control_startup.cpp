@@ -6,6 +6,7 @@
 #include "foundation/frame.h"
 #include "foundation/runtime.h"
 #include "foundation/server_factory.h"
+#include "foundation/trace_names.h"
 #include "foundation/ui_host.h"
 
 namespace vellix {
@@ -26,12 +27,12 @@ std::string Unreachable(const char* message, const ServerFactory& servers) {
 
 }  // namespace
 
-void ControlStartup::Main(Context& ctx, ServerFactory& servers, Form& frmPopup) {
-  Frame frame(ctx, "Startup", "Main");
+void ControlStartup::Main(Context& ctx, Form& frmPopup) {
+  Frame frame(ctx, TraceNames::Startup, "Main");
   // The error log itself may be what failed: the end of Main never raises.
   frame.PassOverErrors = true;
   frame.Run([&] {
-    ctx.servers = &servers;
+    ServerFactory& servers = ctx.Servers();
     std::shared_ptr<void> holder = servers.CreateStartupHolder();
 
     ctx.errorConnector = servers.CreateErrorConnector();
@@ -71,7 +72,7 @@ void ControlStartup::Main(Context& ctx, ServerFactory& servers, Form& frmPopup) 
     // The control panel's branch is grafted once per tree, from the boot file.
     if (root.GetNode(kBranch, false, "", Variant()).IsNothing()) {
       Ref<ConfigNode> boot = servers.CreateConfigNode();
-      const std::string path = ctx.exeFolder + "\\" + kBootConfigFile;
+      const std::string path = ctx.services.exeFolder + "\\" + kBootConfigFile;
       if (!boot->LoadFile(path)) {
         frame.ErrorText = "Unable to Open Boot Config";
         return;

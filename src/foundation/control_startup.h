@@ -15,10 +15,9 @@ class ControlStartup {
  public:
   // Runs once per process. Returns as soon as frmPopup is shown; when a
   // server can't be reached it returns with no form loaded.
-  static void Main(Context& ctx, ServerFactory& servers, Form& frmPopup);
+  static void Main(Context& ctx, Form& frmPopup);
 
   static constexpr const char* kBootConfigFile = "VellixControlBootConfig.xml";
-  static constexpr const char* kBranch = "Componants.VellixControl";
 };
 
 }  // namespace vellix

@@ -29,10 +29,10 @@ std::string Utils::DisplayFileSizeText(int32_t size) {
   return frame.Run(std::string(), [&]() -> std::string {
     const double value = size;
     if (size == 0) return "";
-    if (size < 1000) return Format(value, "###,##0 Bytes", ctx_.locale);
-    if (size < 1000000) return Format(value / 1000.0, "###,##0 Kb", ctx_.locale);
-    if (size < 1000000000) return Format(value / 1000000.0, "###,##0 Mb", ctx_.locale);
-    return Format(value / 1000000000.0, "###,##0.000 Gb", ctx_.locale);
+    if (size < 1000) return Format(value, "###,##0 Bytes", ctx_.locale());
+    if (size < 1000000) return Format(value / 1000.0, "###,##0 Kb", ctx_.locale());
+    if (size < 1000000000) return Format(value / 1000000.0, "###,##0 Mb", ctx_.locale());
+    return Format(value / 1000000000.0, "###,##0.000 Gb", ctx_.locale());
   });
 }
 
@@ -92,7 +92,7 @@ bool Utils::ValidateFolderFormat(const std::string& format) {
     const Date testDate = DateSerial(1963, 9, 22);
     for (const auto& part : Split(format, "'")) {
       if (part.empty() || (part[0] != '@' && part[0] != '$')) continue;
-      if (Format(testDate, std::string_view(part).substr(1), ctx_.locale).empty()) return;
+      if (Format(testDate, std::string_view(part).substr(1), ctx_.locale()).empty()) return;
       result = true;
     }
   });

@@ -43,4 +43,11 @@ std::string StandardDescription(int32_t number);
 // Raises the standard error of that number.
 [[noreturn]] void Raise(int32_t number);
 
+// What a pointer points at; a call on nothing raises 91, as the runtime does.
+template <class T>
+T& Need(T* object) {
+  if (object == nullptr) Raise(err::kObjectNotSet);
+  return *object;
+}
+
 }  // namespace vellix

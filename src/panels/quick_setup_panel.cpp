@@ -55,11 +55,6 @@ constexpr std::array<AgentRow, 6> kAgents{{
     {&QuickSetupPanel::chkContacts, "Contacts", kContacts, QuarterRule::None},
 }};
 
-template <class T>
-T& Need(T* service) {
-  if (service == nullptr) throw VbError(err::kObjectNotSet);
-  return *service;
-}
 
 }  // namespace
 
@@ -311,7 +306,7 @@ void QuickSetupPanel::Load() {
 void QuickSetupPanel::SetupDefaultStore() {
   Frame frame(ctx(), kModule, "SetupDefaultStore");
   frame.Run([&] {
-    const auto personal = Need(ctx().shell).PersonalFolder();
+    const auto personal = ctx().Shell().PersonalFolder();
     if (!personal) {
       txtStorePath.Text(kDefaultStore);
     } else {
@@ -333,7 +328,7 @@ void QuickSetupPanel::chkNotFirstDay_Click() {
 
 void QuickSetupPanel::BrowseInto(TextBox& field) {
   const auto chosen =
-      Need(ctx().shell).BrowseForFolder(Text(".Strings.ControlPanel.CaptionFindFolder"));
+      ctx().Shell().BrowseForFolder(Text(".Strings.ControlPanel.CaptionFindFolder"));
   if (chosen) field.Text(*chosen);
 }
 
@@ -393,7 +388,7 @@ bool QuickSetupPanel::LeaveQuickSetup() {
       if (answer == MsgResult::Cancel) return false;
     }
 
-    FileSystem& files = Need(ctx().fileSystem);
+    FileSystem& files = ctx().Files();
     const std::string store = txtStorePath.Text();
     if (!files.FolderExists(store)) {
       // Only one level is made; a failure here just means the folder isn't
@@ -419,7 +414,7 @@ bool QuickSetupPanel::SaveQuickSetup() {
     // user: there is no Outlook to set up from.
     Ref<NameSpace> nameSpace;
     try {
-      nameSpace = Need(ctx().mailProgram).CreateApplication()->GetNamespace("MAPI");
+      nameSpace = ctx().Mail().CreateApplication()->GetNamespace("MAPI");
     } catch (const VbError&) {  // NOLINT(bugprone-empty-catch)
     }
     if (!nameSpace) {

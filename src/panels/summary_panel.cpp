@@ -30,11 +30,6 @@ constexpr const char* kPeriodsRoot = "Periods";
 constexpr int32_t kShellFirstSuccess = 33;
 constexpr int32_t kCellAlignment = 2;
 
-template <class T>
-T& Need(T* service) {
-  if (service == nullptr) Raise(err::kObjectNotSet);
-  return *service;
-}
 
 }  // namespace
 
@@ -142,7 +137,7 @@ void SummaryPanel::ShowPeriodSumary() {
   frame.Run([&] {
     fgcSuDetail.Rows(0);
     Collection<DetailRow> rows;
-    const Locale& locale = ctx().locale;
+    const Locale& locale = ctx().locale();
     for (const auto& period : ctx().engine->Config()->Periods()) {
       // A date of 0 prints as the form gives it: this list shows spans.
       AddAlphaRow(rows,
@@ -275,8 +270,8 @@ void SummaryPanel::tvwSuSelector_Click() {
 void SummaryPanel::cmdSuHelp_Click() {
   Frame frame(ctx(), kModule, "cmdSuHelp_Click");
   frame.Run([&] {
-    FileSystem& files = Need(ctx().fileSystem);
-    WebBrowser& browser = Need(ctx().browser);
+    FileSystem& files = ctx().Files();
+    WebBrowser& browser = ctx().Browser();
     // The folder and the name are joined as they come, with no separator:
     // the page lies beside the temporary folder, not in it. Any place will
     // do, since the page only tells which program opens web pages.
@@ -312,11 +307,11 @@ void SummaryPanel::cmdSuSetupWiz_Click() {
 
 std::string SummaryPanel::DateTimeText(Date value) const {
   if (value.IsZero()) return {};
-  return Format(value, "Long Date", ctx().locale) + " " + Format(value, "Long Time", ctx().locale);
+  return Format(value, "Long Date", ctx().locale()) + " " + Format(value, "Long Time", ctx().locale());
 }
 
 std::string SummaryPanel::CountText(int32_t value) const {
-  return Format(static_cast<double>(value), "###,###", ctx().locale);
+  return Format(static_cast<double>(value), "###,###", ctx().locale());
 }
 
 }  // namespace vellix

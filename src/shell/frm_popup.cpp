@@ -28,7 +28,7 @@ constexpr int kRightButtonUp = 517;
 }  // namespace
 
 FrmPopup::FrmPopup(Context& ctx, TrayPlatform& trayPlatform, PopupForms forms)
-    : Form(*ctx.host, "frmPopup"),
+    : Form(ctx.Host(), "frmPopup"),
       tabControlOptions(*this, "tabControlOptions"),
       picSu(*this, "picSu"),
       picPe(*this, "picPe"),
@@ -217,7 +217,8 @@ void FrmPopup::Form_Load() {
     layoutNode_ = ctx_.rootNode->GetNode("CommonFormat.FormLayout", false, "", Variant());
     controlState_ = MachineState::Unloaded;
 
-    if (ctx_.servers != nullptr) ctx_.engineConnector = ctx_.servers->CreateEngineConnector();
+    if (ctx_.services.servers != nullptr)
+      ctx_.engineConnector = ctx_.services.servers->CreateEngineConnector();
     if (!ctx_.engineConnector.IsNothing()) ctx_.engine = ctx_.engineConnector->Engine();
     ConnectEngine(ctx_.engine);
     if (mobjVellix_.IsNothing()) {
@@ -562,7 +563,7 @@ void FrmPopup::Form_MouseMove(int16_t /*button*/, int16_t /*shift*/, double x, d
   Frame frame(ctx_, kModule, "Form_MouseMove");
   frame.Run([&] {
     double message = x;
-    if (ScaleMode() != 3) message = x / ctx_.twipsPerPixelX;
+    if (ScaleMode() != 3) message = x / ctx_.services.twipsPerPixelX;
     switch (CLng(message)) {
       case kLeftButtonUp:
       case kLeftDoubleClick:

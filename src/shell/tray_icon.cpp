@@ -168,7 +168,7 @@ void TrayIcon::ShowNextOfPair(const std::string& first, const std::string& secon
 
 std::string TrayIcon::LoadPassingOver(const char* file) {
   try {
-    return platform_.LoadPicture(ctx_.exeFolder + "\\" + file);
+    return platform_.LoadPicture(ctx_.services.exeFolder + "\\" + file);
   } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): passed over on purpose
     // Errors are passed over while the pictures load: the picture stays at
     // nothing and the fallback to the form's icon takes over.

@@ -37,17 +37,19 @@ struct PanelRun {
     clock.Set(DateTimeSerial(2026, 3, 2, 10, 0, 0));
     // A folder that can't be made is the servers' business, as in the application.
     (void)CreateDataFolders(paths, nullptr);
-    ctx.exeFolder = Resources().string();
-    ctx.mailProgram = &mail;
-    ctx.servers = &servers;
   }
 
   ManualClock clock;
   test::ScriptedHost host{&clock};
   DataPaths paths;
   AppServers servers;
-  Context ctx{clock, &host};
   outlook::ProfileMailProgram mail{Resources() / "profiles" / "demo.xml"};
+  Services services{.clock = clock,
+                    .host = &host,
+                    .servers = &servers,
+                    .mailProgram = &mail,
+                    .exeFolder = Resources().string()};
+  Context ctx{services};
   test::RecordingTray tray;
   FrmIconTimer iconTimer{host};
   FrmPredictiveStart predictiveStart{ctx, host};
@@ -63,7 +65,7 @@ class AppServersTest : public ::testing::Test {
 TEST_F(AppServersTest, AFirstStartKeepsItsSettingsLogAndEngineInTheDataFolder) {
   {
     PanelRun run(dir_);
-    ControlStartup::Main(run.ctx, run.servers, run.popup);
+    ControlStartup::Main(run.ctx, run.popup);
     run.host.Pump();
     ASSERT_TRUE(run.popup.Loaded());
     // Every part of the panel that attaches reaches the one tree and engine.
@@ -121,7 +123,7 @@ TEST_F(AppServersTest, AnUnreadableSettingsFileIsMovedAsideTheUserIsToldAndTheSt
     fs::create_directories(file.parent_path());
     test::WriteText(file, c.text);
     PanelRun run(folder.Path());
-    ControlStartup::Main(run.ctx, run.servers, run.popup);
+    ControlStartup::Main(run.ctx, run.popup);
     run.host.Pump();
 
     // One box, before the panel runs on as on a first start.
@@ -169,7 +171,7 @@ TEST_F(AppServersTest, ASettingsFolderThatCannotBeUsedStopsItsServerWithTheReaso
       test::WriteText(blocked, "");
     }
     PanelRun run(folder.Path());
-    ControlStartup::Main(run.ctx, run.servers, run.popup);
+    ControlStartup::Main(run.ctx, run.popup);
     run.host.Pump();
     EXPECT_FALSE(run.popup.Loaded()) << c.blocked;
     EXPECT_NE(run.servers.WhyUnreachable().find(c.reason), std::string::npos)

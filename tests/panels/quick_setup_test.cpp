@@ -77,7 +77,7 @@ std::vector<std::string> AgentNames(test::PopupWorld& w) {
 // What the filled-in page must have written, whichever way the user went on.
 void ExpectQuarterlyMailAndCalendar(test::PopupWorld& w) {
   auto config = w.engine->Config();
-  auto mapi = w.ctx.mailProgram->CreateApplication()->GetNamespace("MAPI");
+  auto mapi = w.ctx.Mail().CreateApplication()->GetNamespace("MAPI");
   EXPECT_THAT(AgentNames(w), ElementsAre("Received Emails", "Sent Emails", "Calendar"));
   // Each agent watches its default folder; mail is removed after seven periods.
   const std::pair<const char*, int32_t> folders[] = {
@@ -346,7 +346,7 @@ TEST(QuickSetup, DoubtfulFoldersAreAskedAboutAndOnlyTheUsersYesGoesOn) {
 TEST(QuickSetup, WithoutOutlookNothingIsWrittenAndTheUserIsTold) {
   test::PopupWorld w;
   outlook::ProfileMailProgram noOutlook{std::shared_ptr<outlook::MailProfile>()};
-  w.ctx.mailProgram = &noOutlook;
+  w.services.mailProgram = &noOutlook;
   StartOnThePage(w);
   w.engine->ClearJournal();
 

@@ -269,45 +269,19 @@ TEST(SummaryPanel, EmptyAgentListAndCollidingNames) {
   EXPECT_EQ(GridRows(su.fgcSuDetail), before);
 }
 
-// The help button with the real browser stand-in (which hands the address
-// over as one argument) and fake browser programs.
+// The help button, with a browser whose outcomes the test sets.
 class HelpButton : public ::testing::Test {
  protected:
-  // Records the page the panel asks about, whether it was there then, and
-  // what the panel asked to be opened.
-  class RecordingBrowser : public WebBrowser {
-   public:
-    RecordingBrowser(WebBrowser& inner, test::PopupWorld& w) : inner_(inner), w_(w) {}
-    ExecutableLookup FindExecutable(const std::string& file) override {
-      page = file;
-      pageText = test::ReadText(w_.paths.ToNative(file));
-      return inner_.FindExecutable(file);
-    }
-    int32_t ShellExecute(const std::string& program, const std::string& parameters) override {
-      opened.push_back(parameters);
-      return inner_.ShellExecute(program, parameters);
-    }
-    std::string page;
-    std::string pageText;
-    std::vector<std::string> opened;
-
-   private:
-    WebBrowser& inner_;
-    test::PopupWorld& w_;
-  };
-
   void SetUp() override {
     LoadArchive(w);
-    w.ctx.browser = &recorder;
-    w.env["PATH"] = bin.string();
     w.Start();
     w.host.ClearPrompts();
   }
 
   void ExpectPageGone() {
-    EXPECT_EQ(recorder.pageText, "<HTML> <\\HTML>");
-    EXPECT_FALSE(recorder.page.empty());
-    EXPECT_FALSE(w.files->FileExists(recorder.page));
+    EXPECT_EQ(w.browser.pageText, "<HTML> <\\HTML>");
+    EXPECT_FALSE(w.browser.page.empty());
+    EXPECT_FALSE(w.files->FileExists(w.browser.page));
     for (const auto& entry : fs::recursive_directory_iterator(w.dir))
       EXPECT_NE(entry.path().extension(), ".htm") << entry.path();
   }
@@ -315,35 +289,34 @@ class HelpButton : public ::testing::Test {
   std::string Text(const std::string& key) { return w.Text(std::string(kSummary) + key); }
 
   test::PopupWorld w;
-  RecordingBrowser recorder{*w.browser, w};
-  fs::path bin = w.dir / "bin";
 };
 
-TEST_F(HelpButton, OpensTheConfiguredAddressFromATemporaryPageItRemoves) {
-  WriteFile(bin / "xdg-open", "#!/bin/sh\n", true);
+TEST_F(HelpButton, OpensTheConfiguredAddressWithTheProgramFoundFromATemporaryPageItRemoves) {
   ASSERT_TRUE(w.popup.summary.cmdSuHelp.UserClick());
-  EXPECT_THAT(recorder.opened, ElementsAre(Text(".cmdSuHelp.LinkURL")));
+  // The program's name comes trimmed; the address is its one parameter.
+  EXPECT_THAT(w.browser.opened, ElementsAre("web-browser " + Text(".cmdSuHelp.LinkURL")));
   EXPECT_THAT(w.host.Prompts(), IsEmpty());
   // The page lies beside the temporary folder, its name joined straight on.
   const std::string temp = w.files->GetSpecialFolder(2);
-  EXPECT_EQ(recorder.page.rfind(temp + "rad", 0), 0U) << recorder.page;
-  EXPECT_EQ(recorder.page.substr(recorder.page.size() - 4), ".htm");
+  EXPECT_EQ(w.browser.page.rfind(temp + "rad", 0), 0U) << w.browser.page;
+  EXPECT_EQ(w.browser.page.substr(w.browser.page.size() - 4), ".htm");
   ExpectPageGone();
   EXPECT_THAT(w.Problems(), IsEmpty());
 }
 
 TEST_F(HelpButton, WithNoBrowserOrOneThatCannotStartSaysSoAndLeavesNoPage) {
+  w.browser.findResult = kShellErrorNoAssociation;
   ASSERT_TRUE(w.popup.summary.cmdSuHelp.UserClick());
   EXPECT_THAT(w.host.Prompts(), ElementsAre(Text(".cmdSuHelp.NoBrowser")));
-  EXPECT_THAT(recorder.opened, IsEmpty());
+  EXPECT_THAT(w.browser.opened, IsEmpty());
   ExpectPageGone();
 
-  // Found, but its interpreter is missing: starting it fails.
+  // Found, but it does not start.
   w.host.ClearPrompts();
-  WriteFile(bin / "broken-browser", "#!/nonexistent/interpreter\n", true);
-  w.env["BROWSER"] = (bin / "broken-browser").string();
+  w.browser.findResult = kShellSuccess;
+  w.browser.executeResult = kShellErrorOutOfResources;
   ASSERT_TRUE(w.popup.summary.cmdSuHelp.UserClick());
-  EXPECT_EQ(recorder.opened.size(), 1U);
+  EXPECT_EQ(w.browser.opened.size(), 1U);
   EXPECT_THAT(w.host.Prompts(),
               ElementsAre(Text(".cmdSuHelp.NoURL") + "\n" + Text(".cmdSuHelp.LinkURL")));
   ExpectPageGone();

@@ -186,14 +186,14 @@ TEST(StateMachine, LoadFollowsThePersistedHiddenSettingAndAMissingOneMeansHidden
   // A boot branch without the key: the window starts hidden and the key is made.
   test::PopupWorld w;
   std::ostringstream boot;
-  boot << std::ifstream(fs::path(w.ctx.exeFolder) / ControlStartup::kBootConfigFile).rdbuf();
+  boot << std::ifstream(fs::path(w.services.exeFolder) / ControlStartup::kBootConfigFile).rdbuf();
   std::string text = boot.str();
   const auto at = text.find("<node key=\"Hidden\"");
   ASSERT_NE(at, std::string::npos);
   text.erase(at, text.find('\n', at) - at);
   fs::create_directories(w.dir / "exe");
   std::ofstream(w.dir / "exe" / ControlStartup::kBootConfigFile) << text;
-  w.ctx.exeFolder = (w.dir / "exe").string();
+  w.services.exeFolder = (w.dir / "exe").string();
   w.Start();
   EXPECT_EQ(StateOf(w), 2);
   EXPECT_FALSE(w.popup.Visible());
@@ -248,7 +248,7 @@ TEST(StateMachine, TrayGesturesAndMinimisingReachTheWindowTheMachineAndTheMenu) 
   w.Start();
   ASSERT_EQ(StateOf(w), 3);
   auto mouse = [&](double message) {
-    w.popup.UserMouseMove(0, 0, message * w.ctx.twipsPerPixelX, 0);
+    w.popup.UserMouseMove(0, 0, message * w.services.twipsPerPixelX, 0);
     w.host.Pump();
   };
   // Minimising hides the window without telling the machine; a left click on

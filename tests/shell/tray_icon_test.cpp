@@ -32,7 +32,6 @@ class TrayIconTest : public ::testing::Test {
   TrayIconTest() {
     ctx.errorLog = log;
     ctx.rootNode = Ref<ConfigNode>(root);
-    ctx.exeFolder = "/opt/vellix";
     root->GetNode("Componants.VellixControl.Strings.SystemTrayTip", true, "String",
                   Variant("- mail archiving"));
     popup.Icon(kFormIcon);
@@ -46,7 +45,8 @@ class TrayIconTest : public ::testing::Test {
 
   ManualClock clock;
   test::ScriptedHost host{&clock};
-  Context ctx{clock, &host};
+  Services services{.clock = clock, .host = &host, .exeFolder = "/opt/vellix"};
+  Context ctx{services};
   std::shared_ptr<test::RecordingErrorLog> log = std::make_shared<test::RecordingErrorLog>();
   std::shared_ptr<ConfigTreeNode> root =
       std::make_shared<ConfigTreeNode>("", ContentKind::Collection, Variant());

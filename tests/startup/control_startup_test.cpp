@@ -45,7 +45,7 @@ class Servers : public test::PopupWorld {
 
   [[nodiscard]] std::string WhyUnreachable() const override { return why; }
 
-  void Main() { ControlStartup::Main(ctx, *this, form); }
+  void Main() { ControlStartup::Main(ctx, form); }
 
   std::weak_ptr<void> startupHolder;
   bool errorLogReachable = true;
@@ -84,14 +84,14 @@ TEST(Startup, FirstStartGraftsTheBootBranchAndCommitsALaterStartLeavesItAlone) {
   root.GetNode("Componants.VellixControl.Strings.ProductName", false, "", Variant())
       ->SetContent(Variant("Renamed"));
   root.Commit("");
-  const std::string shipped = w.ctx.exeFolder;
-  w.ctx.exeFolder = w.dir.string();
+  const std::string shipped = w.services.exeFolder;
+  w.services.exeFolder = w.dir.string();
   std::ofstream(w.dir / ControlStartup::kBootConfigFile) << "<not xml";
   w.config = std::make_shared<ConfigServer>(w.dir / "ConfigTree.xml",
                                             fs::path(shipped) / "CommonFormat.xml");
   w.freeNodes = 0;
   Form again{w.host, "frmPopup"};
-  ControlStartup::Main(w.ctx, w, again);
+  ControlStartup::Main(w.ctx, again);
   EXPECT_EQ(w.freeNodes, 0);
   EXPECT_TRUE(again.Visible());
   EXPECT_EQ(w.ctx.rootNode->GetValue("Componants.VellixControl.Strings.ProductName").ToString(),
@@ -154,8 +154,8 @@ TEST(Startup, AnUnreachableErrorLogOrConfigurationMeansOneMessageAndNoWindow) {
 
 TEST(Startup, AMissingBootFileOrABranchThatCannotBeGraftedEndsWithALogRecordAndNoWindow) {
   Servers w;
-  const std::string shipped = w.ctx.exeFolder;
-  w.ctx.exeFolder = w.dir.string();  // no boot file here
+  const std::string shipped = w.services.exeFolder;
+  w.services.exeFolder = w.dir.string();  // no boot file here
   w.Main();
   EXPECT_FALSE(w.form.Loaded());
   EXPECT_THAT(w.host.Prompts(), IsEmpty());
@@ -170,7 +170,7 @@ TEST(Startup, AMissingBootFileOrABranchThatCannotBeGraftedEndsWithALogRecordAndN
          "  <node key=\"Componants\" type=\"String\">none</node>\n</config>\n";
   w.config = std::make_shared<ConfigServer>(w.dir / "ConfigTree.xml", "");
   w.log->records.clear();
-  w.ctx.exeFolder = shipped;
+  w.services.exeFolder = shipped;
   w.Main();
   EXPECT_FALSE(w.form.Loaded());
   EXPECT_THAT(w.log->records,

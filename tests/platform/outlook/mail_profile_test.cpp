@@ -52,7 +52,8 @@ TEST_F(DemoProfile, HasEveryDefaultFolderAndEveryPathLeadsBackToItsFolder) {
 
   // Every folder's full path is what the folder walk finds again.
   ManualClock clock;
-  Context ctx(clock);
+  const Services services{.clock = clock};
+  Context ctx(services);
   Utils utils(ctx);
   int checked = 0;
   std::function<void(const Ref<MAPIFolder>&)> check = [&](const Ref<MAPIFolder>& folder) {

@@ -5,6 +5,7 @@
 #include "foundation/control_startup.h"
 #include "servers/config/config_tree_node.h"
 #include "servers/engine/engine_server_connector.h"
+#include "support/temp_folder.h"
 
 namespace vellix::test {
 
@@ -48,7 +49,7 @@ PopupWorld::PopupWorld()
       paths(dir / "data"),
       popup(ctx, tray, PopupForms{iconTimer, &predictiveStart, nullptr, nullptr}) {
   clock.Set(DateTimeSerial(2026, 11, 22, 9, 30, 0));
-  ctx.exeFolder = Resources().string();
+  services.exeFolder = Resources().string();
   env["HOME"] = (dir / "home").string();
   fs::create_directories(dir / "home" / "Documents");
   auto lookup = [this](const std::string& name) -> std::optional<std::string> {
@@ -66,11 +67,11 @@ PopupWorld::PopupWorld()
       },
       lookup);
   files = std::make_unique<desktop::PosixFileSystem>(paths);
-  browser = std::make_unique<desktop::XdgWebBrowser>(paths, lookup);
-  ctx.mailProgram = mail.get();
-  ctx.shell = shell.get();
-  ctx.fileSystem = files.get();
-  ctx.browser = browser.get();
+  browser.readPage = [this](const std::string& page) { return ReadText(paths.ToNative(page)); };
+  services.mailProgram = mail.get();
+  services.shell = shell.get();
+  services.fileSystem = files.get();
+  services.browser = &browser;
   config = std::make_shared<ConfigServer>(dir / "ConfigTree.xml", Resources() / "CommonFormat.xml");
   engine = std::make_shared<engine::EngineServer>(
       dir / "Engine.xml", desktop::PathMapping(dir / "data"), clock, nullptr);
@@ -94,7 +95,7 @@ void PopupWorld::PresetHidden(bool hidden) {
 }
 
 void PopupWorld::Start() {
-  ControlStartup::Main(ctx, *this, popup);
+  ControlStartup::Main(ctx, popup);
   host.Pump();  // the event loop starts: the window's activation arrives
 }
 

@@ -12,7 +12,6 @@
 #include "platform/desktop/path_mapping.h"
 #include "platform/desktop/posix_file_system.h"
 #include "platform/desktop/xdg_shell.h"
-#include "platform/desktop/xdg_web_browser.h"
 #include "platform/outlook/profile_mail_program.h"
 #include "servers/config/config_server.h"
 #include "servers/engine/engine_server.h"
@@ -21,6 +20,7 @@
 #include "support/popup/recording_config.h"
 #include "support/recording_error_log.h"
 #include "support/recording_tray.h"
+#include "support/scripted_browser.h"
 #include "support/scripted_host.h"
 
 namespace vellix::test {
@@ -62,7 +62,10 @@ class PopupWorld : public ServerFactory {
   std::map<std::string, std::string> env;
   ManualClock clock;
   ScriptedHost host{&clock};
-  Context ctx{clock, &host};
+  // The services, as the application sets them once; a test may swap one
+  // before Start.
+  Services services{.clock = clock, .host = &host, .servers = this};
+  Context ctx{services};
   RecordingTray tray;
   std::shared_ptr<RecordingErrorLog> log = std::make_shared<RecordingErrorLog>();
   std::shared_ptr<ConfigServer> config;
@@ -75,7 +78,7 @@ class PopupWorld : public ServerFactory {
   std::unique_ptr<outlook::ProfileMailProgram> mail;
   std::unique_ptr<desktop::XdgShell> shell;
   std::unique_ptr<desktop::PosixFileSystem> files;
-  std::unique_ptr<desktop::XdgWebBrowser> browser;
+  ScriptedBrowser browser;
   FrmIconTimer iconTimer{host};
   FrmPredictiveStart predictiveStart{ctx, host};
   FrmPopup popup;
