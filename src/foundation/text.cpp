@@ -6,9 +6,6 @@ namespace vellix {
 
 namespace {
 
-char Lower(char c) {
-  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
-}
 char Upper(char c) {
   return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
 }
@@ -16,7 +13,7 @@ char Upper(char c) {
 bool MatchesAt(std::string_view text, size_t pos, std::string_view find) {
   if (text.size() - pos < find.size()) return false;
   for (size_t i = 0; i < find.size(); ++i) {
-    if (Lower(text[pos + i]) != Lower(find[i])) return false;
+    if (LCase(text[pos + i]) != LCase(find[i])) return false;
   }
   return true;
 }
@@ -83,15 +80,15 @@ std::string UCase(std::string_view text) {
 std::string LCase(std::string_view text) {
   std::string out(text);
   for (char& c : out)
-    c = Lower(c);
+    c = LCase(c);
   return out;
 }
 
 int CompareText(std::string_view a, std::string_view b) {
   const size_t n = a.size() < b.size() ? a.size() : b.size();
   for (size_t i = 0; i < n; ++i) {
-    const auto ca = static_cast<unsigned char>(Lower(a[i]));
-    const auto cb = static_cast<unsigned char>(Lower(b[i]));
+    const auto ca = static_cast<unsigned char>(LCase(a[i]));
+    const auto cb = static_cast<unsigned char>(LCase(b[i]));
     if (ca != cb) return ca < cb ? -1 : 1;
   }
   if (a.size() == b.size()) return 0;

@@ -23,6 +23,9 @@ std::string RTrim(std::string_view text);
 // Case changes and comparison of ASCII letters.
 std::string UCase(std::string_view text);
 std::string LCase(std::string_view text);
+constexpr char LCase(char c) {
+  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+}
 // -1, 0 or 1, comparing without regard to case.
 int CompareText(std::string_view a, std::string_view b);
 bool EqualsText(std::string_view a, std::string_view b);
