@@ -6,10 +6,6 @@ namespace vellix {
 
 namespace {
 
-char Upper(char c) {
-  return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
 bool MatchesAt(std::string_view text, size_t pos, std::string_view find) {
   if (text.size() - pos < find.size()) return false;
   for (size_t i = 0; i < find.size(); ++i) {
@@ -70,13 +66,6 @@ std::string RTrim(std::string_view text) {
   return last == std::string_view::npos ? std::string() : std::string(text.substr(0, last + 1));
 }
 
-std::string UCase(std::string_view text) {
-  std::string out(text);
-  for (char& c : out)
-    c = Upper(c);
-  return out;
-}
-
 std::string LCase(std::string_view text) {
   std::string out(text);
   for (char& c : out)
@@ -97,17 +86,6 @@ int CompareText(std::string_view a, std::string_view b) {
 
 bool EqualsText(std::string_view a, std::string_view b) {
   return a.size() == b.size() && MatchesAt(a, 0, b);
-}
-
-int InStr(std::string_view text, std::string_view find, int start) {
-  // A start before the first character is an invalid call, as in the runtime.
-  if (start < 1) Raise(err::kInvalidCall);
-  if (text.empty()) return 0;
-  const auto from = static_cast<size_t>(start - 1);
-  if (from >= text.size()) return 0;
-  if (find.empty()) return start;
-  const size_t at = text.find(find, from);
-  return at == std::string_view::npos ? 0 : static_cast<int>(at + 1);
 }
 
 }  // namespace vellix

@@ -7,6 +7,7 @@
 #include "foundation/ref.h"
 #include "support/expect_vb_error.h"
 #include "support/fake_outlook.h"
+#include "support/manual_clock.h"
 #include "support/recording_error_log.h"
 
 namespace vellix {
