@@ -6,7 +6,6 @@
 #include <QPushButton>
 #include <QTimer>
 #include <QWidget>
-#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <utility>
@@ -14,6 +13,7 @@
 #include "dialogs/frm_predictive_start.h"
 #include "forms/panel.h"
 #include "foundation/controls.h"
+#include "foundation/text.h"
 #include "shell/frm_popup.h"
 #include "view/qt/qt_host.h"
 
@@ -27,21 +27,11 @@ constexpr int kSettleMs = 300;
 constexpr int kWatchdogMs = 60000;
 constexpr int kPictures = 3;
 
-bool SameText(const std::string& a, const std::string& b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i) {
-    if (std::tolower(static_cast<unsigned char>(a[i])) !=
-        std::tolower(static_cast<unsigned char>(b[i])))
-      return false;
-  }
-  return true;
-}
-
 // Whether the control lies in the container, directly or further down.
 bool Inside(const Form& form, const Control& control, const std::string& container) {
   std::string at = control.Container();
   for (int depth = 0; !at.empty() && depth < 32; ++depth) {
-    if (SameText(at, container)) return true;
+    if (EqualsText(at, container)) return true;
     const auto* parent = form.Find(at);
     if (parent == nullptr) return false;
     at = parent->Container();
@@ -159,7 +149,7 @@ void FirstRunScript::SummaryStep() {
   } else {
     const TreeNode* agents = nullptr;
     for (const auto* root : tree->Roots()) {
-      if (SameText(root->Text(), "Agents")) agents = root;
+      if (EqualsText(root->Text(), "Agents")) agents = root;
     }
     if (agents != nullptr)
       tree->UserClickNode(agents->Key());

@@ -10,21 +10,15 @@ CommandButton::CommandButton(Form& form, std::string name, std::string container
     : Control(form, ControlKind::CommandButton, std::move(name), std::move(container)) {}
 
 void CommandButton::Caption(std::string value) {
-  if (caption_ == value) return;
-  caption_ = std::move(value);
-  Changed("Caption");
+  if (SetProperty(caption_, std::move(value))) Changed("Caption");
 }
 
 void CommandButton::Default(bool value) {
-  if (default_ == value) return;
-  default_ = value;
-  Changed("Default");
+  if (SetProperty(default_, value)) Changed("Default");
 }
 
 void CommandButton::Cancel(bool value) {
-  if (cancel_ == value) return;
-  cancel_ = value;
-  Changed("Cancel");
+  if (SetProperty(cancel_, value)) Changed("Cancel");
 }
 
 void CommandButton::ResetProperties() {
@@ -37,15 +31,12 @@ CheckBox::CheckBox(Form& form, std::string name, std::string container)
     : Control(form, ControlKind::CheckBox, std::move(name), std::move(container)) {}
 
 void CheckBox::Caption(std::string value) {
-  if (caption_ == value) return;
-  caption_ = std::move(value);
-  Changed("Caption");
+  if (SetProperty(caption_, std::move(value))) Changed("Caption");
 }
 
 void CheckBox::Value(int32_t value) {
   if (value < kUnchecked || value > kGrayed) RaiseControlError(ctlerr::kInvalidPropertyValue);
-  if (value_ == value) return;
-  value_ = value;
+  if (!SetProperty(value_, value)) return;
   Changed("Value");
   Fire(Click);
 }
@@ -65,9 +56,7 @@ OptionButton::OptionButton(Form& form, std::string name, std::string container)
     : Control(form, ControlKind::OptionButton, std::move(name), std::move(container)) {}
 
 void OptionButton::Caption(std::string value) {
-  if (caption_ == value) return;
-  caption_ = std::move(value);
-  Changed("Caption");
+  if (SetProperty(caption_, std::move(value))) Changed("Caption");
 }
 
 void OptionButton::Value(bool value) {

@@ -73,9 +73,6 @@ class Collection {
       out.push_back(e.value);
     return out;
   }
-  [[nodiscard]] const std::string& KeyAt(int32_t index) const {
-    return items_.at(Position(index)).key;
-  }
 
  private:
   [[nodiscard]] size_t Position(int32_t index) const {

@@ -13,9 +13,7 @@ void ComboBox::Style(int32_t value) {
   if (value != kDropdownCombo && value != kDropdownList) {
     RaiseControlError(ctlerr::kInvalidPropertyValue);
   }
-  if (style_ == value) return;
-  style_ = value;
-  Changed("Style");
+  if (SetProperty(style_, value)) Changed("Style");
 }
 
 void ComboBox::Text(std::string value) {
@@ -100,9 +98,7 @@ int32_t ComboBox::FindExact(const std::string& text) const {
 }
 
 void ComboBox::SetTextQuietly(std::string value) {
-  if (text_ == value) return;
-  text_ = std::move(value);
-  Changed("Text");
+  if (SetProperty(text_, std::move(value))) Changed("Text");
 }
 
 }  // namespace vellix

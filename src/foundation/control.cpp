@@ -86,48 +86,35 @@ Control* Control::ContainerControl() const {
 }
 
 void Control::Enabled(bool value) {
-  if (base_.enabled == value) return;
-  base_.enabled = value;
+  if (!SetProperty(base_.enabled, value)) return;
   Changed("Enabled");
   EnabledChanged();
 }
 
 void Control::Visible(bool value) {
-  if (base_.visible == value) return;
-  base_.visible = value;
-  Changed("Visible");
+  if (SetProperty(base_.visible, value)) Changed("Visible");
 }
 
 void Control::ToolTipText(std::string value) {
-  if (base_.toolTip == value) return;
-  base_.toolTip = std::move(value);
-  Changed("ToolTipText");
+  if (SetProperty(base_.toolTip, std::move(value))) Changed("ToolTipText");
 }
 
 void Control::Left(int32_t value) {
-  if (base_.left == value) return;
-  base_.left = value;
-  Changed("Left");
+  if (SetProperty(base_.left, value)) Changed("Left");
 }
 
 void Control::Top(int32_t value) {
-  if (base_.top == value) return;
-  base_.top = value;
-  Changed("Top");
+  if (SetProperty(base_.top, value)) Changed("Top");
 }
 
 void Control::Width(int32_t value) {
   if (value < 0) RaiseControlError(ctlerr::kInvalidPropertyValue);
-  if (base_.width == value) return;
-  base_.width = value;
-  Changed("Width");
+  if (SetProperty(base_.width, value)) Changed("Width");
 }
 
 void Control::Height(int32_t value) {
   if (value < 0) RaiseControlError(ctlerr::kInvalidPropertyValue);
-  if (base_.height == value) return;
-  base_.height = value;
-  Changed("Height");
+  if (SetProperty(base_.height, value)) Changed("Height");
 }
 
 void Control::Move(int32_t left, int32_t top, int32_t width, int32_t height) {
@@ -139,9 +126,7 @@ void Control::Move(int32_t left, int32_t top, int32_t width, int32_t height) {
 }
 
 void Control::BackColor(int32_t value) {
-  if (base_.backColor == value) return;
-  base_.backColor = value;
-  Changed("BackColor");
+  if (SetProperty(base_.backColor, value)) Changed("BackColor");
 }
 
 void Control::ZOrder(int32_t position) {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "foundation/event.h"
+#include "foundation/property.h"
 
 namespace vellix {
 
@@ -62,7 +63,7 @@ inline constexpr int32_t kDateOutOfRange = 35788;
 //   to case; a second control of a name raises 5.
 // - Properties are overloaded pairs, getter X() and setter X(value). Every
 //   setter that changes a value tells the observers which property changed
-//   (OnChanged); the view re-reads that property.
+//   (OnChanged, through SetProperty); the view re-reads that property.
 // - Events are std::function members named as the system names the event
 //   (Click, Change, LostFocus, ItemCheck, ...). A form or panel wires each
 //   once, in its constructor: cmdOK.Click = [this] { cmdOK_Click(); };

@@ -121,13 +121,6 @@ Date FromUnixSeconds(int64_t secondsSinceEpochLocal) {
                            static_cast<double>(secondsSinceEpochLocal - day * 86400));
 }
 
-int64_t ToUnixSeconds(Date date) {
-  const double linear = ToLinear(date.Serial());
-  if (!std::isfinite(linear)) return 0;
-  const double clamped = std::fmax(std::fmin(linear, 1e8), -1e8);
-  return std::llround((clamped - static_cast<double>(kEpochOffset)) * kSecondsPerDay);
-}
-
 Date AddSeconds(Date date, double seconds) {
   return Date(FromLinear(ToLinear(date.Serial()) + seconds / kSecondsPerDay));
 }

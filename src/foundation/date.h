@@ -49,7 +49,6 @@ CivilTime ToCivil(Date date);
 // seconds count local wall time from 1 January 1970 00:00 local: no time zone
 // is applied here, so a caller holding UTC seconds adds the zone's offset first.
 Date FromUnixSeconds(int64_t secondsSinceEpochLocal);
-int64_t ToUnixSeconds(Date date);
 
 // Adds seconds to a date.
 Date AddSeconds(Date date, double seconds);
@@ -65,18 +64,6 @@ class Clock {
 class SystemClock final : public Clock {
  public:
   [[nodiscard]] Date Now() const override;
-};
-
-// A clock a test sets and advances.
-class ManualClock final : public Clock {
- public:
-  explicit ManualClock(Date now = Date()) : now_(now) {}
-  [[nodiscard]] Date Now() const override { return now_; }
-  void Set(Date now) { now_ = now; }
-  void AdvanceSeconds(double seconds) { now_ = AddSeconds(now_, seconds); }
-
- private:
-  Date now_;
 };
 
 }  // namespace vellix

@@ -16,8 +16,7 @@ void DatePicker::MinDate(Date value) {
   if (value < Date(kEarliestSerial) || value > maxDate_) {
     RaiseControlError(ctlerr::kInvalidPropertyValue);
   }
-  if (minDate_ == value) return;
-  minDate_ = value;
+  if (!SetProperty(minDate_, value)) return;
   Changed("MinDate");
   if (value_ < minDate_) SetValue(minDate_);
 }
@@ -26,23 +25,18 @@ void DatePicker::MaxDate(Date value) {
   if (value > Date(kLatestSerial) || value < minDate_) {
     RaiseControlError(ctlerr::kInvalidPropertyValue);
   }
-  if (maxDate_ == value) return;
-  maxDate_ = value;
+  if (!SetProperty(maxDate_, value)) return;
   Changed("MaxDate");
   if (value_ > maxDate_) SetValue(maxDate_);
 }
 
 void DatePicker::Format(int32_t value) {
   if (value < kLongDate || value > kCustom) RaiseControlError(ctlerr::kInvalidPropertyValue);
-  if (format_ == value) return;
-  format_ = value;
-  Changed("Format");
+  if (SetProperty(format_, value)) Changed("Format");
 }
 
 void DatePicker::CustomFormat(std::string value) {
-  if (customFormat_ == value) return;
-  customFormat_ = std::move(value);
-  Changed("CustomFormat");
+  if (SetProperty(customFormat_, std::move(value))) Changed("CustomFormat");
 }
 
 bool DatePicker::UserSetValue(Date value) {
@@ -60,8 +54,7 @@ void DatePicker::ResetProperties() {
 }
 
 void DatePicker::SetValue(Date value) {
-  if (value_ == value) return;
-  value_ = value;
+  if (!SetProperty(value_, value)) return;
   Changed("Value");
   Fire(Change);
 }

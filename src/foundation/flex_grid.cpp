@@ -34,16 +34,12 @@ void FlexGrid::Cols(int32_t value) {
 
 void FlexGrid::FixedRows(int32_t value) {
   if (value < 0 || value > rows_) RaiseControlError(ctlerr::kInvalidRow);
-  if (value == fixedRows_) return;
-  fixedRows_ = value;
-  Changed("FixedRows");
+  if (SetProperty(fixedRows_, value)) Changed("FixedRows");
 }
 
 void FlexGrid::FixedCols(int32_t value) {
   if (value < 0 || value > cols_) RaiseControlError(ctlerr::kInvalidCol);
-  if (value == fixedCols_) return;
-  fixedCols_ = value;
-  Changed("FixedCols");
+  if (SetProperty(fixedCols_, value)) Changed("FixedCols");
 }
 
 void FlexGrid::Row(int32_t value) {
@@ -76,9 +72,7 @@ const std::string& FlexGrid::TextMatrix(int32_t row, int32_t col) const {
 void FlexGrid::TextMatrix(int32_t row, int32_t col, std::string value) {
   CheckCell(row, col);
   auto& text = At(row, col).text;
-  if (text == value) return;
-  text = std::move(value);
-  Changed("TextMatrix");
+  if (SetProperty(text, std::move(value))) Changed("TextMatrix");
 }
 
 int32_t FlexGrid::ColWidth(int32_t col) const {
@@ -91,9 +85,7 @@ void FlexGrid::ColWidth(int32_t col, int32_t width) {
   if (width < -1) RaiseControlError(ctlerr::kInvalidPropertyValue);
   if (width == -1) width = kDefaultColWidth;
   auto& w = colWidths_[static_cast<size_t>(col)];
-  if (w == width) return;
-  w = width;
-  Changed("ColWidth");
+  if (SetProperty(w, width)) Changed("ColWidth");
 }
 
 int32_t FlexGrid::RowHeight(int32_t row) const {
@@ -106,9 +98,7 @@ void FlexGrid::RowHeight(int32_t row, int32_t height) {
   if (height < -1) RaiseControlError(ctlerr::kInvalidPropertyValue);
   if (height == -1) height = kDefaultRowHeight;
   auto& h = rowHeights_[static_cast<size_t>(row)];
-  if (h == height) return;
-  h = height;
-  Changed("RowHeight");
+  if (SetProperty(h, height)) Changed("RowHeight");
 }
 
 int32_t FlexGrid::ColAlignment(int32_t col) const {
@@ -120,9 +110,7 @@ void FlexGrid::ColAlignment(int32_t col, int32_t alignment) {
   if (col < 0 || col >= cols_) RaiseControlError(ctlerr::kInvalidPropertyIndex);
   if (!ValidAlignment(alignment)) RaiseControlError(ctlerr::kInvalidPropertyValue);
   auto& a = colAlignments_[static_cast<size_t>(col)];
-  if (a == alignment) return;
-  a = alignment;
-  Changed("ColAlignment");
+  if (SetProperty(a, alignment)) Changed("ColAlignment");
 }
 
 int32_t FlexGrid::CellAlignment() const {
@@ -134,9 +122,7 @@ void FlexGrid::CellAlignment(int32_t alignment) {
   if (row_ < 0) RaiseControlError(ctlerr::kInvalidRow);
   if (col_ < 0) RaiseControlError(ctlerr::kInvalidCol);
   auto& a = At(row_, col_).alignment;
-  if (a == alignment) return;
-  a = alignment;
-  Changed("CellAlignment");
+  if (SetProperty(a, alignment)) Changed("CellAlignment");
 }
 
 int32_t FlexGrid::CellAlignmentAt(int32_t row, int32_t col) const {

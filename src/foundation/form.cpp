@@ -3,26 +3,11 @@
 #include <algorithm>
 #include <utility>
 
+#include "foundation/scoped_value.h"
 #include "foundation/text.h"
 #include "foundation/ui_host.h"
 
 namespace vellix {
-
-namespace {
-
-// Sets a flag for the length of a scope, also when the scope ends by an error.
-class FlagScope {
- public:
-  explicit FlagScope(bool& flag) : flag_(flag) { flag_ = true; }
-  FlagScope(const FlagScope&) = delete;
-  FlagScope& operator=(const FlagScope&) = delete;
-  ~FlagScope() { flag_ = false; }
-
- private:
-  bool& flag_;
-};
-
-}  // namespace
 
 Form::Form(UiHost& host, std::string name) : host_(host), name_(std::move(name)) {}
 
@@ -32,61 +17,43 @@ Form::~Form() {
 }
 
 void Form::Caption(std::string value) {
-  if (props_.caption == value) return;
-  props_.caption = std::move(value);
-  Changed("Caption");
+  if (SetProperty(props_.caption, std::move(value))) Changed("Caption");
 }
 
 void Form::Left(int32_t value) {
-  if (props_.left == value) return;
-  props_.left = value;
-  Changed("Left");
+  if (SetProperty(props_.left, value)) Changed("Left");
 }
 
 void Form::Top(int32_t value) {
-  if (props_.top == value) return;
-  props_.top = value;
-  Changed("Top");
+  if (SetProperty(props_.top, value)) Changed("Top");
 }
 
 void Form::Width(int32_t value) {
   if (value < 0) RaiseControlError(ctlerr::kInvalidPropertyValue);
-  if (props_.width == value) return;
-  props_.width = value;
-  SizeChanged("Width");
+  if (SetProperty(props_.width, value)) SizeChanged("Width");
 }
 
 void Form::Height(int32_t value) {
   if (value < 0) RaiseControlError(ctlerr::kInvalidPropertyValue);
-  if (props_.height == value) return;
-  props_.height = value;
-  SizeChanged("Height");
+  if (SetProperty(props_.height, value)) SizeChanged("Height");
 }
 
 void Form::WindowState(int32_t value) {
   if (value < 0 || value > 2) RaiseControlError(ctlerr::kInvalidPropertyValue);
-  if (props_.windowState == value) return;
-  props_.windowState = value;
-  SizeChanged("WindowState");
+  if (SetProperty(props_.windowState, value)) SizeChanged("WindowState");
 }
 
 void Form::Icon(std::string value) {
-  if (props_.icon == value) return;
-  props_.icon = std::move(value);
-  Changed("Icon");
+  if (SetProperty(props_.icon, std::move(value))) Changed("Icon");
 }
 
 void Form::BackColor(int32_t value) {
-  if (props_.backColor == value) return;
-  props_.backColor = value;
-  Changed("BackColor");
+  if (SetProperty(props_.backColor, value)) Changed("BackColor");
 }
 
 void Form::ScaleMode(int32_t value) {
   if (value < 0 || value > 7) RaiseControlError(ctlerr::kInvalidPropertyValue);
-  if (props_.scaleMode == value) return;
-  props_.scaleMode = value;
-  Changed("ScaleMode");
+  if (SetProperty(props_.scaleMode, value)) Changed("ScaleMode");
 }
 
 void Form::Visible(bool value) {
@@ -100,7 +67,7 @@ void Form::Visible(bool value) {
 void Form::Load() {
   if (loaded_) return;
   {
-    FlagScope designing(designing_);
+    ScopedValue designing(designing_, true);
     props_ = Props{};
     active_ = nullptr;
     for (Control* control : controls_)
@@ -153,7 +120,7 @@ bool Form::Unload(int32_t unloadMode) {
   // An unload asked for from inside this form's own unload handlers.
   if (unloading_) return false;
   {
-    FlagScope unloading(unloading_);
+    ScopedValue unloading(unloading_, true);
     bool cancel = false;
     Form_QueryUnload(cancel, unloadMode);
     if (cancel || !loaded_) return !loaded_;

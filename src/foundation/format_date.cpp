@@ -34,13 +34,9 @@ struct Token {
   std::string text;
 };
 
-char Lower(char c) {
-  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 size_t RunLength(std::string_view pattern, size_t at) {
   size_t n = 1;
-  while (at + n < pattern.size() && Lower(pattern[at + n]) == Lower(pattern[at]))
+  while (at + n < pattern.size() && LCase(pattern[at + n]) == LCase(pattern[at]))
     ++n;
   return n;
 }
@@ -66,7 +62,7 @@ std::vector<Token> Tokenize(std::string_view pattern) {
   size_t i = 0;
   while (i < pattern.size()) {
     const char c = pattern[i];
-    const char lower = Lower(c);
+    const char lower = LCase(c);
     const size_t run = RunLength(pattern, i);
     size_t used = 1;
     if (c == '"' || c == '\'') {

@@ -9,18 +9,14 @@ ListBox::ListBox(Form& form, std::string name, std::string container)
 
 void ListBox::Style(int32_t value) {
   if (value != kStandard && value != kCheckbox) RaiseControlError(ctlerr::kInvalidPropertyValue);
-  if (style_ == value) return;
-  style_ = value;
-  Changed("Style");
+  if (SetProperty(style_, value)) Changed("Style");
 }
 
 void ListBox::MultiSelect(int32_t value) {
   if (value < kMultiSelectNone || value > kMultiSelectExtended) {
     RaiseControlError(ctlerr::kInvalidPropertyValue);
   }
-  if (multiSelect_ == value) return;
-  multiSelect_ = value;
-  Changed("MultiSelect");
+  if (SetProperty(multiSelect_, value)) Changed("MultiSelect");
 }
 
 void ListBox::ListIndex(int32_t index) {
@@ -58,14 +54,6 @@ void ListBox::Selected(int32_t index, bool value) {
   }
 }
 
-int32_t ListBox::SelCount() const {
-  if (!UsesFlags()) return ListIndex() >= 0 ? 1 : 0;
-  int32_t count = 0;
-  for (const auto& item : Items())
-    count += item.flag ? 1 : 0;
-  return count;
-}
-
 bool ListBox::UserClickRow(int32_t index, bool extend) {
   if (!InList(index) || !BeginUserAction()) return false;
   if (style_ == kStandard && multiSelect_ == kMultiSelectSimple) {
@@ -101,9 +89,7 @@ void ListBox::ResetProperties() {
 
 void ListBox::SetFlag(int32_t index, bool value) {
   auto& flag = Items()[static_cast<size_t>(index)].flag;
-  if (flag == value) return;
-  flag = value;
-  Changed("Selected");
+  if (SetProperty(flag, value)) Changed("Selected");
 }
 
 }  // namespace vellix

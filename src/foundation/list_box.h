@@ -43,8 +43,6 @@ class ListBox : public ListControl {
   void ListIndex(int32_t index);
   [[nodiscard]] bool Selected(int32_t index) const;
   void Selected(int32_t index, bool value);
-  // Rows selected, or ticked in style 1.
-  [[nodiscard]] int32_t SelCount() const;
   // The text of the selected row, "" for none.
   [[nodiscard]] std::string Text() const { return List(ListIndex()); }
 

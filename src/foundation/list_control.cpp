@@ -16,9 +16,7 @@ std::string ListControl::List(int32_t index) const {
 void ListControl::List(int32_t index, std::string text) {
   if (!InList(index)) RaiseControlError(ctlerr::kInvalidPropertyIndex);
   auto& item = items_[static_cast<size_t>(index)];
-  if (item.text == text) return;
-  item.text = std::move(text);
-  Changed("List");
+  if (SetProperty(item.text, std::move(text))) Changed("List");
 }
 
 int32_t ListControl::ItemData(int32_t index) const {
@@ -37,7 +35,6 @@ void ListControl::AddItem(std::string text, int32_t index) {
   if (index < 0 || index > ListCount()) Raise(err::kInvalidCall);
   items_.insert(items_.begin() + index, Item{std::move(text), 0, false});
   if (listIndex_ >= index) ++listIndex_;
-  newIndex_ = index;
   Changed("List");
   ItemAdded(index);
 }
@@ -51,7 +48,6 @@ void ListControl::RemoveItem(int32_t index) {
   } else if (listIndex_ > index) {
     --listIndex_;
   }
-  newIndex_ = -1;
   Changed("List");
   if (wasSelected) Changed("ListIndex");
   ItemRemoved(index, wasSelected);
@@ -59,7 +55,6 @@ void ListControl::RemoveItem(int32_t index) {
 
 void ListControl::Clear() {
   items_.clear();
-  newIndex_ = -1;
   const bool hadSelection = listIndex_ != -1;
   listIndex_ = -1;
   Changed("List");
@@ -67,15 +62,12 @@ void ListControl::Clear() {
 }
 
 void ListControl::SetListIndexQuietly(int32_t index) {
-  if (listIndex_ == index) return;
-  listIndex_ = index;
-  Changed("ListIndex");
+  if (SetProperty(listIndex_, index)) Changed("ListIndex");
 }
 
 void ListControl::ResetProperties() {
   items_.clear();
   listIndex_ = -1;
-  newIndex_ = -1;
 }
 
 }  // namespace vellix

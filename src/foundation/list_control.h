@@ -9,9 +9,8 @@
 namespace vellix {
 
 // The list shared by combo boxes and list boxes: rows counted from 0, each
-// with a text and a 32-bit item data, a selected row (ListIndex, -1 for
-// none) and the position of the row added last (NewIndex, -1 for none).
-// Rows keep their item data and selection when rows before them come or go.
+// with a text and a 32-bit item data and a selected row (ListIndex, -1 for
+// none). Rows keep their item data and selection when rows before them come or go.
 class ListControl : public Control {
  public:
   [[nodiscard]] int32_t ListCount() const { return static_cast<int32_t>(items_.size()); }
@@ -23,7 +22,6 @@ class ListControl : public Control {
   // A position outside the list raises 381.
   [[nodiscard]] int32_t ItemData(int32_t index) const;
   void ItemData(int32_t index, int32_t value);
-  [[nodiscard]] int32_t NewIndex() const { return newIndex_; }
   [[nodiscard]] int32_t ListIndex() const { return listIndex_; }
 
   // Adds a row at the end, or before the row at index (0 to ListCount); any
@@ -59,7 +57,6 @@ class ListControl : public Control {
  private:
   std::vector<Item> items_;
   int32_t listIndex_ = -1;
-  int32_t newIndex_ = -1;
 };
 
 }  // namespace vellix

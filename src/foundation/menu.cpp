@@ -10,15 +10,11 @@ Menu::Menu(Form& form, std::string name, std::string parentMenu)
     : Control(form, ControlKind::Menu, std::move(name), std::move(parentMenu)) {}
 
 void Menu::Caption(std::string value) {
-  if (caption_ == value) return;
-  caption_ = std::move(value);
-  Changed("Caption");
+  if (SetProperty(caption_, std::move(value))) Changed("Caption");
 }
 
 void Menu::Checked(bool value) {
-  if (checked_ == value) return;
-  checked_ = value;
-  Changed("Checked");
+  if (SetProperty(checked_, value)) Changed("Checked");
 }
 
 std::vector<Menu*> Menu::Items() const {

@@ -48,10 +48,4 @@ Ref<T> MakeRef(Args&&... args) {
   return Ref<T>(std::make_shared<T>(std::forward<Args>(args)...));
 }
 
-// The object behind a reference as another interface, or nothing.
-template <class To, class From>
-Ref<To> RefCast(const Ref<From>& from) {
-  return Ref<To>(std::dynamic_pointer_cast<To>(from.Shared()));
-}
-
 }  // namespace vellix

@@ -8,16 +8,12 @@ Label::Label(Form& form, std::string name, std::string container)
     : Control(form, ControlKind::Label, std::move(name), std::move(container)) {}
 
 void Label::Caption(std::string value) {
-  if (caption_ == value) return;
-  caption_ = std::move(value);
-  Changed("Caption");
+  if (SetProperty(caption_, std::move(value))) Changed("Caption");
 }
 
 void Label::Alignment(int32_t value) {
   if (value < 0 || value > 2) RaiseControlError(ctlerr::kInvalidPropertyValue);
-  if (alignment_ == value) return;
-  alignment_ = value;
-  Changed("Alignment");
+  if (SetProperty(alignment_, value)) Changed("Alignment");
 }
 
 void Label::ResetProperties() {
@@ -29,9 +25,7 @@ FrameControl::FrameControl(Form& form, std::string name, std::string container)
     : Control(form, ControlKind::Frame, std::move(name), std::move(container)) {}
 
 void FrameControl::Caption(std::string value) {
-  if (caption_ == value) return;
-  caption_ = std::move(value);
-  Changed("Caption");
+  if (SetProperty(caption_, std::move(value))) Changed("Caption");
 }
 
 void FrameControl::ResetProperties() {
@@ -42,16 +36,12 @@ PictureBox::PictureBox(Form& form, std::string name, std::string container)
     : Control(form, ControlKind::PictureBox, std::move(name), std::move(container)) {}
 
 void PictureBox::Picture(std::string value) {
-  if (picture_ == value) return;
-  picture_ = std::move(value);
-  Changed("Picture");
+  if (SetProperty(picture_, std::move(value))) Changed("Picture");
 }
 
 void PictureBox::BorderStyle(int32_t value) {
   if (value < 0 || value > 1) RaiseControlError(ctlerr::kInvalidPropertyValue);
-  if (borderStyle_ == value) return;
-  borderStyle_ = value;
-  Changed("BorderStyle");
+  if (SetProperty(borderStyle_, value)) Changed("BorderStyle");
 }
 
 void PictureBox::ResetProperties() {

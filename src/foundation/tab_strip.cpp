@@ -21,15 +21,11 @@ int32_t TabStrip::Tab::Index() const {
 }
 
 void TabStrip::Tab::Caption(std::string value) {
-  if (caption_ == value) return;
-  caption_ = std::move(value);
-  strip_.Changed("Tabs");
+  if (SetProperty(caption_, std::move(value))) strip_.Changed("Tabs");
 }
 
 void TabStrip::Tab::ToolTipText(std::string value) {
-  if (toolTip_ == value) return;
-  toolTip_ = std::move(value);
-  strip_.Changed("Tabs");
+  if (SetProperty(toolTip_, std::move(value))) strip_.Changed("Tabs");
 }
 
 bool TabStrip::Tab::Selected() const {
@@ -53,13 +49,6 @@ TabStrip::Tab& TabStrip::AddTab(std::string key, std::string caption, std::strin
     Changed("SelectedItem");
   }
   return *tabs_.back();
-}
-
-void TabStrip::ClearTabs() {
-  selected_ = nullptr;
-  tabs_.clear();
-  Changed("Tabs");
-  Changed("SelectedItem");
 }
 
 TabStrip::Tab& TabStrip::Tabs(int32_t index) const {

@@ -52,7 +52,6 @@ class TabStrip : public Control {
   // Adds a tab at the end; a key already there (without regard to case)
   // raises 35602.
   Tab& AddTab(std::string key, std::string caption, std::string toolTip = {});
-  void ClearTabs();
   [[nodiscard]] int32_t TabCount() const { return static_cast<int32_t>(tabs_.size()); }
   // By position from 1 (35600 outside) or by key (35601 when absent).
   [[nodiscard]] Tab& Tabs(int32_t index) const;

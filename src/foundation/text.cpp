@@ -6,17 +6,10 @@ namespace vellix {
 
 namespace {
 
-char Lower(char c) {
-  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
-}
-char Upper(char c) {
-  return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
 bool MatchesAt(std::string_view text, size_t pos, std::string_view find) {
   if (text.size() - pos < find.size()) return false;
   for (size_t i = 0; i < find.size(); ++i) {
-    if (Lower(text[pos + i]) != Lower(find[i])) return false;
+    if (LCase(text[pos + i]) != LCase(find[i])) return false;
   }
   return true;
 }
@@ -73,25 +66,18 @@ std::string RTrim(std::string_view text) {
   return last == std::string_view::npos ? std::string() : std::string(text.substr(0, last + 1));
 }
 
-std::string UCase(std::string_view text) {
-  std::string out(text);
-  for (char& c : out)
-    c = Upper(c);
-  return out;
-}
-
 std::string LCase(std::string_view text) {
   std::string out(text);
   for (char& c : out)
-    c = Lower(c);
+    c = LCase(c);
   return out;
 }
 
 int CompareText(std::string_view a, std::string_view b) {
   const size_t n = a.size() < b.size() ? a.size() : b.size();
   for (size_t i = 0; i < n; ++i) {
-    const auto ca = static_cast<unsigned char>(Lower(a[i]));
-    const auto cb = static_cast<unsigned char>(Lower(b[i]));
+    const auto ca = static_cast<unsigned char>(LCase(a[i]));
+    const auto cb = static_cast<unsigned char>(LCase(b[i]));
     if (ca != cb) return ca < cb ? -1 : 1;
   }
   if (a.size() == b.size()) return 0;
@@ -100,17 +86,6 @@ int CompareText(std::string_view a, std::string_view b) {
 
 bool EqualsText(std::string_view a, std::string_view b) {
   return a.size() == b.size() && MatchesAt(a, 0, b);
-}
-
-int InStr(std::string_view text, std::string_view find, int start) {
-  // A start before the first character is an invalid call, as in the runtime.
-  if (start < 1) Raise(err::kInvalidCall);
-  if (text.empty()) return 0;
-  const auto from = static_cast<size_t>(start - 1);
-  if (from >= text.size()) return 0;
-  if (find.empty()) return start;
-  const size_t at = text.find(find, from);
-  return at == std::string_view::npos ? 0 : static_cast<int>(at + 1);
 }
 
 }  // namespace vellix

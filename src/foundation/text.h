@@ -21,14 +21,12 @@ std::string LTrim(std::string_view text);
 std::string RTrim(std::string_view text);
 
 // Case changes and comparison of ASCII letters.
-std::string UCase(std::string_view text);
 std::string LCase(std::string_view text);
+constexpr char LCase(char c) {
+  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+}
 // -1, 0 or 1, comparing without regard to case.
 int CompareText(std::string_view a, std::string_view b);
 bool EqualsText(std::string_view a, std::string_view b);
-
-// Position (1-based) of find in text from start, 0 when absent; binary compare.
-// An empty find gives start (0 past the end); a start below 1 raises error 5.
-int InStr(std::string_view text, std::string_view find, int start = 1);
 
 }  // namespace vellix

@@ -8,36 +8,27 @@ TextBox::TextBox(Form& form, std::string name, std::string container)
     : Control(form, ControlKind::TextBox, std::move(name), std::move(container)) {}
 
 void TextBox::Text(std::string value) {
-  if (text_ == value) return;
-  text_ = std::move(value);
+  if (!SetProperty(text_, std::move(value))) return;
   Changed("Text");
   Fire(Change);
 }
 
 void TextBox::MultiLine(bool value) {
-  if (multiLine_ == value) return;
-  multiLine_ = value;
-  Changed("MultiLine");
+  if (SetProperty(multiLine_, value)) Changed("MultiLine");
 }
 
 void TextBox::ScrollBars(int32_t value) {
   if (value < 0 || value > 3) RaiseControlError(ctlerr::kInvalidPropertyValue);
-  if (scrollBars_ == value) return;
-  scrollBars_ = value;
-  Changed("ScrollBars");
+  if (SetProperty(scrollBars_, value)) Changed("ScrollBars");
 }
 
 void TextBox::Locked(bool value) {
-  if (locked_ == value) return;
-  locked_ = value;
-  Changed("Locked");
+  if (SetProperty(locked_, value)) Changed("Locked");
 }
 
 void TextBox::Alignment(int32_t value) {
   if (value < 0 || value > 2) RaiseControlError(ctlerr::kInvalidPropertyValue);
-  if (alignment_ == value) return;
-  alignment_ = value;
-  Changed("Alignment");
+  if (SetProperty(alignment_, value)) Changed("Alignment");
 }
 
 bool TextBox::UserSetText(std::string value) {

@@ -16,8 +16,7 @@ Timer::~Timer() {
 
 void Timer::Interval(int32_t value) {
   if (value < 0 || value > 65535) RaiseControlError(ctlerr::kInvalidPropertyValue);
-  if (interval_ == value) return;
-  interval_ = value;
+  if (!SetProperty(interval_, value)) return;
   Changed("Interval");
   Update(true);
 }

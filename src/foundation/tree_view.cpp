@@ -12,22 +12,17 @@ TreeNode::TreeNode(TreeView& tree, std::string key, std::string text)
     : tree_(tree), key_(std::move(key)), text_(std::move(text)) {}
 
 void TreeNode::Text(std::string value) {
-  if (text_ == value) return;
-  text_ = std::move(value);
-  tree_.Changed("Nodes");
+  if (SetProperty(text_, std::move(value))) tree_.Changed("Nodes");
 }
 
 void TreeNode::Sorted(bool value) {
-  if (sorted_ == value) return;
-  sorted_ = value;
+  if (!SetProperty(sorted_, value)) return;
   if (sorted_) TreeView::SortSiblings(children_);
   tree_.Changed("Nodes");
 }
 
 void TreeNode::Expanded(bool value) {
-  if (expanded_ == value) return;
-  expanded_ = value;
-  tree_.Changed("Expanded");
+  if (SetProperty(expanded_, value)) tree_.Changed("Expanded");
 }
 
 bool TreeNode::Selected() const {
@@ -104,10 +99,6 @@ TreeNode& TreeView::Nodes(std::string_view key) const {
   return *node;
 }
 
-bool TreeView::HasNode(std::string_view key) const {
-  return Lookup(key) != nullptr;
-}
-
 void TreeView::Remove(std::string_view key) {
   TreeNode* node = Lookup(key);
   if (node == nullptr) RaiseControlError(ctlerr::kElementNotFound);
@@ -135,16 +126,13 @@ void TreeView::Clear() {
 }
 
 void TreeView::Sorted(bool value) {
-  if (sorted_ == value) return;
-  sorted_ = value;
+  if (!SetProperty(sorted_, value)) return;
   if (sorted_) SortSiblings(roots_);
   Changed("Nodes");
 }
 
 void TreeView::PathSeparator(std::string value) {
-  if (separator_ == value) return;
-  separator_ = std::move(value);
-  Changed("PathSeparator");
+  if (SetProperty(separator_, std::move(value))) Changed("PathSeparator");
 }
 
 bool TreeView::UserClickNode(std::string_view key) {
@@ -192,9 +180,7 @@ void TreeView::SortSiblings(std::vector<TreeNode*>& siblings) {
 }
 
 void TreeView::Select(TreeNode* node) {
-  if (selected_ == node) return;
-  selected_ = node;
-  Changed("SelectedItem");
+  if (SetProperty(selected_, node)) Changed("SelectedItem");
 }
 
 void TreeView::Collect(TreeNode* node, std::vector<TreeNode*>& out) const {

@@ -75,8 +75,6 @@ class TreeView : public Control {
     return Add({}, Relationship::Last, std::move(key), std::move(text));
   }
   [[nodiscard]] TreeNode& Nodes(std::string_view key) const;
-  [[nodiscard]] bool HasNode(std::string_view key) const;
-  [[nodiscard]] int32_t NodeCount() const { return static_cast<int32_t>(nodes_.size()); }
   // Removes the node with all below it.
   void Remove(std::string_view key);
   void Clear();

@@ -15,40 +15,33 @@ UpDown::UpDown(Form& form, std::string name, std::string container)
     : Control(form, ControlKind::UpDown, std::move(name), std::move(container)) {}
 
 void UpDown::Min(int32_t value) {
-  if (min_ == value) return;
-  min_ = value;
+  if (!SetProperty(min_, value)) return;
   Changed("Min");
   Clamp();
 }
 
 void UpDown::Max(int32_t value) {
-  if (max_ == value) return;
-  max_ = value;
+  if (!SetProperty(max_, value)) return;
   Changed("Max");
   Clamp();
 }
 
 void UpDown::Increment(int32_t value) {
   if (value < 1) RaiseControlError(ctlerr::kInvalidPropertyValue);
-  if (increment_ == value) return;
-  increment_ = value;
-  Changed("Increment");
+  if (SetProperty(increment_, value)) Changed("Increment");
 }
 
 void UpDown::Value(int32_t value) {
   if (value < std::min(min_, max_) || value > std::max(min_, max_)) {
     RaiseControlError(ctlerr::kInvalidPropertyValue);
   }
-  if (value_ == value) return;
-  value_ = value;
+  if (!SetProperty(value_, value)) return;
   Changed("Value");
   Fire(Change);
 }
 
 void UpDown::BuddyControl(std::string name) {
-  if (buddy_ == name) return;
-  buddy_ = std::move(name);
-  Changed("BuddyControl");
+  if (SetProperty(buddy_, std::move(name))) Changed("BuddyControl");
 }
 
 bool UpDown::UserUp() {

@@ -22,6 +22,17 @@ void PassOver(Fn&& fn) {
   } catch (const VbError&) {  // NOLINT(bugprone-empty-catch): the walk goes on by design
   }
 }
+
+// The number the digits at the start of text spell; 0 when it starts with
+// none. A fraction, a sign or blanks end the number (or give 0), unlike Val.
+double LeadingDigits(std::string_view text) {
+  double value = 0;
+  for (char c : text) {
+    if (c < '0' || c > '9') break;
+    value = value * 10 + (c - '0');
+  }
+  return value;
+}
 }  // namespace
 
 std::string Utils::DisplayFileSizeText(int32_t size) {
@@ -150,7 +161,8 @@ Date Utils::CDateLocale(const std::string& text, int32_t order) {
   return frame.Run(Date(), [&]() -> Date {
     const auto parts = Split(text, "/");
     if (parts.size() != 3) return Date();
-    std::array<double, 3> n{Val(parts[0]), Val(parts[1]), Val(parts[2])};
+    std::array<double, 3> n{LeadingDigits(parts[0]), LeadingDigits(parts[1]),
+                            LeadingDigits(parts[2])};
     for (double v : n) {
       if (v == 0) return Date();
     }

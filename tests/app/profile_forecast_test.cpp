@@ -10,6 +10,7 @@
 #include "platform/outlook/profile_folder.h"
 #include "platform/outlook/profile_xml.h"
 #include "servers/engine/engine_server.h"
+#include "support/manual_clock.h"
 #include "support/temp_folder.h"
 
 namespace vellix::app {

@@ -15,6 +15,7 @@
 #include "foundation/variant.h"
 #include "foundation/vb_error.h"
 #include "support/expect_vb_error.h"
+#include "support/manual_clock.h"
 
 namespace vellix {
 namespace {
@@ -111,11 +112,10 @@ TEST(ConversionTest, TextsConvertOnlyWhenTheyAreWholeNumbersOrTruthValues) {
   for (const char* text : {"", "12 Kb", "1e400"})
     EXPECT_FALSE(IsNumeric(text)) << text;
 
-  EXPECT_TRUE(CBool("TRUE"));
-  EXPECT_FALSE(CBool("False"));
-  EXPECT_FALSE(CBool("0"));
-  EXPECT_TRUE(CBool("-1"));
-  EXPECT_TRUE(CBool("1e400"));
+  for (const char* text : {"TRUE", "-1", "1e400"})
+    EXPECT_TRUE(CBool(text)) << text;
+  for (const char* text : {"False", "0"})
+    EXPECT_FALSE(CBool(text)) << text;
   for (const char* bad : {"x", "", "Yes"})
     EXPECT_EQ(ErrorNumber([bad] { CBool(bad); }), err::kTypeMismatch) << bad;
   EXPECT_EQ(BoolText(true) + BoolText(false), "TrueFalse");
@@ -158,9 +158,8 @@ TEST(TextTest, ReplaceSplitAndTrimKeepEveryPartAndReplaceEveryOccurrence) {
     EXPECT_EQ(Replace(c.text, c.find, c.with), c.want) << c.text << " / " << c.find;
 }
 
-TEST(TextTest, CaseComparisonAndSearchTouchOnlyAsciiLettersAndCountFromOne) {
-  EXPECT_EQ(UCase("abc-\xC3\xA9z"), "ABC-\xC3\xA9Z");
-  EXPECT_EQ(LCase("ABC[\\]"), "abc[\\]");
+TEST(TextTest, CaseChangesAndComparisonTouchOnlyAsciiLetters) {
+  EXPECT_EQ(LCase("ABC[\\]-\xC3\x89Z"), "abc[\\]-\xC3\x89z");
   // Bytes above 127 sort after ASCII.
   const struct {
     const char *a, *b;
@@ -174,18 +173,6 @@ TEST(TextTest, CaseComparisonAndSearchTouchOnlyAsciiLettersAndCountFromOne) {
     EXPECT_EQ(CompareText(c.a, c.b), c.want) << c.a << " vs " << c.b;
   EXPECT_TRUE(EqualsText("Inbox", "INBOX"));
   EXPECT_FALSE(EqualsText("Inbox", "Inbox2"));
-
-  // InStr gives one-based positions from a start.
-  const struct {
-    const char *text, *find;
-    int32_t start, want;
-  } searches[] = {{"", "", 1, 0},        {"abcabc", "c", 1, 3}, {"abc", "", 2, 2},
-                  {"abcabc", "c", 4, 6}, {"abc", "c", 3, 3},    {"abcabc", "C", 1, 0},
-                  {"abc", "a", 4, 0}};
-  for (const auto& c : searches)
-    EXPECT_EQ(InStr(c.text, c.find, c.start), c.want) << c.text << " / " << c.find << c.start;
-  EXPECT_EQ(InStr("abcabc", "c"), 3) << "the start defaults to 1";
-  EXPECT_VB_ERROR(static_cast<void>(InStr("abc", "a", 0)), err::kInvalidCall);
 }
 
 // The civil parts as "y-m-d", with " h:m:s" when the time isn't midnight, so that a table
@@ -259,14 +246,20 @@ TEST(DateTest, CivilPartsRoundToTheNearestSecondAndTimesRollIntoDays) {
   EXPECT_DOUBLE_EQ(TimeSerial(12, 0, 0).Serial(), 0.5);
 }
 
-TEST(DateTest, UnixSecondsAreLocalWallTimeBothWaysAndClocksReadThem) {
+TEST(DateTest, UnixSecondsAreLocalWallTimeAndClocksReadThem) {
   EXPECT_EQ(FromUnixSeconds(0).Serial(), 25569.0);
-  EXPECT_EQ(Civil(FromUnixSeconds(1700000000)), "2023-11-14 22:13:20");
-  EXPECT_EQ(Civil(FromUnixSeconds(-1)), "1969-12-31 23:59:59");
-  for (const int64_t s : {int64_t{0}, int64_t{1}, int64_t{-1}, int64_t{1700000000},
-                          int64_t{-2209161600} - 3600, int64_t{-5000000000}, int64_t{253402300799}})
-    EXPECT_EQ(ToUnixSeconds(FromUnixSeconds(s)), s);
-  EXPECT_EQ(ToUnixSeconds(DateTimeSerial(1899, 12, 29, 6, 0, 0)), -2209161600 - 18 * 3600);
+  // Before serial 0 the time of day still counts forward from midnight.
+  const struct {
+    int64_t seconds;
+    const char* want;
+  } cases[] = {{1, "1970-1-1 0:0:1"},
+               {-1, "1969-12-31 23:59:59"},
+               {1700000000, "2023-11-14 22:13:20"},
+               {int64_t{-2209161600} - 3600, "1899-12-29 23:0:0"},
+               {int64_t{-5000000000}, "1811-7-23 15:6:40"},
+               {int64_t{253402300799}, "9999-12-31 23:59:59"}};
+  for (const auto& c : cases)
+    EXPECT_EQ(Civil(FromUnixSeconds(c.seconds)), c.want) << c.seconds;
 
   ManualClock manual(DateSerial(2022, 3, 1));
   manual.AdvanceSeconds(-1);
@@ -277,9 +270,11 @@ TEST(DateTest, UnixSecondsAreLocalWallTimeBothWaysAndClocksReadThem) {
   std::tm local{};
   localtime_r(&before, &local);
   const int64_t expected = static_cast<int64_t>(before) + local.tm_gmtoff;
-  EXPECT_NEAR(static_cast<double>(ToUnixSeconds(now)), static_cast<double>(expected), 2.0);
-  // The runtime's Now has whole seconds.
-  EXPECT_DOUBLE_EQ(now.Serial(), FromUnixSeconds(ToUnixSeconds(now)).Serial());
+  // The runtime's Now has whole seconds: it is one of the next few exactly.
+  bool found = false;
+  for (int64_t s = expected - 1; s <= expected + 2; ++s)
+    found = found || FromUnixSeconds(s) == now;
+  EXPECT_TRUE(found) << now.Serial();
 }
 
 TEST(VariantTest, TextTypeNameAndNumbersOfEachTypeAreTheRuntimes) {

@@ -7,6 +7,7 @@
 #include "foundation/ref.h"
 #include "support/expect_vb_error.h"
 #include "support/fake_outlook.h"
+#include "support/manual_clock.h"
 #include "support/recording_error_log.h"
 
 namespace vellix {
@@ -261,8 +262,11 @@ TEST_F(UtilsTest, DatesWithSlashesReadInTheGivenOrder) {
   EXPECT_EQ(utils.CDateLocale("1/2/2026", 0), DateSerial(2026, 2, 1));
   EXPECT_EQ(utils.CDateLocale("1/2/2026", 1), DateSerial(2026, 1, 2));
   EXPECT_EQ(utils.CDateLocale("3rd/4th/2026", 0), DateSerial(2026, 4, 3));
+  // Only the leading digits count: no rounding of a fraction, no sign or blank skipped.
+  EXPECT_EQ(utils.CDateLocale("3.5/4.9/2026.7", 0), DateSerial(2026, 4, 3));
   EXPECT_TRUE(utils.CDateLocale("1/2/2026", 2).IsZero());
-  for (const char* bad : {"1/2", "1/2/3/4", "0/2/2026", "x/2/2026", ""})
+  for (const char* bad :
+       {"1/2", "1/2/3/4", "0/2/2026", "x/2/2026", "", " 1/2/2026", "+1/2/2026", ".9/2/2026"})
     EXPECT_TRUE(utils.CDateLocale(bad, 0).IsZero()) << bad;
   EXPECT_THAT(log->records, IsEmpty());
   // A year that does not fit 16 bits is an overflow, logged, and the zero date.

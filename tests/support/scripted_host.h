@@ -13,8 +13,8 @@
 #include <string_view>
 #include <vector>
 
-#include "foundation/date.h"
 #include "foundation/ui_host.h"
+#include "support/manual_clock.h"
 
 namespace vellix::test {
 

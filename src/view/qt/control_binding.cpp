@@ -8,6 +8,8 @@
 #include <exception>
 #include <utility>
 
+#include "foundation/scoped_value.h"
+
 namespace vellix::qtview {
 
 void RunGuarded(const char* what, const std::function<void()>& action) {
@@ -46,18 +48,6 @@ QString PlainCaption(const std::string& caption) {
 
 namespace {
 
-// Keeps a count raised for a scope, also when the scope ends by an error.
-class CountScope {
- public:
-  explicit CountScope(int& count) : count_(count) { ++count_; }
-  CountScope(const CountScope&) = delete;
-  CountScope& operator=(const CountScope&) = delete;
-  ~CountScope() { --count_; }
-
- private:
-  int& count_;
-};
-
 // An RGB value of the runtime (red + 256 * green + 65536 * blue).
 QColor RuntimeColor(int32_t value) {
   return QColor(value & 0xFF, (value >> 8) & 0xFF, (value >> 16) & 0xFF);
@@ -76,7 +66,7 @@ ControlBinding::~ControlBinding() = default;
 
 void ControlBinding::Refresh(std::string_view property) {
   if (detached_) return;
-  CountScope scope(applying_);
+  ScopedValue scope(applying_, applying_ + 1);
   if (property.empty() || property == "Reset") {
     ApplyBase("");
     Apply("");

@@ -11,35 +11,18 @@
 #include <cmath>
 #include <utility>
 
-#include <cctype>
 #include "foundation/buttons.h"
+#include "foundation/scoped_value.h"
 #include "foundation/tab_strip.h"
+#include "foundation/text.h"
 
 namespace vellix::qtview {
 
 namespace {
 
-std::string Lower(std::string_view text) {
-  std::string out(text);
-  std::transform(out.begin(), out.end(), out.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return out;
-}
-
 bool IsContainer(const Control& control) {
   return control.Kind() == ControlKind::Frame || control.Kind() == ControlKind::PictureBox;
 }
-
-class CountScope {
- public:
-  explicit CountScope(int& count) : count_(count) { ++count_; }
-  CountScope(const CountScope&) = delete;
-  CountScope& operator=(const CountScope&) = delete;
-  ~CountScope() { --count_; }
-
- private:
-  int& count_;
-};
 
 // The controls of a container in the order Tab visits them: rows from the
 // top, each row from the left, a container's own controls where it lies. A
@@ -78,7 +61,7 @@ bool TakesTabFocus(const QWidget* widget) {
 }  // namespace
 
 FormWindow::FormWindow(Form& form, Hooks hooks) : form_(&form), hooks_(std::move(hooks)) {
-  CountScope scope(applying_);
+  ScopedValue scope(applying_, applying_ + 1);
   setObjectName(Qs(form.Name()));
   setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                  Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
@@ -143,11 +126,11 @@ void FormWindow::Make(Control& control) {
   if (it == waiting_.end()) return;
   QWidget* parent = it->second.parent;
   waiting_.erase(it);
-  CountScope scope(applying_);
+  ScopedValue scope(applying_, applying_ + 1);
   auto binding = MakeBinding(control, parent, hooks_.context);
   if (!binding) return;
   QWidget* widget = binding->Widget();
-  widgets_[Lower(control.Name())] = widget;
+  widgets_[LCase(control.Name())] = widget;
   bindings_.push_back(std::move(binding));
   if (IsContainer(control)) BuildChildren(control.Name(), widget);
 }
@@ -183,7 +166,7 @@ void FormWindow::Detach() {
 }
 
 QWidget* FormWindow::Built(std::string_view name) const {
-  auto it = widgets_.find(Lower(name));
+  auto it = widgets_.find(LCase(name));
   return it == widgets_.end() ? nullptr : it->second;
 }
 
@@ -208,7 +191,7 @@ QWidget* FormWindow::WidgetOf(std::string_view name) {
 
 void FormWindow::ShowAsModel() {
   BuildShown();
-  CountScope scope(applying_);
+  ScopedValue scope(applying_, applying_ + 1);
   switch (form_ == nullptr ? 0 : form_->WindowState()) {
     case 1:
       showMinimized();
@@ -313,7 +296,7 @@ void FormWindow::Restack(const std::string& container) {
 
 void FormWindow::OnFormChanged(std::string_view property) {
   if (form_ == nullptr) return;
-  CountScope scope(applying_);
+  ScopedValue scope(applying_, applying_ + 1);
   if (property == "Caption") {
     setWindowTitle(Qs(form_->Caption()));
   } else if (property == "Width" || property == "Height") {

@@ -11,6 +11,7 @@
 #include "platform/outlook/profile_application.h"
 #include "platform/outlook/profile_mail_program.h"
 #include "support/expect_vb_error.h"
+#include "support/manual_clock.h"
 
 namespace vellix::outlook {
 namespace {

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <random>
 #include <vector>
 
@@ -10,12 +9,12 @@ namespace vellix::backupcopy {
 namespace {
 
 TEST(ContentHash, GivesThePublishedValues) {
-  EXPECT_EQ(ContentHash::Of("", 0), 0xEF46DB3751D8E999ULL);
-  EXPECT_EQ(ContentHash::Of("a", 1), 0xD24EC4F1A98C6E5BULL);
-  EXPECT_EQ(ContentHash::Of("abc", 3), 0x44BC2CF5AD770999ULL);
-  const char* text = "Nobody inspects the spammish repetition";
-  EXPECT_EQ(ContentHash::Of(text, std::strlen(text)), 0xFBCEA83C8A378BF1ULL);
+  EXPECT_EQ(ContentHash::Of("", 0), 0x2D06800538D394C2ULL);
+  EXPECT_EQ(ContentHash::Of("abc", 3), 0x78AF5F94892F3950ULL);
   EXPECT_NE(ContentHash::Of("abc", 3, 1), ContentHash::Of("abc", 3));
+  ContentHash seeded(1);
+  seeded.Update("abc", 3);
+  EXPECT_EQ(seeded.Digest(), ContentHash::Of("abc", 3, 1));
 }
 
 TEST(ContentHash, DependsOnTheBytesNotOnHowTheyArrive) {
@@ -25,7 +24,7 @@ TEST(ContentHash, DependsOnTheBytesNotOnHowTheyArrive) {
     b = static_cast<unsigned char>(random());
   const uint64_t whole = ContentHash::Of(data.data(), data.size());
 
-  for (size_t block : {1U, 3U, 31U, 32U, 33U, 4096U, 65'537U}) {
+  for (size_t block : {1U, 3U, 64U, 240U, 241U, 1024U, 4096U, 65'537U}) {
     ContentHash hash;
     for (size_t at = 0; at < data.size(); at += block) {
       hash.Update(data.data() + at, std::min(block, data.size() - at));

@@ -12,6 +12,7 @@
 #include "platform/desktop/path_mapping.h"
 #include "servers/engine/engine_server.h"
 #include "support/expect_vb_error.h"
+#include "support/manual_clock.h"
 #include "support/recording_error_log.h"
 #include "support/temp_folder.h"
 

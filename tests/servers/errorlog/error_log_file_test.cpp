@@ -12,6 +12,7 @@
 
 #include "servers/errorlog/error_log_server.h"
 #include "support/expect_vb_error.h"
+#include "support/manual_clock.h"
 #include "support/temp_folder.h"
 
 namespace vellix {
