@@ -140,17 +140,17 @@ int main(int argc, char** argv) {
       return mail.Profile();
     });
   };
-  const Services services{.clock = clock,
-                          .host = &host,
-                          .servers = &servers,
-                          .mailProgram = &mail,
-                          .shell = &shell,
-                          .fileSystem = &files,
-                          .browser = &browser,
-                          .exeFolder = exeDir.string(),
-                          .locale = Locale::FromEnvironment(),
-                          .twipsPerPixelX =
-                              static_cast<int32_t>(std::lround(host.TwipsPerPixel()))};
+  const Services services{
+      .clock = clock,
+      .host = &host,
+      .servers = &servers,
+      .mailProgram = &mail,
+      .shell = &shell,
+      .fileSystem = &files,
+      .browser = &browser,
+      .exeFolder = exeDir.string(),
+      .locale = Locale::FromEnvironment(),
+      .twipsPerPixelX = static_cast<int32_t>(std::lround(host.TwipsPerPixel()))};
   Context ctx(services);
 
   qtview::QtTray tray(

@@ -36,7 +36,7 @@ struct Services {
   FileSystem* fileSystem = nullptr;
   WebBrowser* browser = nullptr;
   // The folder of the executable, where the icons and the boot file lie.
-  std::string exeFolder;
+  std::string exeFolder{};
   Locale locale = Locale::English();
   // The screen's twips per pixel, from the screen's density.
   int32_t twipsPerPixelX = 15;

@@ -55,7 +55,6 @@ constexpr std::array<AgentRow, 6> kAgents{{
     {&QuickSetupPanel::chkContacts, "Contacts", kContacts, QuarterRule::None},
 }};
 
-
 }  // namespace
 
 QuickSetupPanel::QuickSetupPanel(PopupShell& shell, Form& form)

@@ -30,7 +30,6 @@ constexpr const char* kPeriodsRoot = "Periods";
 constexpr int32_t kShellFirstSuccess = 33;
 constexpr int32_t kCellAlignment = 2;
 
-
 }  // namespace
 
 SummaryPanel::SummaryPanel(PopupShell& shell, Form& form)
@@ -307,7 +306,8 @@ void SummaryPanel::cmdSuSetupWiz_Click() {
 
 std::string SummaryPanel::DateTimeText(Date value) const {
   if (value.IsZero()) return {};
-  return Format(value, "Long Date", ctx().locale()) + " " + Format(value, "Long Time", ctx().locale());
+  return Format(value, "Long Date", ctx().locale()) + " " +
+         Format(value, "Long Time", ctx().locale());
 }
 
 std::string SummaryPanel::CountText(int32_t value) const {

@@ -8,6 +8,7 @@
 #include "foundation/engine.h"
 #include "foundation/error_log.h"
 #include "foundation/frame.h"
+#include "foundation/scoped_value.h"
 #include "foundation/trace_names.h"
 #include "foundation/tray_platform.h"
 #include "foundation/ui_host.h"
@@ -41,9 +42,10 @@ void FrmPopup::OfferHide() {
 void FrmPopup::BringToFrontStep() {
   // Restoring a minimised window shows it again: minimising put it away.
   const bool restoring = WindowState() != 0;
-  restoringByCode_ = true;
-  WindowState(0);
-  restoringByCode_ = false;
+  {
+    const ScopedValue restoringByCode(restoringByCode_, true);
+    WindowState(0);
+  }
   if (restoring) Show(false);
   BringToFront();
 }

@@ -21,7 +21,8 @@ class UtilsTest : public ::testing::Test {
  protected:
   UtilsTest() { ctx.errorLog = log; }
   ManualClock clock;
-  Context ctx{clock};
+  Services services{.clock = clock};
+  Context ctx{services};
   std::shared_ptr<test::RecordingErrorLog> log = std::make_shared<test::RecordingErrorLog>();
   Utils utils{ctx};
 };
@@ -157,8 +158,8 @@ TEST_F(UtilsTest, FileSizesReadInDecimalUnitsWithTheUsersSeparators) {
     EXPECT_EQ(utils.DisplayFileSizeText(c.bytes), c.want) << c.bytes;
   EXPECT_THAT(log->records, IsEmpty());
 
-  ctx.locale.thousandsSeparator = ".";
-  ctx.locale.decimalSeparator = ",";
+  services.locale.thousandsSeparator = ".";
+  services.locale.decimalSeparator = ",";
   EXPECT_EQ(utils.DisplayFileSizeText(1234567890), "1,235 Gb");
   EXPECT_EQ(utils.DisplayFileSizeText(999999), "1.000 Kb");
 }

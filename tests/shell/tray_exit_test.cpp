@@ -30,7 +30,7 @@ TEST(TrayExit, RightClickThenExitCommitsTheTreeAndEndsTheComponent) {
   ASSERT_NE(Saved(w, key), "kept") << "not committed before the exit";
 
   w.host.OnPopup("mPopupSys", [](Menu& menu) { menu.Parent().Get<Menu>("mPopExit").UserClick(); });
-  w.popup.UserMouseMove(0, 0, 517.0 * w.ctx.twipsPerPixelX, 0);  // right button up
+  w.popup.UserMouseMove(0, 0, 517.0 * w.services.twipsPerPixelX, 0);  // right button up
   w.host.Pump();
 
   EXPECT_THAT(w.host.History(), Contains("popup mPopupSys"));

@@ -10,6 +10,7 @@
 #include "foundation/vb_error.h"
 #include "servers/config/atomic_file.h"
 #include "servers/config/data_paths.h"
+#include "support/manual_clock.h"
 #include "support/temp_folder.h"
 
 namespace vellix {
