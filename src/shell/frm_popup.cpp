@@ -496,16 +496,6 @@ void FrmPopup::tmrBackupTimer_Timer() {
   });
 }
 
-void FrmPopup::mobjVellix_Configured(bool value) {
-  Frame frame(ctx_, kModule, "mobjVellix_Configured");
-  frame.Run([&] { StateMonitor(value ? MachineEvent::Configured : MachineEvent::Unconfigured); });
-}
-
-void FrmPopup::mobjVellix_Run(bool value) {
-  Frame frame(ctx_, kModule, "mobjVellix_Run");
-  frame.Run([&] { StateMonitor(value ? MachineEvent::Run : MachineEvent::Stop); });
-}
-
 void FrmPopup::mobjVellix_Activity(const std::string& activity) {
   Frame frame(ctx_, kModule, "mobjVellix_Activity");
   frame.Run([&] {

@@ -94,6 +94,17 @@ void FrmPopup::ViewFromHidden(MachineState visibleState) {
   CommitTree();
 }
 
+// The engine's two reports that reach the machine as events.
+void FrmPopup::mobjVellix_Configured(bool value) {
+  Frame frame(ctx_, "frmPopup", "mobjVellix_Configured");
+  frame.Run([&] { StateMonitor(value ? MachineEvent::Configured : MachineEvent::Unconfigured); });
+}
+
+void FrmPopup::mobjVellix_Run(bool value) {
+  Frame frame(ctx_, "frmPopup", "mobjVellix_Run");
+  frame.Run([&] { StateMonitor(value ? MachineEvent::Run : MachineEvent::Stop); });
+}
+
 void FrmPopup::StateMonitor(MachineEvent event) {
   Frame frame(ctx_, "frmPopup", TraceNames::StateMonitorFrame);
   frame.Run([&] {
