@@ -7,6 +7,7 @@
 #include <system_error>
 #include <utility>
 
+#include "foundation/text.h"
 #include "foundation/vb_error.h"
 #include "servers/config/atomic_file.h"
 #include "servers/config/config_xml.h"
@@ -21,18 +22,11 @@ constexpr std::array<std::string_view, 7> kKindNames = {"Boolean", "String", "In
 // Up to this many children a linear scan beats hashing.
 constexpr std::size_t kIndexThreshold = 8;
 
-char Lower(char c) {
-  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 bool SameKey(std::string_view a, std::string_view b) {
   if (a.size() != b.size()) return false;
   // Callers nearly always spell a key as the tree does.
   if (std::memcmp(a.data(), b.data(), a.size()) == 0) return true;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    if (Lower(a[i]) != Lower(b[i])) return false;
-  }
-  return true;
+  return EqualsText(a, b);
 }
 
 // Calls fn for each part of a dotted path; stops and gives false at the first
@@ -99,7 +93,7 @@ Variant ConvertContent(const Variant& value, ContentKind kind) {
 std::size_t ConfigTreeNode::KeyHash::operator()(std::string_view key) const noexcept {
   std::size_t h = 14695981039346656037ull;  // FNV-1a over the lower-cased key
   for (char c : key) {
-    h ^= static_cast<unsigned char>(Lower(c));
+    h ^= static_cast<unsigned char>(LCase(c));
     h *= 1099511628211ull;
   }
   return h;
