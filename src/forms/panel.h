@@ -10,6 +10,7 @@
 namespace vellix {
 
 struct Context;
+class ComboBox;
 class Form;
 class Monitor;
 
@@ -26,6 +27,10 @@ class PopupShell {
   virtual void StateMonitor(MachineEvent event) = 0;
   virtual void RunDisable(bool running) = 0;
   virtual int32_t GetIndex(const std::string& name, bool wantData) = 0;
+  // The agent name lists of the Agents and Import panels, which a new
+  // configuration empties.
+  [[nodiscard]] virtual ComboBox& cboAgName() = 0;
+  [[nodiscard]] virtual ComboBox& cboImName() = 0;
   // The engine's monitor the form listens to; nothing while logging is off.
   virtual void mobjMonitor(Ref<Monitor> monitor) = 0;
   // The help button's action, shared by the Summary panel and Quick setup.

@@ -135,7 +135,7 @@ void QuickSetupPanel::Layout() {
   Frame frame(ctx(), kModule, "Layout");
   frame.Run([&] {
     const LayoutMetrics& m = shell().Metrics();
-    const Control& pic = shell().PopupForm().Get<PictureBox>("picQuickSetup");
+    const Control& pic = Need(fraPeriod.ContainerControl());
     RowLayout rows(m, ctx().rootNode->GetNode(kPanelNode, false, "", Variant()));
     const int16_t width = Twips(int64_t{pic.Width()} - 2 * int64_t{m.Border});
 
@@ -250,7 +250,7 @@ int16_t QuickSetupPanel::LayoutFoldersFrame(RowLayout& rows, int16_t width) {
 
 void QuickSetupPanel::LayoutButtons(RowLayout& rows, int16_t below) {
   const LayoutMetrics& m = rows.Metrics();
-  const Control& pic = shell().PopupForm().Get<PictureBox>("picQuickSetup");
+  const Control& pic = Need(fraPeriod.ContainerControl());
   // At the bottom of the page, unless the frames reach further down.
   const int16_t top =
       std::max<int16_t>(below, Twips(int64_t{pic.Height()} - m.Border - m.RowHeight));
@@ -464,8 +464,8 @@ bool QuickSetupPanel::SaveQuickSetup() {
     ctx().engine->Config()->BackupLocation(txtBackupPath.Text());
 
     // Their panels fill these lists afresh from the new agents.
-    shell().PopupForm().Get<ComboBox>("cboAgName").Clear();
-    shell().PopupForm().Get<ComboBox>("cboImName").Clear();
+    shell().cboAgName().Clear();
+    shell().cboImName().Clear();
 
     ctx().rootNode->Commit("");
     return true;

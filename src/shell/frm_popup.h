@@ -100,6 +100,8 @@ class FrmPopup : public Form, public PopupShell {
   [[nodiscard]] const LayoutMetrics& Metrics() const override { return metrics_; }
   [[nodiscard]] const std::string& CurrentTab() const override { return currentTab_; }
   void cmdSuHelp_Click() override;
+  [[nodiscard]] ComboBox& cboAgName() override { return agents.cboAgName; }
+  [[nodiscard]] ComboBox& cboImName() override { return import.cboImName; }
 
   // Fields of the form.
   [[nodiscard]] MachineState ControlState() const { return controlState_; }
