@@ -6,8 +6,8 @@
 #include <set>
 
 #include "foundation/text.h"
-#include "scratch_folder.h"
 #include "support/expect_vb_error.h"
+#include "support/temp_folder.h"
 
 namespace vellix::desktop {
 namespace {
@@ -41,7 +41,7 @@ TEST(PathMapping, WindowsPathsLandUnderTheirDriveRootAndReadBack) {
 }
 
 TEST(FileSystem, CreatesFoldersOneLevelDeepAndWritesTheHelpPageBesideTheTemporaryFolder) {
-  test::ScratchFolder scratch;
+  const vellix::test::TempFolder scratch;
   PosixFileSystem fs{PathMapping(scratch.Path())};
   EXPECT_FALSE(fs.FolderExists("C:\\Orvane Vellix Store"));
   fs.CreateFolder("C:\\Orvane Vellix Store");
@@ -84,9 +84,9 @@ TEST(FileSystem, CreatesFoldersOneLevelDeepAndWritesTheHelpPageBesideTheTemporar
   EXPECT_TRUE(fs.FileExists(page));
   const auto native = PathMapping(scratch.Path()).ToNative(page);
   EXPECT_EQ(native.parent_path(), scratch.Path() / "drives/c");
-  EXPECT_EQ(test::ReadText(native), "<HTML> <\\HTML>");
+  EXPECT_EQ(vellix::test::ReadText(native), "<HTML> <\\HTML>");
   fs.WriteTextFile(page, "again");
-  EXPECT_EQ(test::ReadText(native), "again") << "replaced, not appended";
+  EXPECT_EQ(vellix::test::ReadText(native), "again") << "replaced, not appended";
 
   fs.DeleteFile(page);
   EXPECT_FALSE(fs.FileExists(page));

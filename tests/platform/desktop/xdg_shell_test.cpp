@@ -2,43 +2,56 @@
 
 #include <gtest/gtest.h>
 
-#include "scratch_folder.h"
+#include <map>
+#include <optional>
+
+#include "support/temp_folder.h"
 
 namespace vellix::desktop {
 namespace {
 
+using vellix::test::WriteText;
+
 TEST(PersonalFolder, IsTheXdgDocumentsFolderWhenOneIsThereAndNothingOtherwise) {
-  test::ScratchFolder scratch;
-  const auto home = scratch.MakeFolder("home");
+  const vellix::test::TempFolder scratch;
+  const auto folder = [&](const std::string& relative) {
+    std::filesystem::create_directories(scratch / relative);
+    return scratch / relative;
+  };
+  const auto home = folder("home");
   const PathMapping mapping(scratch.Path() / "data");
   std::map<std::string, std::string> vars{{"HOME", home.string()}};
-  auto shellWith = [&] { return XdgShell(mapping, nullptr, test::FixedEnvironment(vars)); };
+  auto shellWith = [&] {
+    return XdgShell(mapping, nullptr, [&](const std::string& name) -> std::optional<std::string> {
+      return vars.contains(name) ? std::optional(vars.at(name)) : std::nullopt;
+    });
+  };
 
   EXPECT_EQ(shellWith().PersonalFolder(), std::nullopt);
 
-  scratch.MakeFolder("home/Documents");
+  folder("home/Documents");
   EXPECT_EQ(shellWith().PersonalFolder(), (home / "Documents").string());
 
   // The user's own choice in user-dirs.dirs comes first, once it is there.
-  scratch.WriteFile("home/.config/user-dirs.dirs",
-                    "# written by xdg-user-dirs-update\nXDG_DOCUMENTS_DIR=\"$HOME/Dokumente\"\n");
+  WriteText(scratch / "home/.config/user-dirs.dirs",
+            "# written by xdg-user-dirs-update\nXDG_DOCUMENTS_DIR=\"$HOME/Dokumente\"\n");
   EXPECT_EQ(shellWith().PersonalFolder(), (home / "Documents").string());
-  scratch.MakeFolder("home/Dokumente");
+  folder("home/Dokumente");
   EXPECT_EQ(shellWith().PersonalFolder(), (home / "Dokumente").string());
 
   // Set to the home folder itself, the documents folder is switched off.
-  scratch.WriteFile("home/.config/user-dirs.dirs", "XDG_DOCUMENTS_DIR=\"$HOME/\"\n");
+  WriteText(scratch / "home/.config/user-dirs.dirs", "XDG_DOCUMENTS_DIR=\"$HOME/\"\n");
   EXPECT_EQ(shellWith().PersonalFolder(), (home / "Documents").string());
 
-  const auto config = scratch.MakeFolder("config");
-  const auto papers = scratch.MakeFolder("papers");
-  scratch.WriteFile("config/user-dirs.dirs", "XDG_DOCUMENTS_DIR=\"" + papers.string() + "\"\n");
+  const auto config = folder("config");
+  const auto papers = folder("papers");
+  WriteText(scratch / "config/user-dirs.dirs", "XDG_DOCUMENTS_DIR=\"" + papers.string() + "\"\n");
   vars["XDG_CONFIG_HOME"] = config.string();
   EXPECT_EQ(shellWith().PersonalFolder(), papers.string());
 
   vars["XDG_DOCUMENTS_DIR"] = (scratch.Path() / "missing").string();
   EXPECT_EQ(shellWith().PersonalFolder(), papers.string());
-  const auto mine = scratch.MakeFolder("data/drives/c/Users/alex/My Documents");
+  const auto mine = folder("data/drives/c/Users/alex/My Documents");
   vars["XDG_DOCUMENTS_DIR"] = mine.string() + "/";
   EXPECT_EQ(shellWith().PersonalFolder(), "C:\\Users\\alex\\My Documents")
       << "a folder under a drive root reads back as a drive path";

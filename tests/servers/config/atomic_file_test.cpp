@@ -19,12 +19,11 @@ long CountFiles(const std::filesystem::path& folder) {
   return std::distance(std::filesystem::directory_iterator(folder), {});
 }
 
-TEST(AtomicFile, ReplacesTheContentAndKeepsThePermissions) {
+TEST(AtomicFile, ReplacesTheContentKeepsThePermissionsAndRemovesOnlyItsOwnStaleCopies) {
   test::TempFolder folder;
   const auto file = folder / "tree.xml";
   std::string error;
   ASSERT_TRUE(WriteFileAtomically(file, "first", &error)) << error;
-  EXPECT_EQ(test::ReadText(file), "first");
   ::chmod(file.c_str(), 0640);
   ASSERT_TRUE(WriteFileAtomically(file, "second, longer", &error)) << error;
   EXPECT_EQ(test::ReadText(file), "second, longer");
@@ -32,9 +31,15 @@ TEST(AtomicFile, ReplacesTheContentAndKeepsThePermissions) {
   ASSERT_EQ(::stat(file.c_str(), &info), 0);
   EXPECT_EQ(info.st_mode & 0777, 0640u);
   EXPECT_EQ(CountFiles(folder.Path()), 1);
-
   EXPECT_FALSE(WriteFileAtomically(folder / "no-such-folder" / "tree.xml", "x", &error));
   EXPECT_NE(error.find("no-such-folder"), std::string::npos) << error;
+
+  for (const char* name :
+       {".tree.xml.a1B2c3", ".tree.xml.ZZZZZZ", ".tree.xml.keep", ".other.xml.a1B2c3", "notes.txt"})
+    test::WriteText(folder / name, "x");
+  EXPECT_EQ(RemoveStaleTempFiles(file), 2u);
+  EXPECT_EQ(CountFiles(folder.Path()), 4);
+  EXPECT_TRUE(std::filesystem::exists(folder / ".tree.xml.keep"));
 }
 
 TEST(AtomicFile, AFailedWriteLeavesTheOldFileAndNoTemporaryFile) {
@@ -59,18 +64,6 @@ TEST(AtomicFile, AFailedWriteLeavesTheOldFileAndNoTemporaryFile) {
   EXPECT_EQ(WEXITSTATUS(status), 0);
   EXPECT_EQ(test::ReadText(file), "old content");
   EXPECT_EQ(CountFiles(folder.Path()), 1);
-}
-
-TEST(AtomicFile, StaleTemporaryFilesOfTheTargetAreRemovedAndNothingElse) {
-  test::TempFolder folder;
-  const auto file = folder / "tree.xml";
-  for (const char* name : {".tree.xml.a1B2c3", ".tree.xml.ZZZZZZ", ".tree.xml.keep", "tree.xml",
-                           ".other.xml.a1B2c3", "notes.txt"}) {
-    test::WriteText(folder / name, "x");
-  }
-  EXPECT_EQ(RemoveStaleTempFiles(file), 2u);
-  EXPECT_EQ(CountFiles(folder.Path()), 4);
-  EXPECT_TRUE(std::filesystem::exists(folder / ".tree.xml.keep"));
 }
 
 TEST(AtomicFile, ReadsAFileUpToItsLimit) {

@@ -22,26 +22,40 @@ namespace vellix::engine::test {
 // and an engine on a file of its own.
 class EngineTest : public ::testing::Test {
  protected:
-  EngineTest();
-
   // A new engine on the same file, as after a restart of the program.
-  std::shared_ptr<EngineServer> Restart();
+  std::shared_ptr<EngineServer> Restart() {
+    engine.reset();
+    engine = std::make_shared<EngineServer>(engineFile, paths, clock, log);
+    return engine;
+  }
   [[nodiscard]] Ref<EngineConfig> Config() const { return engine->Config(); }
   // The native folder of a logic path, made on the disk.
-  std::filesystem::path MakeFolder(const std::string& logicPath) const;
+  std::filesystem::path MakeFolder(const std::string& logicPath) const {
+    std::filesystem::create_directories(Native(logicPath));
+    return Native(logicPath);
+  }
   // A configured engine with a store folder and a yearly period format.
-  void Configure();
+  void Configure() {
+    Config()->StoreLocation("c:\\Orvane Vellix Store");
+    Config()->PeriodUnits("Year");
+    Config()->PeriodCount(1);
+    Config()->ReferenceDate(DateSerial(2024, 1, 1));
+    ASSERT_TRUE(Config()->SetPeriodFormat("File '@yyyy'"));
+    engine->Configured(true);
+  }
   [[nodiscard]] std::filesystem::path Native(const std::string& logicPath) const {
     return paths.ToNative(logicPath);
   }
 
   vellix::test::TempFolder scratch;  // first made, last removed
-  std::filesystem::path root;
-  desktop::PathMapping paths;
-  std::filesystem::path engineFile;
-  ManualClock clock;
-  std::shared_ptr<vellix::test::RecordingErrorLog> log;
-  std::shared_ptr<EngineServer> engine;
+  std::filesystem::path root = scratch.Path();
+  desktop::PathMapping paths{root / "data"};
+  std::filesystem::path engineFile = root / "engine" / "engine.xml";
+  ManualClock clock{DateTimeSerial(2024, 5, 15, 10, 30, 0)};
+  std::shared_ptr<vellix::test::RecordingErrorLog> log =
+      std::make_shared<vellix::test::RecordingErrorLog>();
+  std::shared_ptr<EngineServer> engine =
+      std::make_shared<EngineServer>(engineFile, paths, clock, log);
 };
 
 using vellix::test::ErrorNumber;
