@@ -88,7 +88,7 @@ TEST(FormatNumberTest, SeparatorsNamesAndPatternsComeFromTheLocale) {
   EXPECT_EQ(Format(d, "Short Date", custom), "22/09/1963");
 }
 
-TEST(FormatDateTest, NamedFormatsAndPatternTokens) {
+TEST(FormatDateTest, NamedFormatsPatternTokensLiteralsAndTheEmptyResult) {
   // Month after an hour is minutes ("hh:mm") but not with another token between ("hh dd mm").
   const Date d = DateTimeSerial(1963, 9, 22, 14, 5, 9);
   const DateCase cases[] = {
@@ -106,20 +106,17 @@ TEST(FormatDateTest, NamedFormatsAndPatternTokens) {
   EXPECT_EQ(Format(TimeSerial(6, 0, 0), "", kEn), "06:00:00");
   EXPECT_EQ(Format(DateSerial(2020, 3, 5), "d/m", kEn), "5/3");
   EXPECT_EQ(Format(DateSerial(2000, 1, 1), "hh am/pm a/p", kEn), "12 am a");
-}
 
-TEST(FormatDateTest, LiteralsQuotesAndTheEmptyResult) {
-  // "y" alone is the day of the year.
-  const Date d = DateSerial(1963, 9, 22);
-  const DateCase cases[] = {{"-", "-"},      {"xyz", "x265z"},   {"File yyyy", "File 1963"},
-                            {"\\", "\\"},    {"\"open", "open"}, {"\"yyyy\" yyyy", "yyyy 1963"},
-                            {"''", ""},      {"\"\"", ""},       {"\\d\\a\\y d", "day 22"},
-                            {"''\"\"''", ""}};
-  ExpectDates(d, cases);
+  // Literals and quotes; "y" alone is the day of the year.
+  const DateCase literals[] = {{"-", "-"},      {"xyz", "x265z"},   {"File yyyy", "File 1963"},
+                               {"\\", "\\"},    {"\"open", "open"}, {"\"yyyy\" yyyy", "yyyy 1963"},
+                               {"''", ""},      {"\"\"", ""},       {"\\d\\a\\y d", "day 22"},
+                               {"''\"\"''", ""}};
+  ExpectDates(DateSerial(1963, 9, 22), literals);
   // What the folder-format check relies on: a non-empty result for every
   // pattern with at least one character outside quotes.
   for (const char* pattern : {"a", "t", "@", " ", "'' ", "am", "\"\"x", "Q", "%"})
-    EXPECT_FALSE(Format(d, pattern, kEn).empty()) << pattern;
+    EXPECT_FALSE(Format(DateSerial(1963, 9, 22), pattern, kEn).empty()) << pattern;
 }
 
 TEST(FormatVariantTest, ValuesFormatByTheirType) {
@@ -145,11 +142,7 @@ TEST(LocaleTest, EnvironmentFallsBackToEnglishWithoutThrowing) {
     EXPECT_EQ(locale.thousandsSeparator + locale.decimalSeparator, ",.") << name;
     EXPECT_EQ(locale.shortDate, "dd/mm/yyyy") << name;
   }
-  if (saved) {
-    setenv("LC_ALL", saved->c_str(), 1);
-  } else {
-    unsetenv("LC_ALL");
-  }
+  saved ? setenv("LC_ALL", saved->c_str(), 1) : unsetenv("LC_ALL");
 }
 
 }  // namespace
