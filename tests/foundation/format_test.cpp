@@ -67,7 +67,7 @@ TEST(FormatNumberTest, PatternsGroupRoundAndTakeDecimalsPercentExponentsAndSecti
   ExpectNumbers(sections);
 }
 
-TEST(FormatNumberTest, SeparatorsNamesAndPatternsComeFromTheLocale) {
+TEST(FormatNumberTest, ValuesFormatByTheirTypeAndSeparatorsNamesAndPatternsComeFromTheLocale) {
   Locale custom = Locale::English();
   custom.thousandsSeparator = ".";
   custom.decimalSeparator = ",";
@@ -75,6 +75,17 @@ TEST(FormatNumberTest, SeparatorsNamesAndPatternsComeFromTheLocale) {
   EXPECT_EQ(Format(1.5, "###,##0.000 Gb", custom), "1,500 Gb");
   EXPECT_EQ(Format(2.25, "", custom), "2,25");
   EXPECT_EQ(Format(Variant("1234"), "###,##0", custom), "1.234");
+
+  // Values format by their type.
+  const struct {
+    Variant value;
+    const char *pattern, *want;
+  } cases[] = {{Variant(), "0", ""},      {true, "", "True"},
+               {true, "0", "-1"},         {int32_t{1234}, "###,##0", "1,234"},
+               {"12.345", "0.0", "12.3"}, {"1.50", "", "1.50"},
+               {"Inbox", "0.0", "Inbox"}, {DateSerial(1963, 9, 22), "yyyy", "1963"}};
+  for (const auto& c : cases)
+    EXPECT_EQ(Format(c.value, c.pattern, kEn), c.want) << c.value.ToString() << " as " << c.pattern;
 
   custom.monthNames[8] = "Septembre";
   custom.dayAbbrevs[0] = "";  // a missing name falls back to English
@@ -117,18 +128,6 @@ TEST(FormatDateTest, NamedFormatsPatternTokensLiteralsAndTheEmptyResult) {
   // pattern with at least one character outside quotes.
   for (const char* pattern : {"a", "t", "@", " ", "'' ", "am", "\"\"x", "Q", "%"})
     EXPECT_FALSE(Format(DateSerial(1963, 9, 22), pattern, kEn).empty()) << pattern;
-}
-
-TEST(FormatVariantTest, ValuesFormatByTheirType) {
-  const struct {
-    Variant value;
-    const char *pattern, *want;
-  } cases[] = {{Variant(), "0", ""},      {true, "", "True"},
-               {true, "0", "-1"},         {int32_t{1234}, "###,##0", "1,234"},
-               {"12.345", "0.0", "12.3"}, {"1.50", "", "1.50"},
-               {"Inbox", "0.0", "Inbox"}, {DateSerial(1963, 9, 22), "yyyy", "1963"}};
-  for (const auto& c : cases)
-    EXPECT_EQ(Format(c.value, c.pattern, kEn), c.want) << c.value.ToString() << " as " << c.pattern;
 }
 
 TEST(LocaleTest, EnvironmentFallsBackToEnglishWithoutThrowing) {
