@@ -67,7 +67,7 @@ TEST(FormatNumberTest, PatternsGroupRoundAndTakeDecimalsPercentExponentsAndSecti
   ExpectNumbers(sections);
 }
 
-TEST(FormatNumberTest, SeparatorsNamesAndPatternsComeFromTheLocale) {
+TEST(FormatNumberTest, ValuesFormatByTheirTypeAndSeparatorsNamesAndPatternsComeFromTheLocale) {
   Locale custom = Locale::English();
   custom.thousandsSeparator = ".";
   custom.decimalSeparator = ",";
@@ -75,6 +75,17 @@ TEST(FormatNumberTest, SeparatorsNamesAndPatternsComeFromTheLocale) {
   EXPECT_EQ(Format(1.5, "###,##0.000 Gb", custom), "1,500 Gb");
   EXPECT_EQ(Format(2.25, "", custom), "2,25");
   EXPECT_EQ(Format(Variant("1234"), "###,##0", custom), "1.234");
+
+  // Values format by their type.
+  const struct {
+    Variant value;
+    const char *pattern, *want;
+  } cases[] = {{Variant(), "0", ""},      {true, "", "True"},
+               {true, "0", "-1"},         {int32_t{1234}, "###,##0", "1,234"},
+               {"12.345", "0.0", "12.3"}, {"1.50", "", "1.50"},
+               {"Inbox", "0.0", "Inbox"}, {DateSerial(1963, 9, 22), "yyyy", "1963"}};
+  for (const auto& c : cases)
+    EXPECT_EQ(Format(c.value, c.pattern, kEn), c.want) << c.value.ToString() << " as " << c.pattern;
 
   custom.monthNames[8] = "Septembre";
   custom.dayAbbrevs[0] = "";  // a missing name falls back to English
@@ -88,7 +99,7 @@ TEST(FormatNumberTest, SeparatorsNamesAndPatternsComeFromTheLocale) {
   EXPECT_EQ(Format(d, "Short Date", custom), "22/09/1963");
 }
 
-TEST(FormatDateTest, NamedFormatsAndPatternTokens) {
+TEST(FormatDateTest, NamedFormatsPatternTokensLiteralsAndTheEmptyResult) {
   // Month after an hour is minutes ("hh:mm") but not with another token between ("hh dd mm").
   const Date d = DateTimeSerial(1963, 9, 22, 14, 5, 9);
   const DateCase cases[] = {
@@ -106,32 +117,17 @@ TEST(FormatDateTest, NamedFormatsAndPatternTokens) {
   EXPECT_EQ(Format(TimeSerial(6, 0, 0), "", kEn), "06:00:00");
   EXPECT_EQ(Format(DateSerial(2020, 3, 5), "d/m", kEn), "5/3");
   EXPECT_EQ(Format(DateSerial(2000, 1, 1), "hh am/pm a/p", kEn), "12 am a");
-}
 
-TEST(FormatDateTest, LiteralsQuotesAndTheEmptyResult) {
-  // "y" alone is the day of the year.
-  const Date d = DateSerial(1963, 9, 22);
-  const DateCase cases[] = {{"-", "-"},      {"xyz", "x265z"},   {"File yyyy", "File 1963"},
-                            {"\\", "\\"},    {"\"open", "open"}, {"\"yyyy\" yyyy", "yyyy 1963"},
-                            {"''", ""},      {"\"\"", ""},       {"\\d\\a\\y d", "day 22"},
-                            {"''\"\"''", ""}};
-  ExpectDates(d, cases);
+  // Literals and quotes; "y" alone is the day of the year.
+  const DateCase literals[] = {{"-", "-"},      {"xyz", "x265z"},   {"File yyyy", "File 1963"},
+                               {"\\", "\\"},    {"\"open", "open"}, {"\"yyyy\" yyyy", "yyyy 1963"},
+                               {"''", ""},      {"\"\"", ""},       {"\\d\\a\\y d", "day 22"},
+                               {"''\"\"''", ""}};
+  ExpectDates(DateSerial(1963, 9, 22), literals);
   // What the folder-format check relies on: a non-empty result for every
   // pattern with at least one character outside quotes.
   for (const char* pattern : {"a", "t", "@", " ", "'' ", "am", "\"\"x", "Q", "%"})
-    EXPECT_FALSE(Format(d, pattern, kEn).empty()) << pattern;
-}
-
-TEST(FormatVariantTest, ValuesFormatByTheirType) {
-  const struct {
-    Variant value;
-    const char *pattern, *want;
-  } cases[] = {{Variant(), "0", ""},      {true, "", "True"},
-               {true, "0", "-1"},         {int32_t{1234}, "###,##0", "1,234"},
-               {"12.345", "0.0", "12.3"}, {"1.50", "", "1.50"},
-               {"Inbox", "0.0", "Inbox"}, {DateSerial(1963, 9, 22), "yyyy", "1963"}};
-  for (const auto& c : cases)
-    EXPECT_EQ(Format(c.value, c.pattern, kEn), c.want) << c.value.ToString() << " as " << c.pattern;
+    EXPECT_FALSE(Format(DateSerial(1963, 9, 22), pattern, kEn).empty()) << pattern;
 }
 
 TEST(LocaleTest, EnvironmentFallsBackToEnglishWithoutThrowing) {
@@ -145,11 +141,7 @@ TEST(LocaleTest, EnvironmentFallsBackToEnglishWithoutThrowing) {
     EXPECT_EQ(locale.thousandsSeparator + locale.decimalSeparator, ",.") << name;
     EXPECT_EQ(locale.shortDate, "dd/mm/yyyy") << name;
   }
-  if (saved) {
-    setenv("LC_ALL", saved->c_str(), 1);
-  } else {
-    unsetenv("LC_ALL");
-  }
+  saved ? setenv("LC_ALL", saved->c_str(), 1) : unsetenv("LC_ALL");
 }
 
 }  // namespace

@@ -28,11 +28,7 @@ class UtilsTest : public ::testing::Test {
 };
 
 // The procedure frame, with the same context and log.
-class FrameTest : public UtilsTest {};
-
-struct Widget {
-  int value = 0;
-};
+using FrameTest = UtilsTest;
 
 TEST_F(FrameTest, SoftTextIsLoggedWithNumberZeroAndNegativeNumbersEndTheProcedureSilently) {
   Frame frame(ctx, "frmPopup", "LeavePeriods");
@@ -69,13 +65,13 @@ TEST_F(FrameTest, SoftTextIsLoggedWithNumberZeroAndNegativeNumbersEndTheProcedur
 }
 
 TEST_F(FrameTest, AFailureStopsTheProcedureLogsOnceAndANumberAbove32767OverflowsIntoTheCaller) {
-  Ref<Widget> nothing;
+  Ref<test::FakeFolder> nothing;
   int reached = 0;
   Frame frame(ctx, "frmPopup", "cmdAgAdd_Click");
   EXPECT_EQ(frame.Run(7,
                       [&] {
                         reached = 1;
-                        nothing->value = 3;  // a call on nothing
+                        nothing->Name();  // a call on nothing
                         reached = 2;
                         return 42;
                       }),
@@ -212,12 +208,18 @@ TEST_F(GetFolderTest, WalksThePathPassingOverMissingLevelsAndNamesThePartThatFai
   EXPECT_THAT(log->records, ElementsAre(notFound, notFound));
 }
 
-TEST_F(UtilsTest, FolderTypesMapToTheTextsAgentsUse) {
+TEST_F(UtilsTest, FolderTypesAndTrimmedPathsAreTheTextsAgentsUse) {
   const char* const want[] = {"Mail and Post", "Calendar",      "Contacts", "Tasks", "Journal",
                               "Notes",         "Mail and Post", "Contacts", ""};
   for (int type = 0; type <= 8; ++type)
     EXPECT_EQ(utils.FolderTypeName(type), want[type]) << type;
   EXPECT_EQ(utils.FolderTypeName(-1), "");
+
+  // The folder path an agent is matched by loses every blank and control character.
+  EXPECT_EQ(utils.TrimAll("  a b\tc\r\nd\f\v\be  "), "abcde");
+  EXPECT_EQ(utils.TrimAll(std::string("x\0y", 3)), "xy");
+  EXPECT_EQ(utils.TrimAll("    ") + utils.TrimAll(""), "");
+  EXPECT_EQ(utils.TrimAll("keep-all_of.this"), "keep-all_of.this");
 }
 
 TEST_F(UtilsTest, StoreNameFormatsNeedADateToken) {
@@ -248,13 +250,6 @@ TEST_F(UtilsTest, SecondsOfAPeriodUseTheFixedTableAndOverflowGivesZero) {
     EXPECT_EQ(utils.CalculateSeconds(years, "Years"), 0) << years;
   const LogRecord overflow{"Utils", "CalculateSeconds", "Overflow", 6};
   EXPECT_THAT(log->records, ElementsAre(overflow, overflow, overflow));
-}
-
-TEST_F(UtilsTest, TrimAllRemovesEveryBlankAndControlCharacter) {
-  EXPECT_EQ(utils.TrimAll("  a b\tc\r\nd\f\v\be  "), "abcde");
-  EXPECT_EQ(utils.TrimAll(std::string("x\0y", 3)), "xy");
-  EXPECT_EQ(utils.TrimAll("    ") + utils.TrimAll(""), "");
-  EXPECT_EQ(utils.TrimAll("keep-all_of.this"), "keep-all_of.this");
 }
 
 TEST_F(UtilsTest, DatesWithSlashesReadInTheGivenOrder) {

@@ -58,8 +58,6 @@ class ScriptedHost : public UiHost {
   // The texts of every message box shown so far, in order.
   [[nodiscard]] std::vector<std::string> Prompts() const;
   [[nodiscard]] const std::vector<Prompt>& PromptRecords() const { return prompts_; }
-  // Answers queued and not yet used.
-  [[nodiscard]] size_t UnusedAnswers() const { return answers_.size(); }
   void ClearPrompts() { prompts_.clear(); }
 
   // What the user does in the modal form of that name, each time it shows.
@@ -92,8 +90,6 @@ class ScriptedHost : public UiHost {
   [[nodiscard]] const std::vector<std::string>& History() const { return history_; }
   void ClearHistory() { history_.clear(); }
   [[nodiscard]] bool IsLoaded(std::string_view formName) const;
-  // The form that has the input, or nullptr.
-  [[nodiscard]] Form* ActiveForm() const { return active_; }
 
   MsgResult MsgBox(const std::string& prompt, MsgButtons buttons,
                    const std::string& title) override;
