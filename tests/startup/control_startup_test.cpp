@@ -99,32 +99,30 @@ TEST(Startup, FirstStartGraftsTheBootBranchAndCommitsALaterStartLeavesItAlone) {
   EXPECT_THAT(w.log->records, IsEmpty());
 }
 
-TEST(Startup, AColourKeyThatHoldsNoNumberGivesZeroForThatComponent) {
-  Servers w;
-  for (const auto& [colour, text] : {std::pair<const char*, const char*>{"Red", "10"},
-                                     {"Green", "light"},
-                                     {"Blue", "2 and more"}}) {
-    w.config->RootNode()
-        ->GetNode(std::string("CommonFormat.Color.BackColor") + colour, true, "String", Variant())
-        ->SetContent(Variant(text));
+TEST(Startup, AColourKeyOfNoNumberGivesZeroAndOneAbove32767OverflowsBeforeTheBranchIsLookedFor) {
+  for (const char* green : {"light", "32768"}) {
+    SCOPED_TRACE(green);
+    Servers w;
+    for (const auto& [colour, text] : {std::pair<const char*, const char*>{"Red", "10"},
+                                       {"Green", green},
+                                       {"Blue", "2 and more"}}) {
+      w.config->RootNode()
+          ->GetNode(std::string("CommonFormat.Color.BackColor") + colour, true, "String", Variant())
+          ->SetContent(Variant(text));
+    }
+    w.Main();
+    EXPECT_THAT(w.host.Prompts(), IsEmpty());
+    if (std::string(green) == "light") {
+      EXPECT_EQ(w.ctx.backColor, 10 + 65536 * 2);
+      EXPECT_TRUE(w.form.Visible());
+      EXPECT_THAT(w.log->records, IsEmpty());
+    } else {
+      EXPECT_THAT(w.log->records, ElementsAre(LogRecord{"Startup", "Main", "Overflow", 6}));
+      EXPECT_EQ(w.ctx.backColor, 0);
+      EXPECT_EQ(w.freeNodes, 0);
+      EXPECT_FALSE(w.form.Loaded());
+    }
   }
-  w.Main();
-  EXPECT_EQ(w.ctx.backColor, 10 + 65536 * 2);
-  EXPECT_TRUE(w.form.Visible());
-  EXPECT_THAT(w.log->records, IsEmpty());
-}
-
-TEST(Startup, AColourComponentAbove32767OverflowsAndStopsStartUpBeforeTheBranchIsLookedFor) {
-  Servers w;
-  w.config->RootNode()
-      ->GetNode("CommonFormat.Color.BackColorGreen", true, "String", Variant())
-      ->SetContent(Variant("32768"));
-  w.Main();
-  EXPECT_THAT(w.log->records, ElementsAre(LogRecord{"Startup", "Main", "Overflow", 6}));
-  EXPECT_EQ(w.ctx.backColor, 0);
-  EXPECT_EQ(w.freeNodes, 0);
-  EXPECT_FALSE(w.form.Loaded());
-  EXPECT_THAT(w.host.Prompts(), IsEmpty());
 }
 
 TEST(Startup, AnUnreachableErrorLogOrConfigurationMeansOneMessageAndNoWindow) {

@@ -157,13 +157,15 @@ TEST_F(FormRendering, TabChangeVetoedByTheModelLeavesTheTabBarWhereItWas) {
   EXPECT_EQ(bar->currentIndex(), 0);
 }
 
-TEST_F(FormRendering, UserActionsOnValueControlsReachTheModel) {
+TEST_F(FormRendering, UserActionsOnEachKindOfControlReachTheModel) {
   auto* check = Find<QCheckBox>("chkOn");
   auto* optA = Find<QRadioButton>("optA");
   auto* optB = Find<QRadioButton>("optB");
   auto* combo = Find<QComboBox>("cboKind");
   auto* up = Find<QToolButton>("udCount.Up");
   auto* count = Find<QLineEdit>("txtCount");
+  auto* tree = Find<QTreeWidget>("tvwFolders");
+  auto* grid = Find<QTableWidget>("grdRuns");
 
   // On the box itself: the caption is shorter than the control.
   const auto onBox = [](QWidget* w) { return QPoint(6, w->height() / 2); };
@@ -187,15 +189,7 @@ TEST_F(FormRendering, UserActionsOnValueControlsReachTheModel) {
   EXPECT_EQ(form.txtCount.Text(), "6");
   EXPECT_EQ(count->text(), "6");
 
-  EXPECT_THAT(form.log, ElementsAre("chkOn_Click 1", "optA_Click", "optB_Click",
-                                    "cboKind_Click Weekly", "UpClick"));
-}
-
-TEST_F(FormRendering, UserActionsOnListsTreesAndGridsReachTheModel) {
   auto* list = Find<QListWidget>("lstTicks");
-  auto* tree = Find<QTreeWidget>("tvwFolders");
-  auto* grid = Find<QTableWidget>("grdRuns");
-
   ASSERT_EQ(list->count(), 2);
   list->item(1)->setCheckState(Qt::Checked);
   EXPECT_TRUE(form.lstTicks.Selected(1));
@@ -218,8 +212,10 @@ TEST_F(FormRendering, UserActionsOnListsTreesAndGridsReachTheModel) {
   EXPECT_EQ(form.grdRuns.Row(), 2);
   EXPECT_EQ(grid->currentRow(), 2);
 
-  EXPECT_THAT(form.log, ElementsAre("lstTicks_ItemCheck 1", "lstTicks_ItemCheck 0",
-                                    "NodeClick inbox", "LeaveCell 1", "EnterCell 2"));
+  EXPECT_THAT(form.log,
+              ElementsAre("chkOn_Click 1", "optA_Click", "optB_Click", "cboKind_Click Weekly",
+                          "UpClick", "lstTicks_ItemCheck 1", "lstTicks_ItemCheck 0",
+                          "NodeClick inbox", "LeaveCell 1", "EnterCell 2"));
 }
 
 }  // namespace

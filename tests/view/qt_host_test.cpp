@@ -13,9 +13,7 @@
 #include <QTimer>
 #include <atomic>
 #include <cmath>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "sample_form.h"
 #include "view/qt/qt_tray.h"
@@ -143,22 +141,28 @@ TEST_F(QtHostTest, FormSizeAndActivationFollowTheModel) {
   second.Unload();
 }
 
-TEST_F(QtHostTest, PopupMenuShowsTheVisibleEntriesAndRunsTheChosenOne) {
-  QStringList shown;
-  QList<bool> enabled;
-  QTimer::singleShot(0, [&] {
-    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-    ASSERT_NE(menu, nullptr);
-    for (QAction* action : menu->actions()) {
-      shown << (action->isSeparator() ? QStringLiteral("-") : action->text());
-      enabled << action->isEnabled();
-    }
-    menu->setActiveAction(menu->actions().first());
+// Once the next popup menu is up, notes its entries ("-" a separator, "(off)"
+// after a disabled one) and picks the one of that name by the keyboard.
+void PickFromNextMenu(const char* name, QStringList& shown, QPointer<QMenu>& menu) {
+  QTimer::singleShot(0, [name, &shown, &menu] {
+    menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_FALSE(menu.isNull());
+    for (QAction* action : menu->actions())
+      shown << (action->isSeparator() ? QStringLiteral("-") : action->text()) +
+                   (action->isEnabled() ? "" : " (off)");
+    auto* pick = menu->findChild<QAction*>(name);
+    ASSERT_NE(pick, nullptr);
+    menu->setActiveAction(pick);
     QTest::keyClick(menu, Qt::Key_Return);
   });
+}
+
+TEST_F(QtHostTest, PopupMenuShowsTheVisibleEntriesAndRunsTheChosenOne) {
+  QStringList shown;
+  QPointer<QMenu> menu;
+  PickFromNextMenu("mnuOpen", shown, menu);
   form.PopupMenu(form.mnuPopup);
-  EXPECT_THAT(shown, ElementsAre("&Open", "-", "E&xit"));
-  EXPECT_THAT(enabled, ElementsAre(true, true, false));
+  EXPECT_THAT(shown, ElementsAre("&Open", "-", "E&xit (off)"));
   EXPECT_THAT(form.log, ElementsAre("mnuOpen_Click"));
 }
 
@@ -194,7 +198,7 @@ TEST(QtTray, LoadsIconFilesAndRefusesWhatIsNoIcon) {
   EXPECT_FALSE(tray.Icon().isVisible());
 }
 
-TEST_F(QtHostTest, TrayPassesGesturesToTheFormAsTheDesktopDisguisesThem) {
+TEST_F(QtHostTest, TrayPassesGesturesToTheFormAndItsMenuUnloadsTheFormWithinTheGesture) {
   qtview::QtTray tray(host, {});
   tray.AttachForm(form);
   const double tpp = host.TwipsPerPixel();
@@ -206,72 +210,36 @@ TEST_F(QtHostTest, TrayPassesGesturesToTheFormAsTheDesktopDisguisesThem) {
   EXPECT_DOUBLE_EQ(form.lastMouseX / tpp, 515);
   // The icon pops no menu of its own.
   EXPECT_EQ(tray.Icon().contextMenu(), nullptr);
-}
 
-// A form in the shape of the main one: the tray's right click pops its menu
-// up, and its Exit entry unloads the form, which takes the icon away.
-class TrayMenuForm : public Form {
- public:
-  TrayMenuForm(qtview::QtHost& host, qtview::QtTray& tray)
-      : Form(host, "frmTrayMenu"), host_(host), tray_(tray) {
-    mnuExit.Click = [this] {
-      log.push_back("mnuExit_Click");
-      Unload();
-    };
-  }
-
-  std::vector<std::string> log;
-  Menu mnuSys{*this, "mnuSys"};
-  Menu mnuView{*this, "mnuView", "mnuSys"};
-  Menu mnuExit{*this, "mnuExit", "mnuSys"};
-
- protected:
-  void Design() override {
-    mnuSys.Visible(false);
-    mnuView.Caption("&View");
-    mnuExit.Caption("&Exit");
-  }
-  void Form_MouseMove(int16_t /*button*/, int16_t /*shift*/, double x, double /*y*/) override {
-    if (std::lround(x / host_.TwipsPerPixel()) == qtview::QtTray::kRightButtonUp) PopupMenu(mnuSys);
-  }
-  void Form_Unload(bool& /*cancel*/) override {
-    tray_.Delete();
-    log.push_back(tray_.Icon().isVisible() ? "Form_Unload, icon still there"
-                                           : "Form_Unload, icon gone");
-  }
-
- private:
-  qtview::QtHost& host_;
-  qtview::QtTray& tray_;
-};
-
-TEST(QtTray, ExitFromTheTrayMenuUnloadsAtOnceAndTakesTheIconAwayAfterTheEvent) {
-  qtview::QtHost host;
-  qtview::QtTray tray(host, {});
-  TrayMenuForm form(host, tray);
+  // As the main form does: the right click pops the form's menu up, and the
+  // entry picked unloads the form, which takes the icon away.
   int ended = 0;
   host.OnLastFormUnloaded = [&] { ++ended; };
-  form.Show();
-  tray.AttachForm(form);
   tray.Add("", "Vellix");
-
-  // The user picks Exit in the real menu, by the keyboard.
+  form.mouseMoved = [&] {
+    if (std::lround(form.lastMouseX / tpp) == qtview::QtTray::kRightButtonUp)
+      form.PopupMenu(form.mnuPopup);
+  };
+  form.mnuOpen.Click = [&] {
+    form.log.push_back("mnuOpen_Click");
+    form.Unload();
+  };
+  form.unloading = [&] {
+    tray.Delete();
+    form.log.push_back(tray.Icon().isVisible() ? "Form_Unload, icon still there"
+                                               : "Form_Unload, icon gone");
+  };
+  QStringList shown;
   QPointer<QMenu> menu;
-  QTimer::singleShot(0, [&] {
-    menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-    ASSERT_FALSE(menu.isNull());
-    auto* exit = menu->findChild<QAction*>("mnuExit");
-    ASSERT_NE(exit, nullptr);
-    menu->setActiveAction(exit);
-    QTest::keyClick(menu, Qt::Key_Return);
-  });
+  PickFromNextMenu("mnuOpen", shown, menu);
   Q_EMIT tray.Icon().activated(QSystemTrayIcon::Context);
 
   // Form_Unload ran in full inside the gesture; the icon's window, which is
   // delivering that gesture, stays until the event is over.
   EXPECT_FALSE(form.Loaded());
   EXPECT_EQ(ended, 1);
-  EXPECT_THAT(form.log, ElementsAre("mnuExit_Click", "Form_Unload, icon still there"));
+  EXPECT_THAT(form.log,
+              ElementsAre("mnuOpen_Click", "Form_QueryUnload", "Form_Unload, icon still there"));
   EXPECT_TRUE(tray.Icon().isVisible());
   QCoreApplication::sendPostedEvents();
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);

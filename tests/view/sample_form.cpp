@@ -76,6 +76,7 @@ void SampleForm::Form_QueryUnload(bool& cancel, int32_t /*unloadMode*/) {
 
 void SampleForm::Form_MouseMove(int16_t /*button*/, int16_t /*shift*/, double x, double /*y*/) {
   lastMouseX = x;
+  if (mouseMoved) mouseMoved();
 }
 
 void ShownSampleForm::SetUp() {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QWidget>
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -41,7 +42,6 @@ class SampleForm : public Form {
   FlexGrid grdRuns{*this, "grdRuns"};
   TextBox txtCount{*this, "txtCount"};
   UpDown udCount{*this, "udCount"};
-  DatePicker dtpStart{*this, "dtpStart"};
   Menu mnuPopup{*this, "mnuPopup"};
   Menu mnuOpen{*this, "mnuOpen", "mnuPopup"};
   Menu mnuSep{*this, "mnuSep", "mnuPopup"};
@@ -49,12 +49,19 @@ class SampleForm : public Form {
   Menu mnuExit{*this, "mnuExit", "mnuPopup"};
 
   double lastMouseX = -1;
+  // Run after a mouse move is noted, and on unload: a test gives the form the
+  // main form's ways with the tray.
+  std::function<void()> mouseMoved;
+  std::function<void()> unloading;
 
  protected:
   void Design() override;
   void Form_QueryUnload(bool& cancel, int32_t unloadMode) override;
   void Form_Activate() override { log.push_back("Activate"); }
   void Form_MouseMove(int16_t button, int16_t shift, double x, double y) override;
+  void Form_Unload(bool& /*cancel*/) override {
+    if (unloading) unloading();
+  }
 };
 
 // A sample form shown and active on a host of its own, its log cleared.
