@@ -59,6 +59,7 @@ class BenchHost : public vellix::UiHost {
   void StartTimer(vellix::Timer&) override {}
   void StopTimer(vellix::Timer&) override {}
   std::optional<std::string> BrowseForFolder(const std::string&) override { return std::nullopt; }
+  vellix::Ref<vellix::MAPIFolder> PickMailFolder(vellix::NameSpace&) override { return nullptr; }
 
   void PumpUntil(const bool& done) {
     while (!done) {

@@ -125,6 +125,7 @@ int main(int argc, char** argv) {
   outlook::ProfileMailProgram mail(profile, [](const std::string& problem) {
     std::fprintf(stderr, "vellix-control: mail profile: %s\n", problem.c_str());
   });
+  mail.ChooseFoldersWith([&host](NameSpace& nameSpace) { return host.PickMailFolder(nameSpace); });
   desktop::XdgShell shell(mapping, [&host](const std::string& title) -> std::optional<fs::path> {
     auto chosen = host.BrowseForFolder(title);
     if (!chosen) return std::nullopt;

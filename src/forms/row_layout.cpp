@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "foundation/combo_box.h"
 #include "foundation/config_node.h"
 #include "foundation/control.h"
 #include "foundation/runtime.h"
@@ -18,6 +19,15 @@ std::string RowLayout::Text(const std::string& key) const {
 
 void RowLayout::ApplyTip(Control& control) const {
   control.ToolTipText(Text(control.Name() + "-Tip"));
+}
+
+void RowLayout::FillList(ComboBox& combo, const std::string& firstKey) const {
+  combo.Clear();
+  if (Ref<ConfigNode> list = node_->GetNode(combo.Name(), false, "", Variant())) {
+    for (const Ref<ConfigNode>& entry : list->ConfigEntries())
+      combo.AddItem(entry->GetContent().ToString());
+  }
+  combo.Text(Text(firstKey));
 }
 
 int16_t RowLayout::DataLeft() const {

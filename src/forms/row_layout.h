@@ -8,6 +8,7 @@
 
 namespace vellix {
 
+class ComboBox;
 class ConfigNode;
 class Control;
 class Label;
@@ -43,6 +44,9 @@ class RowLayout {
   [[nodiscard]] std::string Text(const std::string& key) const;
   // Tool tip of a control from "<name>-Tip".
   void ApplyTip(Control& control) const;
+  // A combo's list from the entries of the child node named as the combo, in
+  // their order, and its first text from the key firstKey ("cboPeNewUnits.1").
+  void FillList(ComboBox& combo, const std::string& firstKey) const;
   // CharWidth as text, then as a number, times count: short fields.
   [[nodiscard]] int16_t Chars(int count) const;
   // The data column's left edge.

@@ -35,6 +35,8 @@ class MAPIFolder {
   virtual std::string FullFolderPath() { return FolderPath(); }
   // The kind of item the folder holds (0 mail, 1 appointment, ...).
   virtual int32_t DefaultItemType() = 0;
+  // How many items the folder itself holds (its Items.Count).
+  virtual int32_t ItemCount() = 0;
   virtual Ref<OutlookFolders> Folders() = 0;
 };
 
@@ -53,6 +55,9 @@ class NameSpace {
   // The default folder of a kind: 6 inbox, 5 sent mail, 9 calendar, 13 tasks,
   // 12 notes, 10 contacts, 3 deleted items, 16 drafts, 11 journal.
   virtual Ref<MAPIFolder> GetDefaultFolder(int32_t folderType) = 0;
+  // The mail program's own modal folder dialog: the folder the user chose,
+  // or nothing when they cancelled.
+  virtual Ref<MAPIFolder> PickFolder() = 0;
 };
 
 class OutlookApplication {

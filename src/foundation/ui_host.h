@@ -5,9 +5,13 @@
 #include <optional>
 #include <string>
 
+#include "foundation/ref.h"
+
 namespace vellix {
 
 class Form;
+class MAPIFolder;
+class NameSpace;
 class Menu;
 class Timer;
 
@@ -60,6 +64,10 @@ class UiHost {
   // A modal folder dialog with the title given: the chosen folder's path, or
   // nothing when the user cancelled.
   virtual std::optional<std::string> BrowseForFolder(const std::string& title) = 0;
+  // The mail program's modal folder dialog over the stores of a name space:
+  // the chosen folder, or nothing when the user cancelled. A mail program
+  // without a window system of its own shows its picker through this.
+  virtual Ref<MAPIFolder> PickMailFolder(NameSpace& nameSpace) = 0;
 };
 
 }  // namespace vellix

@@ -2,6 +2,7 @@
 
 #include "forms/panel.h"
 #include "foundation/controls.h"
+#include "panels/periods_panel.h"
 
 namespace vellix {
 
@@ -9,7 +10,8 @@ namespace vellix {
 // here so that the shell's run-time enabling and GetIndex find them.
 class AgentsPanel : public Panel {
  public:
-  AgentsPanel(PopupShell& shell, Form& form)
+  // A store is measured against the Periods panel's PeriodDuration.
+  AgentsPanel(PopupShell& shell, Form& form, PeriodsPanel& periods)
       : Panel(shell),
         cboAgName(form, "cboAgName", "picAg"),
         cmdAgAdd(form, "cmdAgAdd", "picAg"),
@@ -27,7 +29,8 @@ class AgentsPanel : public Panel {
         cmdAgNew(form, "cmdAgNew", "picAg"),
         cmdAgFileNow(form, "cmdAgFileNow", "picAg"),
         cmdAgPurgeNow(form, "cmdAgPurgeNow", "picAg"),
-        cmdAgDelete(form, "cmdAgDelete", "picAg") {}
+        cmdAgDelete(form, "cmdAgDelete", "picAg"),
+        periods_(periods) {}
 
   ComboBox cboAgName;
   CommandButton cmdAgAdd;
@@ -46,6 +49,9 @@ class AgentsPanel : public Panel {
   CommandButton cmdAgFileNow;
   CommandButton cmdAgPurgeNow;
   CommandButton cmdAgDelete;
+
+ private:
+  PeriodsPanel& periods_;
 };
 
 }  // namespace vellix

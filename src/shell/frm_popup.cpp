@@ -56,7 +56,7 @@ FrmPopup::FrmPopup(Context& ctx, TrayPlatform& trayPlatform, PopupForms forms)
       mPopExit(*this, "mPopExit", "mPopupSys"),
       summary(*this, *this),
       periods(*this, *this),
-      agents(*this, *this),
+      agents(*this, *this, periods),
       import(*this, *this),
       backup(*this, *this),
       log(*this, *this),

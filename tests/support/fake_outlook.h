@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "foundation/outlook.h"
@@ -17,12 +18,14 @@ class FakeFolder : public MAPIFolder, public std::enable_shared_from_this<FakeFo
   std::string Name() override { return name_; }
   std::string FolderPath() override { return path_; }
   int32_t DefaultItemType() override { return itemType_; }
+  int32_t ItemCount() override { return itemCount; }
   Ref<OutlookFolders> Folders() override;
 
   // Adds a sub-folder and returns it.
   std::shared_ptr<FakeFolder> Add(const std::string& name, int32_t itemType = 0);
 
   std::vector<std::shared_ptr<FakeFolder>> children;
+  int32_t itemCount = 0;
 
  private:
   std::string name_;
@@ -37,9 +40,12 @@ class FakeNameSpace : public NameSpace {
 
   Ref<OutlookFolders> Folders() override;
   Ref<MAPIFolder> GetDefaultFolder(int32_t folderType) override;
+  // Gives `picked` once, then nothing, as a user who cancels.
+  Ref<MAPIFolder> PickFolder() override { return std::exchange(picked, nullptr); }
 
   std::vector<std::shared_ptr<FakeFolder>> stores;
   std::vector<std::pair<int32_t, std::shared_ptr<FakeFolder>>> defaults;
+  Ref<MAPIFolder> picked;
 };
 
 }  // namespace vellix::test

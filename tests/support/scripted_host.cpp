@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <sstream>
 #include <utility>
 
 #include "foundation/form.h"
 #include "foundation/menu.h"
+#include "foundation/outlook.h"
 #include "foundation/text.h"
 #include "foundation/timer.h"
 
@@ -230,6 +232,27 @@ std::optional<std::string> ScriptedHost::BrowseForFolder(const std::string& titl
   if (folders_.empty()) return std::nullopt;
   auto folder = std::move(folders_.front());
   folders_.pop_front();
+  return folder;
+}
+
+void ScriptedHost::PickMailFolderNext(std::optional<std::string> folderPath) {
+  mailFolders_.push_back(std::move(folderPath));
+}
+
+Ref<MAPIFolder> ScriptedHost::PickMailFolder(NameSpace& nameSpace) {
+  ++mailFolderPicks_;
+  if (mailFolders_.empty()) return nullptr;
+  const std::optional<std::string> path = std::move(mailFolders_.front());
+  mailFolders_.pop_front();
+  if (!path) return nullptr;
+  // By name from the store down, as a user opens the tree.
+  Ref<MAPIFolder> folder;
+  std::stringstream parts(*path);
+  for (std::string name; std::getline(parts, name, '\\');) {
+    if (name.empty()) continue;
+    folder = folder ? folder->Folders()->Item(name) : nameSpace.Folders()->Item(name);
+  }
+  if (!folder) ADD_FAILURE() << "no mail folder at " << *path;
   return folder;
 }
 

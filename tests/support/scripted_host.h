@@ -69,6 +69,10 @@ class ScriptedHost : public UiHost {
   // The next folder dialog's answer; with none queued the user cancels.
   void ChooseFolderNext(std::optional<std::string> folder);
   [[nodiscard]] const std::vector<std::string>& FolderTitles() const { return folderTitles_; }
+  // The next mail folder dialog's answer, a folder path ("\\\\Store\\Inbox");
+  // with none queued the user cancels.
+  void PickMailFolderNext(std::optional<std::string> folderPath);
+  [[nodiscard]] int MailFolderPicks() const { return mailFolderPicks_; }
 
   // Lets time pass, firing due timers.
   void Advance(int64_t milliseconds);
@@ -103,6 +107,7 @@ class ScriptedHost : public UiHost {
   void StartTimer(Timer& timer) override;
   void StopTimer(Timer& timer) override;
   std::optional<std::string> BrowseForFolder(const std::string& title) override;
+  Ref<MAPIFolder> PickMailFolder(NameSpace& nameSpace) override;
 
  private:
   struct Answer {
@@ -127,6 +132,8 @@ class ScriptedHost : public UiHost {
   bool runPostedWhileModal_ = true;
   std::deque<std::optional<std::string>> folders_;
   std::vector<std::string> folderTitles_;
+  std::deque<std::optional<std::string>> mailFolders_;
+  int mailFolderPicks_ = 0;
   int64_t now_ = 0;
   uint64_t timerOrder_ = 0;
   std::vector<TimerEntry> timers_;

@@ -8,14 +8,14 @@
 
 namespace vellix::outlook {
 
-ProfileApplication::ProfileApplication(std::shared_ptr<MailProfile> profile)
-    : profile_(std::move(profile)) {
+ProfileApplication::ProfileApplication(std::shared_ptr<MailProfile> profile, FolderChooser chooser)
+    : profile_(std::move(profile)), chooser_(std::move(chooser)) {
   if (!profile_) throw VbError(err::kObjectNotSet);
 }
 
 Ref<NameSpace> ProfileApplication::GetNamespace(const std::string& type) {
   if (!EqualsText(type, "MAPI")) return nullptr;
-  return MakeRef<ProfileNameSpace>(profile_);
+  return MakeRef<ProfileNameSpace>(profile_, chooser_);
 }
 
 }  // namespace vellix::outlook

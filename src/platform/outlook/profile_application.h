@@ -5,19 +5,21 @@
 
 #include "foundation/outlook.h"
 #include "platform/outlook/mail_profile.h"
+#include "platform/outlook/profile_name_space.h"
 
 namespace vellix::outlook {
 
 // "Outlook.Application" over a loaded mail profile.
 class ProfileApplication : public OutlookApplication {
  public:
-  explicit ProfileApplication(std::shared_ptr<MailProfile> profile);
+  explicit ProfileApplication(std::shared_ptr<MailProfile> profile, FolderChooser chooser = {});
 
   // "MAPI" (without regard to case) gives the name space; anything else nothing.
   Ref<NameSpace> GetNamespace(const std::string& type) override;
 
  private:
   std::shared_ptr<MailProfile> profile_;
+  FolderChooser chooser_;
 };
 
 }  // namespace vellix::outlook

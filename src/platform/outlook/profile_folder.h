@@ -32,6 +32,7 @@ class ProfileFolder : public MAPIFolder, public std::enable_shared_from_this<Pro
   // Raises kOutlookOperationFailed once the profile that held the folder is gone.
   std::string FolderPath() override;
   int32_t DefaultItemType() override { return itemType_; }
+  int32_t ItemCount() override { return static_cast<int32_t>(items_.size()); }
   Ref<OutlookFolders> Folders() override;
 
   // Adds a sub-folder at the end. A name that is empty, holds a backslash or

@@ -27,7 +27,7 @@ Ref<OutlookApplication> ProfileMailProgram::CreateApplication() {
   }
   if (!profile_) return nullptr;
   lastProblem_.clear();
-  return MakeRef<ProfileApplication>(profile_);
+  return MakeRef<ProfileApplication>(profile_, chooser_);
 }
 
 }  // namespace vellix::outlook

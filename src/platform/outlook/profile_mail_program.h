@@ -7,6 +7,7 @@
 
 #include "foundation/mail_program.h"
 #include "platform/outlook/mail_profile.h"
+#include "platform/outlook/profile_name_space.h"
 
 namespace vellix::outlook {
 
@@ -24,6 +25,8 @@ class ProfileMailProgram : public MailProgram {
   explicit ProfileMailProgram(std::shared_ptr<MailProfile> profile);
 
   Ref<OutlookApplication> CreateApplication() override;
+  // The folder dialog that PickFolder shows from now on.
+  void ChooseFoldersWith(FolderChooser chooser) { chooser_ = std::move(chooser); }
 
   // The profile in use, or nothing before it could be read.
   [[nodiscard]] const std::shared_ptr<MailProfile>& Profile() const { return profile_; }
@@ -35,6 +38,7 @@ class ProfileMailProgram : public MailProgram {
   Reporter reporter_;
   std::shared_ptr<MailProfile> profile_;
   std::string lastProblem_;
+  FolderChooser chooser_;
 };
 
 }  // namespace vellix::outlook

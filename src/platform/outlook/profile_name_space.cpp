@@ -7,8 +7,8 @@
 
 namespace vellix::outlook {
 
-ProfileNameSpace::ProfileNameSpace(std::shared_ptr<MailProfile> profile)
-    : profile_(std::move(profile)) {
+ProfileNameSpace::ProfileNameSpace(std::shared_ptr<MailProfile> profile, FolderChooser chooser)
+    : profile_(std::move(profile)), chooser_(std::move(chooser)) {
   if (!profile_) throw VbError(err::kObjectNotSet);
 }
 
@@ -24,6 +24,11 @@ Ref<MAPIFolder> ProfileNameSpace::GetDefaultFolder(int32_t folderType) {
                   "The attempted operation failed.  An object could not be found.");
   }
   return {folder};
+}
+
+Ref<MAPIFolder> ProfileNameSpace::PickFolder() {
+  if (!chooser_) return nullptr;
+  return chooser_(*this);
 }
 
 }  // namespace vellix::outlook

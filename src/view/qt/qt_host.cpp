@@ -278,6 +278,10 @@ void QtHost::StopTimer(Timer& timer) {
   timers_.erase(it);
 }
 
+Ref<MAPIFolder> QtHost::PickMailFolder(NameSpace& /*nameSpace*/) {
+  return nullptr;  // TODO(picker): the mail folder dialog
+}
+
 std::optional<std::string> QtHost::BrowseForFolder(const std::string& title) {
   const QString folder = QFileDialog::getExistingDirectory(QApplication::activeWindow(), Qs(title));
   if (folder.isEmpty()) return std::nullopt;

@@ -63,6 +63,7 @@ class QtHost : public UiHost {
   void StartTimer(Timer& timer) override;
   void StopTimer(Timer& timer) override;
   std::optional<std::string> BrowseForFolder(const std::string& title) override;
+  Ref<MAPIFolder> PickMailFolder(NameSpace& nameSpace) override;
 
  private:
   [[nodiscard]] FormWindow* Window(const Form& form) const;

@@ -58,6 +58,7 @@ PopupWorld::PopupWorld()
     return it->second;
   };
   mail = std::make_unique<outlook::ProfileMailProgram>(Resources() / "profiles" / "demo.xml");
+  mail->ChooseFoldersWith([this](NameSpace& nameSpace) { return host.PickMailFolder(nameSpace); });
   shell = std::make_unique<desktop::XdgShell>(
       paths,
       [this](const std::string& title) -> std::optional<fs::path> {
