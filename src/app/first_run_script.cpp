@@ -25,7 +25,7 @@ namespace {
 constexpr int kSettleMs = 300;
 // A run that hasn't finished by then is stuck (a dialog nobody answers).
 constexpr int kWatchdogMs = 60000;
-constexpr int kPictures = 3;
+constexpr int kPictures = 5;
 
 // Whether the control lies in the container, directly or further down.
 bool Inside(const Form& form, const Control& control, const std::string& container) {
@@ -162,7 +162,17 @@ void FirstRunScript::SummaryStep() {
 void FirstRunScript::SummaryShot() {
   step_ = "summary picture";
   Shot(popup_, "summary.png");
-  Finish();
+  TabShot("Periods", "periods.png",
+          [this] { TabShot("Agents", "agents.png", [this] { Finish(); }); });
+}
+
+void FirstRunScript::TabShot(const char* tab, const char* file, std::function<void()> next) {
+  step_ = std::string(tab) + " tab";
+  if (!popup_.tabControlOptions.UserSelectTab(tab)) Note(std::string("no ") + tab + " tab");
+  QTimer::singleShot(kSettleMs, this, [this, file, next = std::move(next)] {
+    Shot(popup_, file);
+    next();
+  });
 }
 
 void FirstRunScript::Finish() {

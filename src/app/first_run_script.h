@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -20,7 +21,8 @@ namespace vellix::app {
 
 // --screenshot: a first start played as a user would, writing a picture of
 // each window it passes to the output folder: the Quick setup page, the
-// Predictive start dialog and the main form on its Summary tab. A control
+// Predictive start dialog and the main form on its Summary, Periods and
+// Agents tabs. A control
 // that isn't there is passed over with a note, so a half-built panel still
 // gives what can be had. Message boxes on the way are answered with their
 // default button and their texts printed.
@@ -45,6 +47,8 @@ class FirstRunScript : public QObject {
   void PredictiveStartStep();
   void SummaryStep();
   void SummaryShot();
+  // Selects a tab of the main form, then takes its picture and goes on.
+  void TabShot(const char* tab, const char* file, std::function<void()> next);
   void Finish();
   void AnswerMessageBoxes();
   bool Shot(const Form& form, const std::string& file);
