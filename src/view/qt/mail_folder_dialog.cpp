@@ -125,10 +125,10 @@ QIcon MailFolderDialog::KindIcon(int32_t itemType, bool store) const {
   static constexpr Kind kStore{"drive-harddisk", QStyle::SP_DriveHDIcon};
   static constexpr Kind kKinds[] = {
       {"folder", QStyle::SP_DirIcon},                                // mail
-      {"x-office-calendar", QStyle::SP_FileDialogDetailedView},      // appointment
+      {"x-office-calendar", QStyle::SP_FileDialogListView},          // appointment
       {"x-office-address-book", QStyle::SP_FileDialogContentsView},  // contact
       {"checkbox-checked", QStyle::SP_DialogApplyButton},            // task
-      {"x-office-document", QStyle::SP_FileDialogListView},          // journal
+      {"x-office-document", QStyle::SP_FileDialogDetailedView},      // journal
       {"text-x-generic", QStyle::SP_FileIcon},                       // note
   };
   const Kind& kind =
