@@ -51,18 +51,13 @@ class WatchedFolder : public FakeFolder {
   bool failFolders = false;
 };
 
-std::shared_ptr<WatchedFolder> AddWatched(FakeFolder& parent, const std::string& name,
-                                          int32_t itemType, int32_t items) {
+// Adds a folder of that kind holding that many items; every one of them is
+// a watched folder, so any may be made to fail.
+std::shared_ptr<WatchedFolder> Add(FakeFolder& parent, const std::string& name, int32_t itemType,
+                                   int32_t items) {
   auto folder = std::make_shared<WatchedFolder>(name, parent.FolderPath() + "\\" + name, itemType);
   folder->itemCount = items;
   parent.children.push_back(folder);
-  return folder;
-}
-
-std::shared_ptr<FakeFolder> AddFolder(FakeFolder& parent, const std::string& name, int32_t itemType,
-                                      int32_t items) {
-  auto folder = parent.Add(name, itemType);
-  folder->itemCount = items;
   return folder;
 }
 
@@ -88,16 +83,16 @@ class MailFolderDialogTest : public ShownSampleForm {
  protected:
   MailFolderDialogTest() {
     auto mailbox = names.AddStore("Mailbox - Alex Morgan");
-    inbox = AddFolder(*mailbox, "Inbox", 0, 12);
-    projects = AddWatched(*inbox, "Projects", 0, 3);
-    year = AddWatched(*projects, "2026", 0, 1);
-    AddFolder(*mailbox, "Calendar", 1, 40);
-    AddFolder(*mailbox, "Contacts", 2, 7);
-    AddFolder(*mailbox, "Tasks", 3, 2);
-    AddFolder(*mailbox, "Journal", 4, 0);
-    AddFolder(*mailbox, "Notes", 5, 5);
+    auto inbox = Add(*mailbox, "Inbox", 0, 12);
+    projects = Add(*inbox, "Projects", 0, 3);
+    year = Add(*projects, "2026", 0, 1);
+    Add(*mailbox, "Calendar", 1, 40);
+    Add(*mailbox, "Contacts", 2, 7);
+    Add(*mailbox, "Tasks", 3, 2);
+    Add(*mailbox, "Journal", 4, 0);
+    Add(*mailbox, "Notes", 5, 5);
     archive = names.AddStore("Archive 2025");
-    AddFolder(*archive, "Old Mail", 0, 1250);
+    Add(*archive, "Old Mail", 0, 1250);
   }
 
   // Runs the host's picker; act gets the dialog once it is up and has the
@@ -122,7 +117,6 @@ class MailFolderDialogTest : public ShownSampleForm {
   }
 
   FakeNameSpace names;
-  std::shared_ptr<FakeFolder> inbox;
   std::shared_ptr<WatchedFolder> projects;
   std::shared_ptr<WatchedFolder> year;
   std::shared_ptr<FakeFolder> archive;
@@ -192,13 +186,13 @@ TEST_F(MailFolderDialogTest, ReadsSubFoldersOnlyWhenTheirFolderIsOpenedAndOnlyOn
 }
 
 TEST_F(MailFolderDialogTest, WhatTheMailProgramFailsToGiveIsLeftOutAndTheRestShows) {
-  auto offline = AddWatched(*archive, "Offline", 0, 4);
+  auto offline = Add(*archive, "Offline", 0, 4);
   offline->failFolders = true;
-  auto uncounted = AddWatched(*archive, "Uncounted", 0, 4);
+  auto uncounted = Add(*archive, "Uncounted", 0, 4);
   uncounted->failCount = true;
-  auto nameless = AddWatched(*archive, "Nameless", 0, 4);
+  auto nameless = Add(*archive, "Nameless", 0, 4);
   nameless->failName = true;
-  AddFolder(*archive, "After", 0, 9);
+  Add(*archive, "After", 0, 9);
 
   MailFolderDialog dialog(names);
   QTreeWidgetItem& second = *dialog.Tree().topLevelItem(1);
