@@ -17,6 +17,7 @@
 #include "foundation/menu.h"
 #include "foundation/timer.h"
 #include "view/qt/form_window.h"
+#include "view/qt/mail_folder_dialog.h"
 #include "view/qt/picture_files.h"
 
 namespace vellix::qtview {
@@ -278,8 +279,15 @@ void QtHost::StopTimer(Timer& timer) {
   timers_.erase(it);
 }
 
-Ref<MAPIFolder> QtHost::PickMailFolder(NameSpace& /*nameSpace*/) {
-  return nullptr;  // TODO(picker): the mail folder dialog
+Ref<MAPIFolder> QtHost::PickMailFolder(NameSpace& nameSpace) {
+  // On the heap: a call posted meanwhile may unload the window the dialog
+  // lies over, and that window takes its children along.
+  QPointer<MailFolderDialog> dialog = new MailFolderDialog(nameSpace, QApplication::activeWindow());
+  const bool accepted = dialog->exec() == QDialog::Accepted;
+  if (dialog.isNull()) return nullptr;
+  Ref<MAPIFolder> chosen = accepted ? dialog->Selected() : nullptr;
+  delete dialog.data();
+  return chosen;
 }
 
 std::optional<std::string> QtHost::BrowseForFolder(const std::string& title) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <vector>
 
 #include "foundation/context.h"
 #include "foundation/date.h"
@@ -116,6 +117,24 @@ TEST_F(DemoProfile, PeriodStoresAddedWhileRunningShowInListsAlreadyTaken) {
 
   // A later application sees the same profile, the added store included.
   EXPECT_EQ(program.CreateApplication()->GetNamespace("MAPI")->Folders()->Count(), 2);
+}
+
+TEST_F(DemoProfile, PickFolderAsksTheDesktopsChooserWithItsOwnNameSpace) {
+  ASSERT_FALSE(ns.IsNothing());
+  // Without a chooser there is no window to show: nothing, as a cancel.
+  EXPECT_TRUE(ns->PickFolder().IsNothing());
+
+  std::vector<NameSpace*> asked;
+  program.ChooseFoldersWith([&asked](NameSpace& nameSpace) {
+    asked.push_back(&nameSpace);
+    return asked.size() == 1 ? nameSpace.GetDefaultFolder(9) : nullptr;
+  });
+  auto picking = program.CreateApplication()->GetNamespace("MAPI");
+  const auto chosen = picking->PickFolder();
+  ASSERT_FALSE(chosen.IsNothing());
+  EXPECT_EQ(chosen->FullFolderPath(), "\\\\Mailbox - Alex Morgan\\Calendar");
+  EXPECT_TRUE(picking->PickFolder().IsNothing());
+  EXPECT_EQ(asked, (std::vector<NameSpace*>{&*picking, &*picking}));
 }
 
 TEST(MailProfile, FoldersAreFoundByNameWithoutCaseAndListedInOrder) {

@@ -1,0 +1,311 @@
+#include "view/qt/mail_folder_dialog.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QDialogButtonBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+#include <QTreeWidget>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "foundation/vb_error.h"
+#include "sample_form.h"
+#include "support/fake_outlook.h"
+
+namespace vellix::test {
+namespace {
+
+using qtview::MailFolderDialog;
+using ::testing::ElementsAre;
+using ::testing::Pair;
+
+// A folder that counts how often its sub-folders are asked for and can fail
+// the way a store that went offline does.
+class WatchedFolder : public FakeFolder {
+ public:
+  using FakeFolder::FakeFolder;
+  std::string Name() override {
+    if (failName) throw VbError(-2147221219, "The store is not available.");
+    return FakeFolder::Name();
+  }
+  int32_t ItemCount() override {
+    if (failCount) throw VbError(-2147221219, "The store is not available.");
+    return FakeFolder::ItemCount();
+  }
+  Ref<OutlookFolders> Folders() override {
+    ++asked;
+    if (failFolders) throw VbError(-2147221219, "The store is not available.");
+    return FakeFolder::Folders();
+  }
+
+  int asked = 0;
+  bool failName = false;
+  bool failCount = false;
+  bool failFolders = false;
+};
+
+// Adds a folder of that kind holding that many items; every one of them is
+// a watched folder, so any may be made to fail.
+std::shared_ptr<WatchedFolder> Add(FakeFolder& parent, const std::string& name, int32_t itemType,
+                                   int32_t items) {
+  auto folder = std::make_shared<WatchedFolder>(name, parent.FolderPath() + "\\" + name, itemType);
+  folder->itemCount = items;
+  parent.children.push_back(folder);
+  return folder;
+}
+
+// The texts of a row's children: name and item count.
+std::vector<std::pair<std::string, std::string>> Rows(const QTreeWidgetItem& parent) {
+  std::vector<std::pair<std::string, std::string>> rows;
+  for (int i = 0; i < parent.childCount(); ++i)
+    rows.emplace_back(parent.child(i)->text(0).toStdString(),
+                      parent.child(i)->text(1).toStdString());
+  return rows;
+}
+
+QTreeWidgetItem* Row(QTreeWidgetItem& parent, const char* name) {
+  for (int i = 0; i < parent.childCount(); ++i)
+    if (parent.child(i)->text(0) == QLatin1String(name)) return parent.child(i);
+  return nullptr;
+}
+
+// A host with a form shown over which the dialog comes up, and a profile of
+// two stores: a mailbox with a folder of each kind, one nested two deep, and
+// an archive.
+class MailFolderDialogTest : public ShownSampleForm {
+ protected:
+  MailFolderDialogTest() {
+    auto mailbox = names.AddStore("Mailbox - Alex Morgan");
+    auto inbox = Add(*mailbox, "Inbox", 0, 12);
+    projects = Add(*inbox, "Projects", 0, 3);
+    year = Add(*projects, "2026", 0, 1);
+    Add(*mailbox, "Calendar", 1, 40);
+    Add(*mailbox, "Contacts", 2, 7);
+    Add(*mailbox, "Tasks", 3, 2);
+    Add(*mailbox, "Journal", 4, 0);
+    Add(*mailbox, "Notes", 5, 5);
+    archive = names.AddStore("Archive 2025");
+    Add(*archive, "Old Mail", 0, 1250);
+  }
+
+  // Runs the host's picker; act gets the dialog once it is up and has the
+  // input. A dialog that act leaves up fails the test.
+  Ref<MAPIFolder> Pick(const std::function<void(MailFolderDialog&, QTreeWidget&)>& act) {
+    QTimer::singleShot(0, [act] {
+      auto* dialog = dynamic_cast<MailFolderDialog*>(QApplication::activeModalWidget());
+      if (dialog == nullptr) {
+        ADD_FAILURE() << "no folder dialog is up";
+        return;
+      }
+      // The tree has the input from the start.
+      EXPECT_TRUE(QTest::qWaitForWindowActive(dialog));
+      EXPECT_TRUE(QTest::qWaitFor([dialog] { return dialog->Tree().hasFocus(); }, 2000));
+      QTimer::singleShot(3000, dialog, [dialog] {
+        ADD_FAILURE() << "the folder dialog stayed up";
+        dialog->reject();
+      });
+      act(*dialog, dialog->Tree());
+    });
+    return host.PickMailFolder(names);
+  }
+
+  FakeNameSpace names;
+  std::shared_ptr<WatchedFolder> projects;
+  std::shared_ptr<WatchedFolder> year;
+  std::shared_ptr<FakeFolder> archive;
+};
+
+TEST_F(MailFolderDialogTest, ListsTheStoresAndTheFirstStoresFoldersWithCountsAndKindIcons) {
+  MailFolderDialog dialog(names);
+  QTreeWidget& tree = dialog.Tree();
+  EXPECT_EQ(dialog.windowTitle(), "Select Folder");
+  ASSERT_EQ(tree.topLevelItemCount(), 2);
+  QTreeWidgetItem& mailbox = *tree.topLevelItem(0);
+  QTreeWidgetItem& second = *tree.topLevelItem(1);
+  EXPECT_EQ(mailbox.text(0), "Mailbox - Alex Morgan");
+  EXPECT_EQ(second.text(0), "Archive 2025");
+  EXPECT_TRUE(mailbox.isExpanded());
+  EXPECT_THAT(Rows(mailbox),
+              ElementsAre(Pair("Inbox", "12"), Pair("Calendar", "40"), Pair("Contacts", "7"),
+                          Pair("Tasks", "2"), Pair("Journal", "0"), Pair("Notes", "5")));
+  // The other store is read when it is opened, and says that it can be.
+  EXPECT_FALSE(second.isExpanded());
+  EXPECT_EQ(second.childCount(), 0);
+  EXPECT_EQ(second.childIndicatorPolicy(), QTreeWidgetItem::ShowIndicator);
+  tree.expandItem(&second);
+  EXPECT_THAT(Rows(second), ElementsAre(Pair("Old Mail", QLocale().toString(1250).toStdString())));
+
+  // Each kind of item has an icon of its own, the store another one.
+  std::vector<QImage> icons;
+  for (QTreeWidgetItem* row : {&mailbox, mailbox.child(0), mailbox.child(1), mailbox.child(2),
+                               mailbox.child(3), mailbox.child(4), mailbox.child(5)}) {
+    icons.push_back(row->icon(0).pixmap(16, 16).toImage());
+    EXPECT_FALSE(icons.back().isNull()) << row->text(0).toStdString();
+  }
+  for (size_t i = 0; i < icons.size(); ++i) {
+    for (size_t j = i + 1; j < icons.size(); ++j)
+      EXPECT_NE(icons[i], icons[j]) << "rows " << i << " and " << j;
+  }
+
+  // Nothing is chosen yet, so there is nothing to confirm.
+  EXPECT_TRUE(dialog.Selected().IsNothing());
+  EXPECT_FALSE(dialog.OkButton().isEnabled());
+  EXPECT_TRUE(dialog.OkButton().isDefault());
+}
+
+TEST_F(MailFolderDialogTest, ReadsSubFoldersOnlyWhenTheirFolderIsOpenedAndOnlyOnce) {
+  MailFolderDialog dialog(names);
+  QTreeWidgetItem& mailbox = *dialog.Tree().topLevelItem(0);
+  QTreeWidgetItem* inboxRow = Row(mailbox, "Inbox");
+  ASSERT_NE(inboxRow, nullptr);
+  EXPECT_EQ(inboxRow->childCount(), 0);
+  EXPECT_EQ(inboxRow->childIndicatorPolicy(), QTreeWidgetItem::ShowIndicator);
+  EXPECT_EQ(projects->asked, 0);
+  EXPECT_EQ(year->asked, 0);
+
+  dialog.Tree().expandItem(inboxRow);
+  EXPECT_THAT(Rows(*inboxRow), ElementsAre(Pair("Projects", "3")));
+  EXPECT_EQ(year->asked, 0);
+  // Opened again, the folder keeps the rows it has.
+  dialog.Tree().collapseItem(inboxRow);
+  dialog.Tree().expandItem(inboxRow);
+  EXPECT_THAT(Rows(*inboxRow), ElementsAre(Pair("Projects", "3")));
+
+  QTreeWidgetItem* projectsRow = inboxRow->child(0);
+  dialog.Tree().expandItem(projectsRow);
+  EXPECT_THAT(Rows(*projectsRow), ElementsAre(Pair("2026", "1")));
+  // A folder with nothing below shows no arrow.
+  EXPECT_EQ(projectsRow->child(0)->childIndicatorPolicy(), QTreeWidgetItem::DontShowIndicator);
+}
+
+TEST_F(MailFolderDialogTest, WhatTheMailProgramFailsToGiveIsLeftOutAndTheRestShows) {
+  auto offline = Add(*archive, "Offline", 0, 4);
+  offline->failFolders = true;
+  auto uncounted = Add(*archive, "Uncounted", 0, 4);
+  uncounted->failCount = true;
+  auto nameless = Add(*archive, "Nameless", 0, 4);
+  nameless->failName = true;
+  Add(*archive, "After", 0, 9);
+
+  MailFolderDialog dialog(names);
+  QTreeWidgetItem& second = *dialog.Tree().topLevelItem(1);
+  dialog.Tree().expandItem(&second);
+  EXPECT_THAT(Rows(second),
+              ElementsAre(Pair("Old Mail", QLocale().toString(1250).toStdString()),
+                          Pair("Offline", "4"), Pair("Uncounted", ""), Pair("After", "9")));
+  QTreeWidgetItem* offlineRow = Row(second, "Offline");
+  ASSERT_NE(offlineRow, nullptr);
+  EXPECT_EQ(offlineRow->childIndicatorPolicy(), QTreeWidgetItem::DontShowIndicator);
+  dialog.Tree().expandItem(offlineRow);
+  EXPECT_EQ(offlineRow->childCount(), 0);
+
+  // A name space whose stores can't be listed gives an empty tree.
+  class NoStores : public FakeNameSpace {
+    Ref<OutlookFolders> Folders() override { throw VbError(err::kObjectNotSet); }
+  } none;
+  MailFolderDialog empty(none);
+  EXPECT_EQ(empty.Tree().topLevelItemCount(), 0);
+  EXPECT_FALSE(empty.OkButton().isEnabled());
+}
+
+TEST_F(MailFolderDialogTest, TheKeysTheMouseAndOkChooseAFolder) {
+  // By the keys alone: down to the inbox, open it, down to its sub-folder,
+  // Enter.
+  std::vector<std::string> seen;
+  Ref<MAPIFolder> chosen = Pick([&](MailFolderDialog& dialog, QTreeWidget& tree) {
+    EXPECT_EQ(dialog.parentWidget(), window);
+    QTest::keyClick(&tree, Qt::Key_Down);
+    seen.push_back(tree.currentItem()->text(0).toStdString());
+    QTest::keyClick(&tree, Qt::Key_Right);
+    QTest::keyClick(&tree, Qt::Key_Down);
+    seen.push_back(tree.currentItem()->text(0).toStdString());
+    EXPECT_TRUE(dialog.OkButton().isEnabled());
+    QTest::keyClick(&tree, Qt::Key_Return);
+  });
+  EXPECT_THAT(seen, ElementsAre("Inbox", "Projects"));
+  ASSERT_FALSE(chosen.IsNothing());
+  EXPECT_EQ(chosen, Ref<MAPIFolder>(projects));
+
+  const struct {
+    const char* how;
+    std::function<void(MailFolderDialog&, QTreeWidget&)> act;
+    const char* expected;
+  } ways[] = {
+      {"double click",
+       [](MailFolderDialog&, QTreeWidget& tree) {
+         QTreeWidgetItem* row = Row(*tree.topLevelItem(0), "Calendar");
+         // A user's double click: a click, then the double click.
+         const QPoint at = tree.visualItemRect(row).center();
+         QTest::mouseClick(tree.viewport(), Qt::LeftButton, {}, at);
+         QTest::mouseDClick(tree.viewport(), Qt::LeftButton, {}, at);
+         QTest::mouseRelease(tree.viewport(), Qt::LeftButton, {}, at);
+       },
+       "\\\\Mailbox - Alex Morgan\\Calendar"},
+      {"the other store, Tab to OK and Space",
+       [](MailFolderDialog& dialog, QTreeWidget& tree) {
+         tree.setCurrentItem(tree.topLevelItem(1));
+         QTest::keyClick(&tree, Qt::Key_Tab);
+         EXPECT_TRUE(dialog.OkButton().hasFocus());
+         QTest::keyClick(&dialog.OkButton(), Qt::Key_Space);
+       },
+       "\\\\Archive 2025"},
+  };
+  for (const auto& way : ways) {
+    SCOPED_TRACE(way.how);
+    chosen = Pick(way.act);
+    ASSERT_FALSE(chosen.IsNothing());
+    EXPECT_EQ(chosen->FolderPath(), way.expected);
+  }
+}
+
+TEST_F(MailFolderDialogTest, CancelEscapeOrEnterWithNothingSelectedGiveNothing) {
+  const struct {
+    const char* how;
+    std::function<void(MailFolderDialog&, QTreeWidget&)> act;
+  } ways[] = {
+      {"Escape after choosing a row",
+       [](MailFolderDialog&, QTreeWidget& tree) {
+         QTest::keyClick(&tree, Qt::Key_Down);
+         QTest::keyClick(&tree, Qt::Key_Escape);
+       }},
+      {"Cancel after choosing a row",
+       [](MailFolderDialog& dialog, QTreeWidget& tree) {
+         QTest::keyClick(&tree, Qt::Key_Down);
+         auto* buttons = dialog.findChild<QDialogButtonBox*>();
+         QTest::mouseClick(buttons->button(QDialogButtonBox::Cancel), Qt::LeftButton);
+       }},
+      {"Enter and OK with nothing selected, then Escape",
+       [](MailFolderDialog& dialog, QTreeWidget& tree) {
+         QTest::keyClick(&tree, Qt::Key_Return);
+         QTest::mouseClick(&dialog.OkButton(), Qt::LeftButton);
+         EXPECT_TRUE(dialog.isVisible());
+         QTest::keyClick(&tree, Qt::Key_Escape);
+       }},
+  };
+  for (const auto& way : ways) {
+    SCOPED_TRACE(way.how);
+    EXPECT_TRUE(Pick(way.act).IsNothing());
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+  }
+}
+
+TEST_F(MailFolderDialogTest, AFormUnloadedWhileTheDialogIsUpTakesTheDialogAlong) {
+  const Ref<MAPIFolder> chosen = Pick([&](MailFolderDialog&, QTreeWidget& tree) {
+    QTest::keyClick(&tree, Qt::Key_Down);
+    // As an engine event handled meanwhile may do.
+    host.Post([this] { form.Unload(); });
+  });
+  EXPECT_TRUE(chosen.IsNothing());
+  EXPECT_FALSE(form.Loaded());
+  EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+}
+
+}  // namespace
+}  // namespace vellix::test
