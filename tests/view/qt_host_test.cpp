@@ -71,6 +71,14 @@ TEST_F(QtHostTest, AMessageBoxLetsAQueuedEngineEventRunBeforeTheHandlerContinues
   EXPECT_THAT(seen, ElementsAre("Vellix Control", "No browser.", "OK", "information icon"));
 }
 
+TEST_F(QtHostTest, AFormUnloadedWhileItsMessageBoxIsUpTakesTheBoxAlongAsDismissed) {
+  // As an engine event handled while the question is up may do.
+  host.Post([this] { form.Unload(); });
+  EXPECT_EQ(host.MsgBox("Stop the engine?", MsgButtons::YesNo, ""), MsgResult::No);
+  EXPECT_FALSE(form.Loaded());
+  EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+}
+
 TEST_F(QtHostTest, AModalFormRunsANestedLoopUntilItIsHiddenOrUnloaded) {
   SampleForm dialog(host, "frmDialog");
   host.Post([&] { dialog.log.push_back("posted while modal"); });

@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <cmath>
+#include <memory>
 #include <utility>
 
 #include "foundation/form.h"
@@ -110,7 +111,10 @@ QIcon QtHost::IconOf(const std::string& name) const {
 }
 
 MsgResult QtHost::MsgBox(const std::string& prompt, MsgButtons buttons, const std::string& title) {
-  QMessageBox box(QApplication::activeWindow());
+  // On the heap: a call posted while the box is up may unload the window it
+  // lies over, and that window takes its children along.
+  QPointer<QMessageBox> owner = new QMessageBox(QApplication::activeWindow());
+  QMessageBox& box = *owner;
   box.setWindowTitle(Qs(title.empty() ? title_ : title));
   box.setTextFormat(Qt::PlainText);
   box.setText(Qs(prompt));
@@ -136,6 +140,8 @@ MsgResult QtHost::MsgBox(const std::string& prompt, MsgButtons buttons, const st
       break;
   }
   box.exec();
+  if (owner.isNull()) return dismissed;
+  const std::unique_ptr<QMessageBox> done(owner.data());
   QAbstractButton* clicked = box.clickedButton();
   if (clicked == nullptr) return dismissed;
   switch (box.standardButton(clicked)) {
