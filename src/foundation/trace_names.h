@@ -18,6 +18,9 @@ struct TraceNames {
   // The Log panel's optLoVerbose_Click and cmdLoSendDiagnostics_Click.
   static constexpr const char* optLoVerbose_Click = "optVerboseOff_Click";
   static constexpr const char* cmdLoSendDiagnostics_Click = "cmdAgFileNow_Click";
+  // The Agents panel's txtAgRemove_LostFocus and cboAgName_Change.
+  static constexpr const char* txtAgRemove_LostFocus = "txtPeFormat_Click";
+  static constexpr const char* cboAgName_Change = "cboAgName_Click";
 };
 
 }  // namespace vellix
