@@ -4,7 +4,7 @@
 set -euo pipefail
 packages=(
   cmake ninja-build g++ make pkg-config
-  libgtest-dev libgmock-dev libbenchmark-dev libpugixml-dev libxxhash-dev
+  libgtest-dev libgmock-dev libbenchmark-dev libpugixml-dev libxxhash-dev libsqlite3-dev
   qt6-base-dev libgl-dev
   clang-format libxml2-utils xvfb xauth
 )

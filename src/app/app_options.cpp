@@ -2,8 +2,11 @@
 
 #include <QCommandLineParser>
 #include <QStringList>
+#include <cstdio>
 
+#include "foundation/vb_error.h"
 #include "platform/outlook/profile_xml.h"
+#include "servers/engine/store_export.h"
 
 namespace vellix::app {
 
@@ -19,6 +22,7 @@ const ValueOption kValueOptions[] = {
     {"data-dir", "DIR", &AppOptions::dataDir},
     {"profile", "FILE", &AppOptions::profile},
     {"screenshot", "DIR", &AppOptions::screenshot},
+    {"export-store", "STORE", &AppOptions::exportStore},
 };
 
 std::string Missing(const std::string& option) {
@@ -53,7 +57,16 @@ bool ParseOptions(const std::vector<std::string>& args, AppOptions& options, std
     error = parser.errorText().toStdString() + " Try --help.";
     return false;
   }
-  if (const QStringList extra = parser.positionalArguments(); !extra.isEmpty()) {
+  // The mbox file is the one argument that stands on its own, after the store.
+  QStringList extra = parser.positionalArguments();
+  if (parser.isSet("export-store")) {
+    if (extra.isEmpty()) {
+      error = "Missing the mbox file after '--export-store STORE'. Try --help.";
+      return false;
+    }
+    options.exportTo = extra.takeFirst().toStdString();
+  }
+  if (!extra.isEmpty()) {
     error = "Unexpected argument '" + extra.front().toStdString() + "'. Try --help.";
     return false;
   }
@@ -78,6 +91,20 @@ bool CheckProfile(const std::string& file, std::string& error) {
   return false;
 }
 
+int RunStoreExport(const std::string& store, const std::string& mbox) {
+  try {
+    const int64_t count = engine::ExportStoreToMbox(store, mbox);
+    std::printf("Exported %lld message%s from %s to %s\n", static_cast<long long>(count),
+                count == 1 ? "" : "s", store.c_str(), mbox.c_str());
+    return 0;
+  } catch (const VbError& e) {
+    std::fprintf(stderr, "vellix-control: %s\n", e.Description().c_str());
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "vellix-control: the export failed: %s\n", e.what());
+  }
+  return 2;
+}
+
 std::string UsageText() {
   return "Usage: vellix-control [options]\n"
          "\n"
@@ -93,6 +120,8 @@ std::string UsageText() {
          "  --screenshot DIR          Run a scripted first start on a fresh data folder,\n"
          "                            write PNGs of the windows shown to DIR and exit.\n"
          "  --quit-after-first-paint  Exit as soon as the first window has been painted.\n"
+         "  --export-store STORE OUT  Write the messages of the period store STORE to the\n"
+         "                            mbox file OUT and exit, without opening a window.\n"
          "\n"
          "A value may follow its option as the next argument or after '=' (--data-dir=DIR).\n";
 }

@@ -77,6 +77,8 @@ int main(int argc, char** argv) {
     std::printf("vellix-control %s\n", VELLIX_VERSION);
     return 0;
   }
+  if (!options.exportStore.empty())
+    return app::RunStoreExport(options.exportStore, options.exportTo);
   if (!options.profile.empty() && !app::CheckProfile(options.profile, error)) {
     std::fprintf(stderr, "vellix-control: %s\n", error.c_str());
     return 2;

@@ -6,6 +6,10 @@
 #include <cstdio>
 #include <string>
 
+#include "foundation/date.h"
+#include "servers/engine/store_database.h"
+#include "support/temp_folder.h"
+
 namespace vellix::app {
 namespace {
 
@@ -22,6 +26,10 @@ TEST(CommandLine, OptionsAreReadWithTheirValuesInEitherSpelling) {
   EXPECT_TRUE(options.quitAfterFirstPaint);
   EXPECT_FALSE(options.help);
   EXPECT_TRUE(ParseOptions({}, options, error));
+
+  AppOptions exporting;
+  ASSERT_TRUE(ParseOptions({"--export-store", "a.pst", "out.mbox"}, exporting, error)) << error;
+  EXPECT_EQ(exporting.exportStore + "|" + exporting.exportTo, "a.pst|out.mbox");
 
   AppOptions shortly;
   ASSERT_TRUE(ParseOptions({"-h", "-v"}, shortly, error)) << error;
@@ -42,6 +50,8 @@ TEST(CommandLine, AMistypedOptionOrAMissingValueIsRefusedWithAMessage) {
       {{"--profile="}, "Missing value after '--profile'"},
       {{"--version=2"}, "Unexpected value after '--version'"},
       {{"somefile"}, "Unexpected argument 'somefile'"},
+      {{"--export-store", "a.pst"}, "Missing the mbox file after '--export-store STORE'"},
+      {{"--export-store", "a.pst", "b", "c"}, "Unexpected argument 'c'"},
   };
   for (const auto& c : cases) {
     AppOptions options;
@@ -74,6 +84,8 @@ TEST(CommandLine, TheProgramEndsWithStatus2AndAMessageOnABadCommandLine) {
       {"--profile /no/such/file", "/no/such/file"},
       {"--profile " VELLIX_SOURCE_DIR "/README.md", VELLIX_SOURCE_DIR "/README.md"},
       {"--colour", "Unknown option 'colour'"},
+      {"--export-store /no/such.pst /tmp/out.mbox", "/no/such.pst\" can't be opened"},
+      {"--export-store " VELLIX_SOURCE_DIR "/README.md /tmp/out.mbox", "no SQLite database"},
   };
   for (const auto& c : cases) {
     const auto [status, output] = RunProgram(c.arguments);
@@ -83,6 +95,24 @@ TEST(CommandLine, TheProgramEndsWithStatus2AndAMessageOnABadCommandLine) {
   const auto [status, output] = RunProgram("-v");
   EXPECT_EQ(status, 0);
   EXPECT_EQ(output, std::string("vellix-control ") + VELLIX_VERSION + "\n");
+}
+
+TEST(CommandLine, AStoreIsExportedWithoutAWindow) {
+  const test::TempFolder scratch;
+  engine::StoreDatabase::Create(scratch / "File 2024.pst", "File 2024", DateSerial(2024, 1, 1),
+                                DateSerial(2025, 1, 1))
+      .FileItem({"k@example.com", "\\\\M\\Inbox", DateSerial(2024, 2, 1),
+                 "From: Ann <ann@example.com>\r\nSubject: Hi\r\n\r\nFrom here.\r\n"},
+                DateSerial(2024, 3, 1));
+  const auto mbox = scratch / "out.mbox";
+  // No display is needed: nothing is shown.
+  const auto [status, output] = RunProgram(
+      "--export-store '" + (scratch / "File 2024.pst").string() + "' '" + mbox.string() + "'");
+  EXPECT_EQ(status, 0) << output;
+  EXPECT_NE(output.find("Exported 1 message from"), std::string::npos) << output;
+  EXPECT_EQ(test::ReadText(mbox),
+            "From ann@example.com Thu Feb  1 00:00:00 2024\nFrom: Ann <ann@example.com>\n"
+            "Subject: Hi\n\n>From here.\n\n");
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "foundation/text.h"
 #include "foundation/vb_error.h"
 #include "platform/outlook/profile_folder_list.h"
+#include "platform/outlook/profile_message.h"
 
 namespace vellix::outlook {
 
@@ -59,6 +60,18 @@ std::shared_ptr<ProfileFolder> ProfileFolder::SubFolder(std::string_view name) c
 }
 
 void ProfileFolder::AddItem(ProfileItem item) {
+  if (item.key.empty() && !item.message.empty()) {
+    std::string id = HeaderValue(item.message, "Message-ID");
+    if (id.size() > 2 && id.front() == '<' && id.back() == '>') id = id.substr(1, id.size() - 2);
+    item.key = id;
+  }
+  if (item.key.empty()) {
+    // Items that say the same in one folder are told apart by their order.
+    const std::string path = FolderPath();
+    for (int32_t repeat = 0; item.key.empty() || keys_.contains(item.key); ++repeat)
+      item.key = MakeItemKey(path, item, repeat);
+  }
+  keys_.insert(item.key);
   items_.push_back(std::move(item));
 }
 

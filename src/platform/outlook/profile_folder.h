@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "foundation/outlook.h"
@@ -46,6 +47,8 @@ class ProfileFolder : public MAPIFolder, public std::enable_shared_from_this<Pro
   [[nodiscard]] bool IsStore() const { return !hasParent_; }
   [[nodiscard]] const std::string& StoreFile() const { return storeFile_; }
 
+  // Adds an item at the end. One without a key gets its message's
+  // Message-ID, or one made from the folder and what the item says.
   void AddItem(ProfileItem item);
   [[nodiscard]] const std::vector<ProfileItem>& Items() const { return items_; }
 
@@ -65,6 +68,7 @@ class ProfileFolder : public MAPIFolder, public std::enable_shared_from_this<Pro
   std::string storeFile_;
   FolderVector children_;
   std::vector<ProfileItem> items_;
+  std::unordered_set<std::string> keys_;
 };
 
 }  // namespace vellix::outlook

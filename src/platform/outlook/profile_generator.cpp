@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cstdio>
 #include <random>
 #include <string_view>
 #include <vector>
+
+#include "platform/outlook/profile_message.h"
 
 namespace vellix::outlook {
 
@@ -24,6 +27,10 @@ constexpr std::array<std::string_view, 16> kTopics = {
 constexpr std::array<std::string_view, 12> kPeople = {
     "Priya Shah", "Tom Becker",    "Maria Lopez",  "Jonas Weber",  "Aisha Karimi",  "Liam O'Brien",
     "Chen Wei",   "Sophie Martin", "Daniel Novak", "Grace Okafor", "Henrik Larsen", "Olivia Brown"};
+
+constexpr std::array<std::string_view, 8> kAttachmentNames = {
+    "Budget 2026.xlsx", "Minutes.docx", "Floor plan.pdf", "Photo.jpg",
+    "Contract.pdf",     "Roadmap.pdf",  "Team photo.png", "Expenses.xlsx"};
 
 class Dice {
  public:
@@ -104,15 +111,33 @@ std::shared_ptr<MailProfile> GenerateProfile(const ProfileRecipe& recipe) {
   const Date newest = recipe.newest.IsZero() ? DateSerial(2026, 11, 1) : recipe.newest;
   // Kept within what 32 bits of seconds can count (about 49000 days).
   const auto spanSeconds = static_cast<uint32_t>(std::clamp(recipe.spanDays, 0, 40000)) * 86400U;
+  // The mailbox's owner receives the mail and makes the other items.
+  const std::string prefix = "Mailbox - ";
+  const std::string owner = recipe.storeName.starts_with(prefix)
+                                ? recipe.storeName.substr(prefix.size())
+                                : recipe.storeName;
   for (int32_t i = 0; i < recipe.items; ++i) {
     auto& folder = *all[dice.Below(static_cast<uint32_t>(all.size()))];
     ProfileItem item;
     item.subject = Subject(dice, folder.DefaultItemType());
     item.received = AddSeconds(newest, -static_cast<double>(dice.Below(spanSeconds)));
     if (folder.DefaultItemType() == 0) item.sender = dice.Pick(kPeople);
-    // Mostly small; one in ten carries an attachment of up to 5 MB.
-    item.size = static_cast<int32_t>(1024 + dice.Below(64 * 1024));
-    if (dice.Below(10) == 0) item.size += static_cast<int32_t>(dice.Below(5 * 1024 * 1024));
+    item.recipient = owner;
+    // Mostly small; one in ten carries an attachment of up to 1 MB.
+    item.size = static_cast<int32_t>(2048 + dice.Below(62 * 1024));
+    if (dice.Below(10) == 0) {
+      item.size += static_cast<int32_t>(4096 + dice.Below(1024 * 1024));
+      item.attachment = dice.Pick(kAttachmentNames);
+    }
+    // Unique by the item's number, the same for the same seed.
+    const CivilTime t = ToCivil(item.received);
+    std::array<char, 64> key{};
+    (void)std::snprintf(
+        key.data(), key.size(), "%04d%02d%02d%02d%02d%02d.%016llx@example.com", t.year, t.month,
+        t.day, t.hour, t.minute, t.second,
+        static_cast<unsigned long long>(StableHash(std::to_string(recipe.seed) + ":" +
+                                                   std::to_string(i) + ":" + recipe.storeName)));
+    item.key = key.data();
     folder.AddItem(std::move(item));
   }
   return profile;

@@ -26,7 +26,9 @@ struct ProfileRecipe {
 };
 
 // A profile of one store for tests and benchmarks, with the default folders
-// set as the mail program sets them.
+// set as the mail program sets them. Its items are mail to the store's owner
+// (the name after "Mailbox - "), rendered as messages when asked for
+// (profile_message.h), each with a key made from the seed and its number.
 std::shared_ptr<MailProfile> GenerateProfile(const ProfileRecipe& recipe);
 
 }  // namespace vellix::outlook

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <limits>
 #include <map>
 #include <pugixml.hpp>
 #include <sstream>
@@ -15,6 +16,7 @@
 
 #include "foundation/text.h"
 #include "foundation/vb_error.h"
+#include "platform/outlook/profile_message.h"
 
 namespace vellix::outlook {
 
@@ -88,6 +90,31 @@ std::string FormatDate(Date date) {
   (void)std::snprintf(buffer.data(), buffer.size(), "%04d-%02d-%02dT%02d:%02d:%02d", t.year,
                       t.month, t.day, t.hour, t.minute, t.second);
   return buffer.data();
+}
+
+// Messages keep CRLF line ends; XML reads every line end as LF, so the file
+// holds LF and reading brings CRLF back. A message laid out on lines of its
+// own inside <message> loses the line break and indentation around it.
+std::string MessageFromXml(std::string_view text) {
+  const size_t first = text.find_first_not_of("\r\n");
+  if (first == std::string_view::npos) return {};
+  text.remove_prefix(first);
+  const size_t lastBreak = text.find_last_of('\n');
+  if (lastBreak != std::string_view::npos &&
+      text.find_first_not_of(" \t", lastBreak + 1) == std::string_view::npos) {
+    text = text.substr(0, lastBreak + 1);
+  }
+  return WithCrlf(text);
+}
+
+std::string MessageToXml(std::string_view message) {
+  std::string out;
+  out.reserve(message.size());
+  for (size_t i = 0; i < message.size(); ++i) {
+    if (message[i] == '\r' && i + 1 < message.size() && message[i + 1] == '\n') continue;
+    out += message[i];
+  }
+  return out;
 }
 
 class ProfileReader {
@@ -217,6 +244,20 @@ class ProfileReader {
     }
     item.received = *received;
     item.sender = node.attribute("from").value();
+    item.recipient = node.attribute("to").value();
+    item.attachment = node.attribute("attachment").value();
+    item.key = node.attribute("key").value();
+    for (auto child : node.children()) {
+      if (child.type() != pugi::node_element) continue;
+      if (std::string_view(child.name()) != "message" || !item.message.empty()) {
+        Fail(child, "has <" + std::string(child.name()) +
+                        "> inside an item, where only one <message> is known");
+      }
+      item.message = MessageFromXml(child.text().get());
+      if (item.message.empty()) Fail(child, "has an empty <message>");
+    }
+    item.size = static_cast<int32_t>(
+        std::min<size_t>(item.message.size(), std::numeric_limits<int32_t>::max()));
     if (auto size = node.attribute("size")) {
       auto parsed = ParseInt(size.value());
       if (!parsed || *parsed < 0) {
@@ -248,7 +289,14 @@ void WriteFolder(pugi::xml_node parent, ProfileFolder& folder,
     itemNode.append_attribute("subject") = item.subject.c_str();
     itemNode.append_attribute("date") = FormatDate(item.received).c_str();
     if (!item.sender.empty()) itemNode.append_attribute("from") = item.sender.c_str();
+    if (!item.recipient.empty()) itemNode.append_attribute("to") = item.recipient.c_str();
     itemNode.append_attribute("size") = item.size;
+    if (!item.attachment.empty()) {
+      itemNode.append_attribute("attachment") = item.attachment.c_str();
+    }
+    itemNode.append_attribute("key") = item.key.c_str();
+    // The message goes with it, so the file holds the mail itself.
+    itemNode.append_child("message").text() = MessageToXml(MessageText(item)).c_str();
   }
 }
 

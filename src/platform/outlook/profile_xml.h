@@ -16,6 +16,8 @@
 //       <folder name="Inbox" type="mail" default="6">
 //         <folder name="Projects"> ... </folder>
 //         <item subject="..." date="2025-03-14T09:30:00" from="..." size="5120"/>
+//         <item subject="..." date="..." from="..." to="..." size="..." attachment="a.pdf"
+//               key="20250314093000.1f2e@example.com"><message>From: ...</message></item>
 //       </folder>
 //     </store>
 //   </profile>
@@ -24,7 +26,10 @@
 // distribution-list) or the mail program's number; without it a folder
 // holds what its parent holds, and a store's top folders hold mail. `default`
 // makes the folder the default one of that kind; a kind may have one folder.
-// Dates are local time, "YYYY-MM-DDTHH:MM:SS" or "YYYY-MM-DD". Unknown
+// Dates are local time, "YYYY-MM-DDTHH:MM:SS" or "YYYY-MM-DD". An item's
+// <message> is its whole RFC 5322 text; without one the item's message is
+// rendered from its attributes (profile_message.h). `key` is the item's
+// unique key; without it the Message-ID, else one made from the item. Unknown
 // elements are refused, unknown attributes passed over; a document type
 // declaration is refused like everywhere else in this program.
 namespace vellix::outlook {
@@ -38,7 +43,8 @@ ProfileLoad LoadProfileFile(const std::filesystem::path& file);
 // `source` names the text in problems (a file name, "generated", ...).
 ProfileLoad LoadProfileText(std::string_view text, const std::string& source);
 
-// The profile as the file above; loading it back gives the same profile.
+// The profile as the file above, every item with its message; loading it
+// back gives the same profile.
 std::string ProfileToXml(const MailProfile& profile);
 
 // The name used in the file for an item type, and back (names or numbers).

@@ -6,16 +6,14 @@
 
 #include "foundation/date.h"
 
-// The period store files of the engine. A store file begins with a short
-// header line that makes it recognisable ("VELLIX-STORE 1"), followed by the
-// period's name, start and end; whatever the processing later puts behind
-// the header is its own affair.
+// The period store files of the engine: SQLite databases (store_database.h)
+// whose header table names the period and its span.
 namespace vellix::engine {
 
 // What the file system says about one file.
 struct StoreFileFacts {
   bool exists = false;
-  // Begins with the store header: the mail program can read it.
+  // Opens as a store: a database of ours whose header holds the period.
   bool isStore = false;
   int64_t size = 0;
   Date modified;
@@ -27,8 +25,8 @@ struct StoreFileFacts {
 
 StoreFileFacts InspectStoreFile(const std::filesystem::path& file);
 
-// Makes a new store file with its header. Never replaces a file that is
-// there; false, with error set, when the file exists or can't be written.
+// Makes a new, empty store file with its header. Never replaces a file that
+// is there; false, with error set, when the file exists or can't be written.
 bool CreateStoreFile(const std::filesystem::path& file, const std::string& name, Date start,
                      Date end, std::string* error);
 
