@@ -481,5 +481,53 @@ TEST(AgentsPanel, WhicheverOfFormRunAndTheDetailsRanLastDecidesTheEnabling) {
               ElementsAre("frmPopup.chkAgSubFolders_Click 91", "frmPopup.txtPeFormat_Click 91"));
 }
 
+// A user's whole edit, kept across a restart of the program: the files the
+// first run leaves are all the second one gets.
+TEST(AgentsPanel, AnAgentMadeWithTwoPickedFoldersAndItsFormatIsThereAfterARestart) {
+  const std::string projects = std::string(kInbox) + "\\Projects";
+  const std::string clients = std::string(kInbox) + "\\Clients";
+  std::string engineFile;
+  std::string treeFile;
+  {
+    test::PopupWorld w;
+    w.engine->Configured(true);
+    AgentsPanel& ag = OpenAgents(w);
+    ASSERT_TRUE(ag.cmdAgNew.UserClick());
+    ASSERT_TRUE(ag.cboAgName.UserSetText("Projects and clients"));
+    // Pressing Add takes the focus from the name: the rename comes first.
+    w.host.PickMailFolderNext(projects);
+    ASSERT_TRUE(ag.cmdAgAdd.UserClick());
+    w.host.PickMailFolderNext(clients);
+    ASSERT_TRUE(ag.cmdAgAdd.UserClick());
+    ASSERT_TRUE(ag.txtAgFormat.UserFocus());
+    ASSERT_TRUE(ag.txtAgFormat.UserSetText("Projects '@yyyy'"));
+    // The tab takes the focus too, and the format is written as it goes.
+    ASSERT_TRUE(w.popup.tabControlOptions.UserSelectTab("Periods"));
+    EXPECT_EQ(w.host.MailFolderPicks(), 2);
+    EXPECT_THAT(w.host.Prompts(), IsEmpty());
+    EXPECT_THAT(w.Problems(), IsEmpty());
+
+    w.host.AnswerNext(MsgResult::OK);  // yes, close the control panel
+    ASSERT_TRUE(w.popup.cmdExit.UserClick());
+    EXPECT_FALSE(w.host.IsLoaded("frmPopup"));
+    engineFile = test::ReadText(w.dir / "Engine.xml");
+    treeFile = test::ReadText(w.dir / "ConfigTree.xml");
+  }
+
+  test::PopupWorld w;
+  test::WriteText(w.dir / "Engine.xml", engineFile);
+  test::WriteText(w.dir / "ConfigTree.xml", treeFile);
+  w.config = std::make_shared<ConfigServer>(
+      w.dir / "ConfigTree.xml", fs::path(VELLIX_SOURCE_DIR) / "resources" / "CommonFormat.xml");
+  w.engine = std::make_shared<engine::EngineServer>(
+      w.dir / "Engine.xml", desktop::PathMapping(w.dir / "data"), w.clock, nullptr);
+  AgentsPanel& ag = OpenAgents(w);
+  Pick(ag.cboAgName, "Projects and clients");
+  EXPECT_EQ(ag.lblAgAgentType.Caption(), "Mail and Post");
+  EXPECT_THAT(Rows(ag.lstAgFolders), ElementsAre(projects, clients));
+  EXPECT_EQ(ag.txtAgFormat.Text(), "Projects '@yyyy'");
+  EXPECT_THAT(w.Problems(), IsEmpty());
+}
+
 }  // namespace
 }  // namespace vellix
