@@ -9,38 +9,13 @@
 #include <cstring>
 #include <system_error>
 
-#include "foundation/text.h"
+#include "platform/outlook/profile_message.h"
 #include "servers/engine/server_error.h"
 #include "servers/engine/store_database.h"
 
 namespace vellix::engine {
 
 namespace {
-
-// The From header's value of a message, unfolded; empty when it has none.
-std::string FromHeader(std::string_view message) {
-  std::string value;
-  bool inFrom = false;
-  size_t at = 0;
-  while (at < message.size()) {
-    size_t end = message.find('\n', at);
-    if (end == std::string_view::npos) end = message.size();
-    std::string_view line = message.substr(at, end - at);
-    if (line.ends_with('\r')) line.remove_suffix(1);
-    at = end + 1;
-    if (line.empty()) break;  // the end of the headers
-    if (line.front() == ' ' || line.front() == '\t') {
-      if (inFrom) value += line;
-      continue;
-    }
-    if (inFrom) break;
-    if (line.size() > 5 && EqualsText(line.substr(0, 5), "From:")) {
-      inFrom = true;
-      value = line.substr(5);
-    }
-  }
-  return value;
-}
 
 // The address of a From value: what stands in <>, else the first word with an @.
 std::string AddressOf(std::string_view from) {
@@ -139,7 +114,8 @@ int64_t ExportStoreToMbox(const std::filesystem::path& store, const std::filesys
     database.ForEachItem([&](const StoredItem& item) {
       if (error != 0) return;
       const std::string text =
-          MboxSeparator(FromHeader(item.message), item.received) + MboxBody(item.message);
+          MboxSeparator(outlook::HeaderValue(item.message, "From"), item.received) +
+          MboxBody(item.message);
       if (std::fwrite(text.data(), 1, text.size(), out) != text.size()) error = errno;
       ++count;
     });
