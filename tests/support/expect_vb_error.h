@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "foundation/vb_error.h"
 
 // Expects the statement to raise the run-time error of that number.
@@ -24,6 +26,17 @@ int ErrorNumber(Fn&& fn) {
     return e.Number();
   }
   return 0;
+}
+
+// The description of the run-time error the call raises, or "nothing raised".
+template <class Fn>
+std::string ErrorDescription(Fn&& fn) {
+  try {
+    fn();
+  } catch (const VbError& e) {
+    return e.Description();
+  }
+  return "nothing raised";
 }
 
 }  // namespace vellix::test

@@ -19,6 +19,7 @@
 #include "foundation/date.h"
 #include "foundation/vb_error.h"
 #include "servers/engine/store_file.h"
+#include "support/expect_vb_error.h"
 #include "support/temp_folder.h"
 
 namespace vellix::engine {
@@ -56,15 +57,6 @@ void Tamper(const std::filesystem::path& file, const char* sql) {
   sqlite3_close(db);
 }
 
-std::string Raised(const std::function<void()>& call) {
-  try {
-    call();
-  } catch (const VbError& e) {
-    return e.Description();
-  }
-  return "nothing raised";
-}
-
 TEST(StoreFile, IsMadeOnceWithItsPeriodAndOpensAgainAsAStore) {
   const TempFolder scratch;
   const auto file = scratch / "Store" / "File 2024.pst";
@@ -94,7 +86,9 @@ TEST(StoreFile, IsMadeOnceWithItsPeriodAndOpensAgainAsAStore) {
   EXPECT_EQ(store.Header().formatVersion, kStoreFormatVersion);
   EXPECT_EQ(store.ItemCount(), 0);
   EXPECT_EQ(store.FirstEntry(), Date());
-  EXPECT_NE(Raised([&] { StoreDatabase::Create(file, "x", kStart, kEnd); }).find("there already"),
+  EXPECT_NE(test::ErrorDescription([&] {
+              StoreDatabase::Create(file, "x", kStart, kEnd);
+            }).find("there already"),
             std::string::npos);
 }
 
@@ -153,8 +147,8 @@ TEST(StoreFile, WhatDoesNotOpenAsAStoreIsNoneAndIsLeftAsItWas) {
     std::string why;
     EXPECT_FALSE(StoreDatabase::TryOpen(file, StoreDatabase::Access::kReadWrite, &why));
     EXPECT_NE(why.find(c.why), std::string::npos) << why;
-    const std::string raised =
-        Raised([&] { StoreDatabase::Open(file, StoreDatabase::Access::kReadOnly); });
+    const std::string raised = test::ErrorDescription(
+        [&] { StoreDatabase::Open(file, StoreDatabase::Access::kReadOnly); });
     EXPECT_NE(raised.find(file.string()), std::string::npos) << raised;
     EXPECT_EQ(ReadText(file), bytes) << "looking changed the file";
   }
@@ -190,7 +184,7 @@ TEST(StoreDatabase, FilesEachItemWholeAndOnceAndABatchAllOrNothing) {
   const Bad bads[] = {{"no key", Item("", filed)}, {"no message", noMessage}};
   for (const auto& bad : bads) {
     SCOPED_TRACE(bad.name);
-    const std::string raised = Raised([&] {
+    const std::string raised = test::ErrorDescription([&] {
       store.FileItems(std::vector{Item("e1", filed), Item("e2", filed), bad.item}, filed);
     });
     EXPECT_NE(raised.find("none of its batch was filed"), std::string::npos) << raised;
@@ -225,8 +219,9 @@ TEST(StoreDatabase, FilesEachItemWholeAndOnceAndABatchAllOrNothing) {
   EXPECT_EQ(visited, 5);
 
   // A store opened to read takes nothing.
-  EXPECT_NE(Raised([&] { again.FileItem(Item("f", filed), filed); }).find(file.string()),
-            std::string::npos);
+  EXPECT_NE(
+      test::ErrorDescription([&] { again.FileItem(Item("f", filed), filed); }).find(file.string()),
+      std::string::npos);
   EXPECT_EQ(again.ItemCount(), 5);
 }
 

@@ -16,6 +16,7 @@
 #include "platform/outlook/profile_generator.h"
 #include "platform/outlook/profile_message.h"
 #include "servers/engine/store_database.h"
+#include "support/expect_vb_error.h"
 #include "support/temp_folder.h"
 
 namespace vellix::engine {
@@ -47,15 +48,6 @@ std::string OutputOf(const std::string& command) {
     output += buffer;
   ::pclose(pipe);
   return output;
-}
-
-std::string Raised(const std::function<void()>& call) {
-  try {
-    call();
-  } catch (const VbError& e) {
-    return e.Description();
-  }
-  return "nothing raised";
 }
 
 TEST(StoreExport, AMailClientReadsBackEveryMessageOfTheStore) {
@@ -141,7 +133,7 @@ TEST(StoreExport, AStoreThatCantBeReadOrAFileThatCantBeWrittenIsSaidSoAndLeavesN
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.says);
-    const std::string raised = Raised([&] { ExportStoreToMbox(c.store, c.mbox); });
+    const std::string raised = test::ErrorDescription([&] { ExportStoreToMbox(c.store, c.mbox); });
     EXPECT_NE(raised.find(c.says), std::string::npos) << raised;
     EXPECT_EQ(ReadText(earlier), "what was there");
   }
