@@ -30,19 +30,6 @@ std::string Key(const std::string& name) {
   return ".Strings.ControlPanel.Agents." + name;
 }
 
-// The engine as earlier sessions left it, read from its own file: periods of
-// one year, and the agents and periods given.
-void LoadEngine(test::PopupWorld& w, const std::string& agents, const std::string& periods = "") {
-  fs::create_directories(w.dir / "store");
-  test::WriteText(w.dir / "Engine.xml",
-                  "<VellixEngine FormatVersion=\"1\"><Settings Configured=\"True\" "
-                  "PeriodCount=\"1\" PeriodUnits=\"Year\" StoreLocation=\"" +
-                      (w.dir / "store").string() + "\" /><Agents>" + agents + "</Agents><Periods>" +
-                      periods + "</Periods></VellixEngine>");
-  w.engine = std::make_shared<engine::EngineServer>(
-      w.dir / "Engine.xml", desktop::PathMapping(w.dir / "data"), w.clock, nullptr);
-}
-
 // The window on screen with the Agents tab open, and nothing recorded yet.
 AgentsPanel& OpenAgents(test::PopupWorld& w) {
   w.Start();
@@ -116,15 +103,15 @@ std::vector<std::string> Shown(const AgentsPanel& ag) {
 
 TEST(AgentsPanel, ShowsEachAgentAsTheEngineHoldsItAndWritesNothingBack) {
   test::PopupWorld w;
-  LoadEngine(w,
-             "<Agent Id=\"4\" Name=\"Received Emails\" MonitorType=\"Mail and Post\" "
-             "SubFolders=\"False\" StoreCount=\"3\" StoreUnits=\"Month\" StoreFormat=\"'@MMM'\" "
-             "FileAfterCount=\"2\" FileAfterUnits=\"Hour\" FileDisabled=\"True\" "
-             "RemovePeriod=\"60\"><Folder Path=\"" +
-                 std::string(kInbox) + "\" /><Folder Path=\"" + kSent +
-                 "\" /></Agent>"
-                 "<Agent Id=\"9\" Name=\"Calendar\" MonitorType=\"Calendar\" "
-                 "PurgeDisabled=\"True\" />");
+  w.LoadEngine(
+      "<Agent Id=\"4\" Name=\"Received Emails\" MonitorType=\"Mail and Post\" "
+      "SubFolders=\"False\" StoreCount=\"3\" StoreUnits=\"Month\" StoreFormat=\"'@MMM'\" "
+      "FileAfterCount=\"2\" FileAfterUnits=\"Hour\" FileDisabled=\"True\" "
+      "RemovePeriod=\"60\"><Folder Path=\"" +
+      std::string(kInbox) + "\" /><Folder Path=\"" + kSent +
+      "\" /></Agent>"
+      "<Agent Id=\"9\" Name=\"Calendar\" MonitorType=\"Calendar\" "
+      "PurgeDisabled=\"True\" />");
   AgentsPanel& ag = OpenAgents(w);
   EXPECT_THAT(Rows(ag.cboAgName), ElementsAre("Received Emails", "Calendar"));
   EXPECT_THAT(Ids(ag.cboAgName), ElementsAre(4, 9));
@@ -187,7 +174,7 @@ TEST(AgentsPanel, FieldsAreTestedBeforeTheyAreWrittenAndRestoredWhenRefused) {
   };
   // clang-format on
   test::PopupWorld w;
-  LoadEngine(w, "<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" />");
+  w.LoadEngine("<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" />");
   AgentsPanel& ag = OpenAgents(w);
   const Ref<Agent> agent = AgentOf(w, "Mail");
   const std::map<const TextBox*, std::function<std::string()>> property = {
@@ -239,7 +226,7 @@ TEST(AgentsPanel, AStoreMayLastAPeriodButNoLonger) {
       {"2", "Year", true},
   };
   test::PopupWorld w;
-  LoadEngine(w, "<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" />");
+  w.LoadEngine("<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" />");
   AgentsPanel& ag = OpenAgents(w);
   const Ref<Agent> agent = AgentOf(w, "Mail");
   const std::vector<std::string> tooLong = {w.Text(Key("MsgStoreTooLong"))};
@@ -288,8 +275,8 @@ TEST(AgentsPanel, TheFirstFolderFixesTheTypeAndNoFolderOfAPeriodStoreIsTaken) {
       {periodCalendar, "MsgRecrsiveAgent", {kInbox, kSent}, "Mail and Post"},
   };
   test::PopupWorld w;
-  LoadEngine(w, "<Agent Id=\"1\" Name=\"New Agent\" />",
-             "<Period Name=\"Archive 2025\" FileName=\"Archive 2025.pst\" />");
+  w.LoadEngine("<Agent Id=\"1\" Name=\"New Agent\" />",
+               "<Period Name=\"Archive 2025\" FileName=\"Archive 2025.pst\" />");
   // The period's store is open in the mail program, as the engine keeps it.
   ASSERT_TRUE(w.mail->CreateApplication());
   const auto store = w.mail->Profile()->AddStore("Archive 2025");
@@ -329,7 +316,7 @@ TEST(AgentsPanel, RemoveWalksToTheBoundTakenAtTheStartAndSkipsTheRowThatMovedUp)
       {{}, {kInbox, kSent, kDrafts}, {}},
   };
   test::PopupWorld w;
-  LoadEngine(w, "<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" />");
+  w.LoadEngine("<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" />");
   AgentsPanel& ag = OpenAgents(w);
   const Ref<Agent> agent = AgentOf(w, "Mail");
   for (const Case& c : cases) {
@@ -352,9 +339,9 @@ TEST(AgentsPanel, RemoveWalksToTheBoundTakenAtTheStartAndSkipsTheRowThatMovedUp)
 
 TEST(AgentsPanel, RenameOnLeavingTheNameGivesTheIdToTheLastRow) {
   test::PopupWorld w;
-  LoadEngine(w,
-             "<Agent Id=\"1\" Name=\"Alpha\" /><Agent Id=\"2\" Name=\"Beta\" />"
-             "<Agent Id=\"3\" Name=\"Gamma\" />");
+  w.LoadEngine(
+      "<Agent Id=\"1\" Name=\"Alpha\" /><Agent Id=\"2\" Name=\"Beta\" />"
+      "<Agent Id=\"3\" Name=\"Gamma\" />");
   AgentsPanel& ag = OpenAgents(w);
   Pick(ag.cboAgName, "Beta");
   ASSERT_TRUE(ag.cboAgName.UserSetText("Bravo"));
@@ -379,9 +366,9 @@ TEST(AgentsPanel, RenameOnLeavingTheNameGivesTheIdToTheLastRow) {
 
 TEST(AgentsPanel, DeletingTheLastAgentLeavesNoAgentsAndNewShowsTheEnginesAgent) {
   test::PopupWorld w;
-  LoadEngine(w,
-             "<Agent Id=\"5\" Name=\"Only\" MonitorType=\"Tasks\" FileDisabled=\"True\">"
-             "<Folder Path=\"\\\\Mailbox - Alex Morgan\\Tasks\" /></Agent>");
+  w.LoadEngine(
+      "<Agent Id=\"5\" Name=\"Only\" MonitorType=\"Tasks\" FileDisabled=\"True\">"
+      "<Folder Path=\"\\\\Mailbox - Alex Morgan\\Tasks\" /></Agent>");
   AgentsPanel& ag = OpenAgents(w);
 
   w.host.AnswerNext(MsgResult::No);
@@ -456,9 +443,9 @@ TEST(AgentsPanel, WhicheverOfFormRunAndTheDetailsRanLastDecidesTheEnabling) {
        {true, false, false, false, false}},
   };
   test::PopupWorld w;
-  LoadEngine(w,
-             "<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" "
-             "PurgeDisabled=\"True\" />");
+  w.LoadEngine(
+      "<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" "
+      "PurgeDisabled=\"True\" />");
   AgentsPanel& ag = OpenAgents(w);
   for (const Step& step : steps) {
     SCOPED_TRACE(step.what);
@@ -517,10 +504,7 @@ TEST(AgentsPanel, AnAgentMadeWithTwoPickedFoldersAndItsFormatIsThereAfterARestar
   test::PopupWorld w;
   test::WriteText(w.dir / "Engine.xml", engineFile);
   test::WriteText(w.dir / "ConfigTree.xml", treeFile);
-  w.config = std::make_shared<ConfigServer>(
-      w.dir / "ConfigTree.xml", fs::path(VELLIX_SOURCE_DIR) / "resources" / "CommonFormat.xml");
-  w.engine = std::make_shared<engine::EngineServer>(
-      w.dir / "Engine.xml", desktop::PathMapping(w.dir / "data"), w.clock, nullptr);
+  w.ReopenServers();
   AgentsPanel& ag = OpenAgents(w);
   Pick(ag.cboAgName, "Projects and clients");
   EXPECT_EQ(ag.lblAgAgentType.Caption(), "Mail and Post");

@@ -32,16 +32,6 @@ void WriteFile(const fs::path& path, const std::string& text, bool runnable = fa
   if (runnable) fs::permissions(path, fs::perms::owner_all);
 }
 
-void LoadEngine(test::PopupWorld& w, const std::string& agents, const std::string& periods) {
-  WriteFile(w.dir / "Engine.xml",
-            "<VellixEngine FormatVersion=\"1\"><Settings Configured=\"True\" StoreLocation=\"" +
-                (w.dir / "store").string() + "\" BackupLocation=\"" + (w.dir / "backups").string() +
-                "\" /><Agents>" + agents + "</Agents><Periods>" + periods +
-                "</Periods></VellixEngine>");
-  w.engine = std::make_shared<engine::EngineServer>(
-      w.dir / "Engine.xml", desktop::PathMapping(w.dir / "data"), w.clock, nullptr);
-}
-
 // The engine as processing runs would have left it, read from its own file.
 void LoadArchive(test::PopupWorld& w) {
   auto at = [](int y, int m, int d, int h, int n, int s) {
@@ -52,19 +42,18 @@ void LoadArchive(test::PopupWorld& w) {
   };
   const fs::path store = w.dir / "store";
   WriteFile(store / "File 2024.pst", std::string(1500, 'x'));
-  LoadEngine(w,
-             "<Agent Id=\"1\" Name=\"Received Emails\" MonitorType=\"Mail and Post\" "
-             "ItemCount=\"1234567\" ItemsToPurge=\"42\" EarliestStore=" +
-                 at(2024, 1, 1, 0, 0, 0) + " MostRecentStore=" + at(2025, 1, 1, 12, 0, 0) +
-                 " LastFile=" + at(2026, 11, 21, 9, 30, 5) +
-                 " Watermark=" + at(2026, 11, 20, 18, 0, 0) +
-                 "><StorePeriod Name=\"File 2024\" /><StorePeriod Name=\"File 2025\" /></Agent>"
-                 "<Agent Id=\"2\" Name=\"Sent Emails\" MonitorType=\"Mail and Post\" />"
-                 "<Agent Id=\"3\" Name=\"calendar\" MonitorType=\"Calendar\" />",
-             "<Period Name=\"File 2025\" FileName=\"x.pst\" />"
-             "<Period Name=\"File 2024\" FileName=\"" +
-                 (store / "File 2024.pst").string() + "\" FirstEntry=" + at(2024, 1, 3, 8, 15, 0) +
-                 " LastEntry=" + at(2024, 12, 30, 17, 45, 30) + " Connected=\"False\" />");
+  w.LoadEngine(
+      "<Agent Id=\"1\" Name=\"Received Emails\" MonitorType=\"Mail and Post\" "
+      "ItemCount=\"1234567\" ItemsToPurge=\"42\" EarliestStore=" +
+          at(2024, 1, 1, 0, 0, 0) + " MostRecentStore=" + at(2025, 1, 1, 12, 0, 0) +
+          " LastFile=" + at(2026, 11, 21, 9, 30, 5) + " Watermark=" + at(2026, 11, 20, 18, 0, 0) +
+          "><StorePeriod Name=\"File 2024\" /><StorePeriod Name=\"File 2025\" /></Agent>"
+          "<Agent Id=\"2\" Name=\"Sent Emails\" MonitorType=\"Mail and Post\" />"
+          "<Agent Id=\"3\" Name=\"calendar\" MonitorType=\"Calendar\" />",
+      "<Period Name=\"File 2025\" FileName=\"x.pst\" />"
+      "<Period Name=\"File 2024\" FileName=\"" +
+          (store / "File 2024.pst").string() + "\" FirstEntry=" + at(2024, 1, 3, 8, 15, 0) +
+          " LastEntry=" + at(2024, 12, 30, 17, 45, 30) + " Connected=\"False\" />");
 }
 
 Rows GridRows(const FlexGrid& grid) {
@@ -237,7 +226,7 @@ TEST(SummaryPanel, DetailsShowEveryFigureOfAnAgentInTheOrderOfTheirNamesAndOfAPe
 
 TEST(SummaryPanel, EmptyAgentListAndCollidingNames) {
   test::PopupWorld w;
-  LoadEngine(w, "", R"(<Period Name="File 2024" FileName="x.pst" />)");
+  w.LoadEngine("", R"(<Period Name="File 2024" FileName="x.pst" />)");
   w.Start();
   SummaryPanel& su = w.popup.summary;
 

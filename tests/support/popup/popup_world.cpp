@@ -73,9 +73,7 @@ PopupWorld::PopupWorld()
   services.shell = shell.get();
   services.fileSystem = files.get();
   services.browser = &browser;
-  config = std::make_shared<ConfigServer>(dir / "ConfigTree.xml", Resources() / "CommonFormat.xml");
-  engine = std::make_shared<engine::EngineServer>(
-      dir / "Engine.xml", desktop::PathMapping(dir / "data"), clock, nullptr);
+  ReopenServers();
 }
 
 PopupWorld::~PopupWorld() {
@@ -93,6 +91,27 @@ void PopupWorld::PresetHidden(bool hidden) {
   root->GetNode("Componants.VellixControl.Hidden", true, "Boolean", Variant(true))
       ->SetContent(Variant(hidden));
   root->Commit("");
+}
+
+void PopupWorld::OpenEngine() {
+  engine = std::make_shared<engine::EngineServer>(
+      dir / "Engine.xml", desktop::PathMapping(dir / "data"), clock, nullptr);
+}
+
+void PopupWorld::ReopenServers() {
+  config = std::make_shared<ConfigServer>(dir / "ConfigTree.xml", Resources() / "CommonFormat.xml");
+  OpenEngine();
+}
+
+void PopupWorld::LoadEngine(const std::string& agents, const std::string& periods) {
+  fs::create_directories(dir / "store");
+  WriteText(dir / "Engine.xml",
+            "<VellixEngine FormatVersion=\"1\"><Settings Configured=\"True\" PeriodCount=\"1\" "
+            "PeriodUnits=\"Year\" StoreLocation=\"" +
+                (dir / "store").string() + "\" BackupLocation=\"" + (dir / "backups").string() +
+                "\" /><Agents>" + agents + "</Agents><Periods>" + periods +
+                "</Periods></VellixEngine>");
+  OpenEngine();
 }
 
 void PopupWorld::Start() {

@@ -40,6 +40,13 @@ class PopupWorld : public ServerFactory {
   void PresetHidden(bool hidden);
   // Runs start-up: attaches, grafts, shows frmPopup, raises Load.
   void Start();
+  // The configured engine of an earlier run, read from its own file: the
+  // agents and periods as the file's XML, the store and backup folders below
+  // the test's folder, periods of one year.
+  void LoadEngine(const std::string& agents, const std::string& periods = "");
+  // A restart's servers: the configuration tree and the engine again from
+  // the files in the folder.
+  void ReopenServers();
 
   // The engine's journal texts, and the state machine's trace lines.
   [[nodiscard]] std::vector<std::string> Journal() const;
@@ -82,6 +89,9 @@ class PopupWorld : public ServerFactory {
   FrmIconTimer iconTimer{host};
   FrmPredictiveStart predictiveStart{ctx, host};
   FrmPopup popup;
+
+ private:
+  void OpenEngine();
 };
 
 }  // namespace vellix::test
