@@ -86,7 +86,7 @@ bool IsAscii(std::string_view text) {
 }
 
 std::string Base64(std::string_view bytes) {
-  static constexpr char kDigits[] =
+  static constexpr std::string_view kDigits =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   std::string out;
   out.reserve((bytes.size() + 2) / 3 * 4);
@@ -169,7 +169,7 @@ std::string UnstructuredHeader(std::string_view name, std::string_view text) {
 
 // "Grace Okafor" as a mailbox: the name, and an address made from it.
 std::string Mailbox(std::string_view field) {
-  const std::string person = OneLine(field);
+  std::string person = OneLine(field);
   if (person.find('@') != std::string::npos) return person;
   std::string local;
   for (char c : person) {

@@ -4,6 +4,7 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstring>
@@ -184,13 +185,14 @@ void FlushFolder(const std::filesystem::path& folder) {
 }
 
 bool HasSqliteMagic(const std::filesystem::path& file) {
-  static constexpr char kMagic[] = "SQLite format 3";  // with its terminating zero
-  char start[sizeof kMagic] = {};
+  // With its terminating zero.
+  static constexpr std::array<char, 16> kMagic{"SQLite format 3"};
+  std::array<char, kMagic.size()> start{};
   const int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) return false;
-  const ssize_t got = ::read(fd, start, sizeof start);
+  const ssize_t got = ::read(fd, start.data(), start.size());
   ::close(fd);
-  return got == static_cast<ssize_t>(sizeof start) && std::memcmp(start, kMagic, sizeof start) == 0;
+  return got == static_cast<ssize_t>(start.size()) && start == kMagic;
 }
 
 StoredItem ItemOf(const Statement& row) {
@@ -216,7 +218,7 @@ struct StoreDatabase::State {
   [[noreturn]] void Fail(const std::string& doing) const {
     RaiseServerError("The store " + Quoted(file) + " " + doing + ": " + sqlite3_errmsg(db));
   }
-  Statement Prepare(const std::string& sql) const {
+  [[nodiscard]] Statement Prepare(const std::string& sql) const {
     Statement statement(db, sql.c_str());
     if (!statement.Ok()) Fail("can't be read");
     return statement;
@@ -337,7 +339,8 @@ bool CreateStoreFile(const std::filesystem::path& file, const std::string& name,
     const bool there = std::filesystem::exists(file, ec);
     if (there || ::rename(making.c_str(), file.c_str()) != 0) {
       why = there ? std::string("a file of that name is there already")
-                  : "it can't be put in place: " + std::string(std::strerror(errno));
+                  : "it can't be put in place: " +
+                        std::error_code(errno, std::generic_category()).message();
       RemoveQuietly(making);
       return false;
     }

@@ -66,8 +66,8 @@ class StoreDatabase {
   static std::optional<StoreDatabase> TryOpen(const std::filesystem::path& file, Access access,
                                               std::string* why);
 
-  StoreDatabase(StoreDatabase&&) noexcept;
-  StoreDatabase& operator=(StoreDatabase&&) noexcept;
+  StoreDatabase(StoreDatabase&& other) noexcept;
+  StoreDatabase& operator=(StoreDatabase&& other) noexcept;
   ~StoreDatabase();
 
   [[nodiscard]] const StoreHeader& Header() const;

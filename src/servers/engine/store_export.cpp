@@ -91,8 +91,8 @@ std::string MboxBody(std::string_view message) {
 int64_t ExportStoreToMbox(const std::filesystem::path& store, const std::filesystem::path& mbox) {
   const StoreDatabase database = StoreDatabase::Open(store, StoreDatabase::Access::kReadOnly);
   const auto cantWrite = [&](int error) {
-    RaiseServerError("The mbox file \"" + mbox.string() +
-                     "\" can't be written: " + std::strerror(error));
+    RaiseServerError("The mbox file \"" + mbox.string() + "\" can't be written: " +
+                     std::error_code(error, std::generic_category()).message());
   };
   // Written beside the target and renamed over it, so a failed export leaves
   // no half file and what was there before stays.
@@ -120,7 +120,7 @@ int64_t ExportStoreToMbox(const std::filesystem::path& store, const std::filesys
       ++count;
     });
   } catch (...) {
-    std::fclose(out);
+    (void)std::fclose(out);
     ::unlink(partial.c_str());
     throw;
   }
