@@ -35,34 +35,34 @@ FrmPurgeNotice::FrmPurgeNotice(Context& ctx, UiHost& host)
 void FrmPurgeNotice::Design() {
   // Design captions double as the defaults of the text keys.
   Caption("Orvane Vellix");
-  Width(7800);
+  Width(9300);
   Height(5375);
   lblDescriptiveTitle.Caption(
       "Items that have already been filed for you are about to be deleted from a working "
       "folder.");
-  lblDescriptiveTitle.Move(240, 240, 7080, 480);
+  lblDescriptiveTitle.Move(240, 240, 8580, 480);
   lblItemCount.Caption(
       "Agent $AgentName has identified $ItemCount $ItemType(s) to purge from the following "
       "folder:");
-  lblItemCount.Move(240, 840, 7080, 480);
-  lblFolder.Move(600, 1380, 6720, 285);
+  lblItemCount.Move(240, 840, 8580, 480);
+  lblFolder.Move(600, 1380, 8220, 285);
   lblMessage.Caption(
       "This selection is based on the Agent configuration.  These Items have already been "
       "filed safely in a Period Store.");
-  lblMessage.Move(240, 1800, 7080, 480);
+  lblMessage.Move(240, 1800, 8580, 480);
   lblQuestion.Caption("How do you wish to proceed?");
-  lblQuestion.Move(240, 2400, 7080, 285);
+  lblQuestion.Move(240, 2400, 8580, 285);
   optPurge.Caption("Purge Items");
-  optPurge.Move(480, 2760, 6840, 285);
+  optPurge.Move(480, 2760, 8340, 285);
   optPurgeDontAsk.Caption("Purge Items and don't ask me this question again");
-  optPurgeDontAsk.Move(480, 3060, 6840, 285);
+  optPurgeDontAsk.Move(480, 3060, 8340, 285);
   optDontPurge.Caption("Do not Purge these Items");
-  optDontPurge.Move(480, 3360, 6840, 285);
+  optDontPurge.Move(480, 3360, 8340, 285);
   optDontPurgeDontAsk.Caption(
       "Do not purge these Items and disable Purging from this Agent next time it runs");
-  optDontPurgeDontAsk.Move(480, 3660, 6840, 285);
+  optDontPurgeDontAsk.Move(480, 3660, 8340, 285);
   cmdOK.Caption("OK");
-  cmdOK.Move(6105, 4140, 1215, 375);
+  cmdOK.Move(7605, 4140, 1215, 375);
   // Enter answers with the option that is on, as the time-out would.
   cmdOK.Default(true);
   tmrTimeout.Enabled(false);
