@@ -18,6 +18,7 @@
 #include "app/profile_forecast.h"
 #include "app/single_instance.h"
 #include "dialogs/frm_predictive_start.h"
+#include "dialogs/frm_purge_notice.h"
 #include "foundation/context.h"
 #include "foundation/control_startup.h"
 #include "foundation/date.h"
@@ -160,7 +161,9 @@ int main(int argc, char** argv) {
       host, [mapping](const std::string& path) { return mapping.ToNative(path).string(); });
   FrmIconTimer iconTimer(host);
   FrmPredictiveStart predictiveStart(ctx, host);
-  FrmPopup popup(ctx, tray, PopupForms{iconTimer, &predictiveStart, nullptr, nullptr});
+  FrmPurgeNotice purgeNotice(ctx, host);
+  FrmPopup popup(ctx, tray,
+                 PopupForms{iconTimer, &predictiveStart, nullptr, nullptr, &purgeNotice});
 
   std::unique_ptr<app::FirstRunScript> script;
   if (!options.screenshot.empty()) {

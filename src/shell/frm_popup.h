@@ -28,6 +28,7 @@ class ConfigConnector;
 class ConfigNode;
 class FrmIconTimer;
 class FrmPredictiveStart;
+class FrmPurgeNotice;
 class Monitor;
 class PurgeDetails;
 class TrayIcon;
@@ -41,6 +42,7 @@ struct PopupForms {
   FrmPredictiveStart* predictiveStart = nullptr;
   Form* about = nullptr;
   Form* backupManager = nullptr;
+  FrmPurgeNotice* purgeNotice = nullptr;
 };
 
 // The three hidden states: the window is meant to be out of sight.

@@ -47,7 +47,7 @@ class LogConnector : public ErrorConnector {
 PopupWorld::PopupWorld()
     : dir(FreshFolder()),
       paths(dir / "data"),
-      popup(ctx, tray, PopupForms{iconTimer, &predictiveStart, nullptr, nullptr}) {
+      popup(ctx, tray, PopupForms{iconTimer, &predictiveStart, nullptr, nullptr, &purgeNotice}) {
   clock.Set(DateTimeSerial(2026, 11, 22, 9, 30, 0));
   services.exeFolder = Resources().string();
   env["HOME"] = (dir / "home").string();

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "dialogs/frm_predictive_start.h"
+#include "dialogs/frm_purge_notice.h"
 #include "foundation/context.h"
 #include "foundation/server_factory.h"
 #include "platform/desktop/path_mapping.h"
@@ -88,6 +89,7 @@ class PopupWorld : public ServerFactory {
   ScriptedBrowser browser;
   FrmIconTimer iconTimer{host};
   FrmPredictiveStart predictiveStart{ctx, host};
+  FrmPurgeNotice purgeNotice{ctx, host};
   FrmPopup popup;
 
  private:
