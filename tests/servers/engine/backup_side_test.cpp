@@ -56,7 +56,10 @@ class BackupSideTest : public EngineTest {
     store = Native("c:\\Orvane Vellix Store\\File 2024.pst");
     ASSERT_TRUE(fs::exists(store));
     // The store's time is fixed, so copies can be made older or newer than it.
-    storeTime = fs::file_time_type::clock::now() - std::chrono::hours(2);
+    // Half a second past a whole second: a copy 300 ms older falls in the same second.
+    storeTime =
+        std::chrono::floor<seconds>(fs::file_time_type::clock::now() - std::chrono::hours(2)) +
+        milliseconds(500);
     fs::last_write_time(store, storeTime);
   }
   // A copy of the store in the backup folder, `ahead` newer than the store
