@@ -65,6 +65,9 @@ class OutlookApplication {
   virtual ~OutlookApplication() = default;
   // "MAPI" gives the name space; anything else gives nothing.
   virtual Ref<NameSpace> GetNamespace(const std::string& type) = 0;
+  // Ends the mail program, which lets go of every store file it holds open.
+  // A mail program that holds nothing open has nothing to let go.
+  virtual void Quit() {}
 };
 
 }  // namespace vellix

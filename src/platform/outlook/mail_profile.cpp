@@ -1,5 +1,9 @@
 #include "platform/outlook/mail_profile.h"
 
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
 #include "foundation/text.h"
 #include "foundation/vb_error.h"
 
@@ -65,6 +69,92 @@ int64_t MailProfile::ItemCount() const {
   for (const auto& store : stores_)
     count += store->TotalItemCount();
   return count;
+}
+
+namespace {
+
+// The same file, also when the two paths spell it differently.
+bool SameFile(const std::filesystem::path& a, const std::filesystem::path& b) {
+  std::error_code ec;
+  if (std::filesystem::equivalent(a, b, ec)) return true;
+  return a.lexically_normal() == b.lexically_normal();
+}
+
+}  // namespace
+
+void MailProfile::ReadStoreFilesWith(std::shared_ptr<StoreFileReader> reader) {
+  reader_ = std::move(reader);
+}
+
+const MailProfile::ListedStore* MailProfile::FindListed(const std::filesystem::path& file) const {
+  auto it = std::find_if(listed_.begin(), listed_.end(),
+                         [&](const ListedStore& l) { return SameFile(l.file, file); });
+  return it == listed_.end() ? nullptr : &*it;
+}
+
+bool MailProfile::ListStoreFile(const std::string& name, const std::filesystem::path& file,
+                                std::string* why) {
+  if (FindListed(file) != nullptr) return true;
+  ListedStore listed{name, file, nullptr, nullptr};
+  if (running_ && !OpenListed(listed, why)) return false;
+  listed_.push_back(std::move(listed));
+  return true;
+}
+
+void MailProfile::UnlistStoreFile(const std::filesystem::path& file) {
+  for (auto it = listed_.begin(); it != listed_.end(); ++it) {
+    if (!SameFile(it->file, file)) continue;
+    CloseListed(*it);
+    listed_.erase(it);
+    return;
+  }
+}
+
+bool MailProfile::HoldsStoreFile(const std::filesystem::path& file) const {
+  const ListedStore* listed = FindListed(file);
+  return listed != nullptr && listed->hold != nullptr;
+}
+
+bool MailProfile::OpenListed(ListedStore& listed, std::string* why) {
+  std::string problem;
+  if (!reader_) {
+    problem = "There is nothing to open the store file " + listed.file.string() + " with.";
+  } else if (Store(listed.name)) {
+    problem = "A store named \"" + listed.name + "\" is open already.";
+  } else if (auto folderProblem = ProfileFolder::NameProblem(listed.name); !folderProblem.empty()) {
+    problem = folderProblem;
+  } else {
+    auto top = ProfileFolder::MakeStore(listed.name, listed.file.string());
+    if (auto hold = reader_->Open(listed.file, *top, &problem)) {
+      stores_.push_back(top);
+      listed.top = std::move(top);
+      listed.hold = std::move(hold);
+      return true;
+    }
+  }
+  if (why != nullptr) *why = problem;
+  return false;
+}
+
+void MailProfile::CloseListed(ListedStore& listed) {
+  if (listed.top) std::erase(stores_, listed.top);
+  listed.top.reset();
+  listed.hold.reset();
+}
+
+void MailProfile::Quit() {
+  for (auto& listed : listed_)
+    CloseListed(listed);
+  running_ = false;
+}
+
+void MailProfile::Start() {
+  if (running_) return;
+  running_ = true;
+  // A store file that went missing or bad while the program was closed
+  // stays listed, shut, as the mail program keeps a store it can't find.
+  for (auto& listed : listed_)
+    OpenListed(listed, nullptr);
 }
 
 const std::vector<DefaultFolderSpec>& EnglishDefaultFolders() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
@@ -8,14 +9,16 @@
 #include <vector>
 
 #include "platform/outlook/profile_folder.h"
+#include "platform/outlook/store_file_reader.h"
 
 namespace vellix::outlook {
 
 // The user's mail profile: its stores in order, each a tree of folders with
 // items, and which folder is the default one of each kind (6 inbox, 5 sent
 // mail, 3 deleted items, 16 drafts, 9 calendar, 10 contacts, 13 tasks,
-// 12 notes, 11 journal). The period stores the engine makes are added here
-// while the program runs, as further stores.
+// 12 notes, 11 journal). The period stores the engine makes are listed here
+// as store files: while the mail program runs it holds each open and shows
+// it as a further store; when it quits it lets them all go.
 class MailProfile {
  public:
   // Adds a store at the end. A name already used (without regard to case)
@@ -39,9 +42,43 @@ class MailProfile {
   [[nodiscard]] int32_t FolderCount() const;
   [[nodiscard]] int64_t ItemCount() const;
 
+  // ---- store files that another program lists in the profile ----
+
+  // What opens them; without a reader a store file is listed but never opened.
+  void ReadStoreFilesWith(std::shared_ptr<StoreFileReader> reader);
+  // Lists a store file under a top folder of that name and, while the mail
+  // program runs, opens it at once. A file listed already stays as it is.
+  // False, with why set, when it can't be opened now (it is then not
+  // listed): no reader, not a store, or a store of that name open already.
+  bool ListStoreFile(const std::string& name, const std::filesystem::path& file,
+                     std::string* why = nullptr);
+  // Closes the file if it is open and takes it off the list.
+  void UnlistStoreFile(const std::filesystem::path& file);
+  [[nodiscard]] bool HoldsStoreFile(const std::filesystem::path& file) const;
+  // The mail program quits: every store file is released and its folder
+  // leaves the profile; the files stay listed for the next start.
+  void Quit();
+  // The mail program starts (again): it opens every listed store file that
+  // can be opened. A running program is left as it is.
+  void Start();
+  [[nodiscard]] bool Running() const { return running_; }
+
  private:
+  struct ListedStore {
+    std::string name;
+    std::filesystem::path file;
+    std::shared_ptr<ProfileFolder> top;  // while open
+    std::shared_ptr<void> hold;          // keeps the file open
+  };
+  bool OpenListed(ListedStore& listed, std::string* why);
+  void CloseListed(ListedStore& listed);
+  [[nodiscard]] const ListedStore* FindListed(const std::filesystem::path& file) const;
+
   FolderVector stores_;
   std::map<int32_t, std::weak_ptr<ProfileFolder>> defaults_;
+  std::shared_ptr<StoreFileReader> reader_;
+  std::vector<ListedStore> listed_;
+  bool running_ = true;
 };
 
 // The English names of the default folders, with their kind and item type,

@@ -18,4 +18,8 @@ Ref<NameSpace> ProfileApplication::GetNamespace(const std::string& type) {
   return MakeRef<ProfileNameSpace>(profile_, chooser_);
 }
 
+void ProfileApplication::Quit() {
+  profile_->Quit();
+}
+
 }  // namespace vellix::outlook

@@ -16,6 +16,8 @@ class ProfileApplication : public OutlookApplication {
 
   // "MAPI" (without regard to case) gives the name space; anything else nothing.
   Ref<NameSpace> GetNamespace(const std::string& type) override;
+  // Releases every store file the profile holds open (MailProfile::Quit).
+  void Quit() override;
 
  private:
   std::shared_ptr<MailProfile> profile_;

@@ -27,6 +27,8 @@ Ref<OutlookApplication> ProfileMailProgram::CreateApplication() {
   }
   if (!profile_) return nullptr;
   lastProblem_.clear();
+  // Creating the application starts the mail program when it has quit.
+  profile_->Start();
   return MakeRef<ProfileApplication>(profile_, chooser_);
 }
 

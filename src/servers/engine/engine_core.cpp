@@ -212,6 +212,8 @@ void EngineCore::RenameAgent(AgentData& agent, const std::string& name) {
 }
 
 void EngineCore::ResetConfig() {
+  for (const auto& period : data_.periods)
+    HideStore(period);
   const EngineSettings kept = data_.settings;
   data_ = Defaults(Now());
   data_.settings.configured = kept.configured;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -16,6 +17,10 @@
 #include "servers/engine/call_journal.h"
 #include "servers/engine/engine_data.h"
 #include "servers/engine/processing_hooks.h"
+
+namespace vellix::outlook {
+class MailProfile;
+}  // namespace vellix::outlook
 
 namespace vellix::engine {
 
@@ -87,7 +92,23 @@ class EngineCore : public std::enable_shared_from_this<EngineCore> {
   // store file; problems are logged, never raised.
   void EnsureCurrentPeriod();
   bool AttachPeriod(std::string_view fileName);
+  // The backup folder exists and a file can be made in it.
   bool BackupLocationAvailable() const;
+  // A finished backup run: LastBackup is now, the next one is scheduled a
+  // backup interval on, and a copy of the configuration goes to the backup folder.
+  void RecordBackupRun();
+
+  // The mail profile that shows the period stores, asked for at each use
+  // (it may be loaded late); nothing shows them nowhere. Every period's
+  // store is listed in the profile the first time the profile is seen.
+  using ProfileSource = std::function<std::shared_ptr<outlook::MailProfile>()>;
+  void ShowStoresIn(ProfileSource source);
+  // Lists the period's store in the mail profile; a problem is logged.
+  void ShowStore(const PeriodData& period);
+  // Takes the period's store off the mail profile.
+  void HideStore(const PeriodData& period);
+  // The mail profile holds the period's store file open.
+  bool StoreHeldOpen(const PeriodData& period);
 
   // Persists the data; a failure is logged and the data stay in memory.
   void Save();
@@ -121,6 +142,8 @@ class EngineCore : public std::enable_shared_from_this<EngineCore> {
   [[nodiscard]] int16_t FreeAgentId();
   [[nodiscard]] std::string FreePeriodName(const std::string& wanted) const;
   void MoveCorruptFileAside(const std::string& why);
+  std::shared_ptr<outlook::MailProfile> Profile();
+  void ShowStore(outlook::MailProfile& profile, const PeriodData& period);
 
   std::filesystem::path file_;
   desktop::PathMapping paths_;
@@ -129,6 +152,8 @@ class EngineCore : public std::enable_shared_from_this<EngineCore> {
   std::unique_ptr<ProcessingHooks> hooks_;
   std::shared_ptr<MonitorObject> monitor_;
   VellixEngine* engine_ = nullptr;
+  ProfileSource profileSource_;
+  std::weak_ptr<outlook::MailProfile> profileSeen_;
 
   EngineData data_;
   CallJournal journal_;

@@ -5,6 +5,7 @@
 
 #include "foundation/format.h"
 #include "foundation/text.h"
+#include "servers/common/file_trouble.h"
 #include "servers/engine/engine_core.h"
 #include "servers/engine/engine_file.h"
 #include "servers/engine/period_calendar.h"
@@ -67,8 +68,23 @@ std::string EngineCore::FreePeriodName(const std::string& wanted) const {
 
 bool EngineCore::BackupLocationAvailable() const {
   const std::string& location = data_.settings.backupLocation;
+  if (Trim(location).empty()) return false;
+  const auto folder = Native(location);
   std::error_code ec;
-  return !Trim(location).empty() && std::filesystem::is_directory(Native(location), ec);
+  // Checked before the probe, which would make a missing folder: a drive
+  // that isn't there must not be stood in for by a folder of that name.
+  if (!std::filesystem::is_directory(folder, ec)) return false;
+  // Permissions alone don't tell (a read-only mount, a full share, an ACL):
+  // a file is made and removed.
+  return servers::FolderTakesFiles(folder, nullptr);
+}
+
+void EngineCore::RecordBackupRun() {
+  EngineSettings& s = data_.settings;
+  s.lastBackup = Now();
+  s.nextBackup = AddSeconds(s.lastBackup, IntervalSeconds(s.backupEveryCount, s.backupEveryUnits));
+  Save();
+  SaveCopyToBackup();
 }
 
 void EngineCore::EnsureCurrentPeriod() {
@@ -114,6 +130,7 @@ void EngineCore::EnsureCurrentPeriod() {
   period.end = span.end;
   data_.periods.push_back(std::move(period));
   Save();
+  ShowStore(data_.periods.back());
 }
 
 bool EngineCore::AttachPeriod(std::string_view fileName) {
@@ -142,6 +159,7 @@ bool EngineCore::AttachPeriod(std::string_view fileName) {
   period.end = facts.end;
   data_.periods.push_back(std::move(period));
   Save();
+  ShowStore(data_.periods.back());
   return true;
 }
 
@@ -206,8 +224,12 @@ bool EngineCore::Recover(const std::string& source, const std::string& destinati
     std::filesystem::copy_file(copy, target, ec);
     if (ec) Log("RecoverConfig", "The store " + bare + " can't be copied back: " + ec.message());
   }
+  for (const auto& period : data_.periods)
+    HideStore(period);
   data_ = std::move(recovered);
   Save();
+  for (const auto& period : data_.periods)
+    ShowStore(period);
   return true;
 }
 

@@ -128,7 +128,7 @@ void EngineServer::BackupManagerOpen(bool open) {
 
 void EngineServer::BackupFinished() {
   core_->Call(kObject, "BackupFinished");
-  core_->SaveCopyToBackup();
+  core_->RecordBackupRun();
   core_->Hooks().BackupFinished(*core_);
 }
 
@@ -158,6 +158,10 @@ void EngineServer::Raise(ReportKind kind, bool value) {
   } else {
     OnRun.Raise(value);
   }
+}
+
+void EngineServer::ShowStoresIn(std::function<std::shared_ptr<outlook::MailProfile>()> profile) {
+  core_->ShowStoresIn(std::move(profile));
 }
 
 const std::string& EngineServer::Notice() const {

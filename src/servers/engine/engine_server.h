@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <deque>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -14,6 +15,10 @@
 #include "servers/engine/call_journal.h"
 #include "servers/engine/processing_hooks.h"
 #include "servers/engine/server_error.h"
+
+namespace vellix::outlook {
+class MailProfile;
+}  // namespace vellix::outlook
 
 namespace vellix::engine {
 
@@ -61,6 +66,12 @@ class EngineServer final : public VellixEngine {
   // can't be read and can't be moved aside); empty when it can. Such an
   // engine writes nothing.
   [[nodiscard]] const std::string& OpenError() const;
+
+  // The mail profile the period stores show in, asked for at each use (the
+  // desktop loads it late; nothing: none yet). Each store is listed there as
+  // a top folder named by its period, and Period.Free tells whether the
+  // profile holds it open.
+  void ShowStoresIn(std::function<std::shared_ptr<outlook::MailProfile>()> profile);
 
   // ---- test switches ----
 

@@ -22,11 +22,10 @@ StoreFileFacts PeriodObject::Store(const PeriodData& period) const {
   return InspectStoreFile(core_->Native(period.fileName));
 }
 
-StoreFileFacts PeriodObject::Copy(const PeriodData& period) const {
+StoreFileFacts PeriodObject::Copy(const PeriodData& period, const StoreFileFacts& store) const {
   const std::string& location = core_->Settings().backupLocation;
   if (location.empty()) return {};
-  return InspectStoreFile(
-      core_->Native(EngineCore::JoinLogic(location, EngineCore::BareName(period.fileName))));
+  return NewestBackupCopy(core_->Native(location), core_->Native(period.fileName), store);
 }
 
 std::string PeriodObject::Name() {
@@ -48,10 +47,9 @@ int32_t PeriodObject::FileSize() {
   return static_cast<int32_t>(std::min<int64_t>(size, std::numeric_limits<int32_t>::max()));
 }
 
-// Nothing here locks a store file, so every store counts as free.
+// A store the mail profile shows is held open by it, and can't be copied whole.
 int32_t PeriodObject::Free() {
-  Read("Free");
-  return -1;
+  return core_->StoreHeldOpen(Read("Free")) ? 0 : -1;
 }
 
 int32_t PeriodObject::Valid() {
@@ -60,8 +58,13 @@ int32_t PeriodObject::Valid() {
 
 int16_t PeriodObject::BackupStatus() {
   const PeriodData& period = Read("BackupStatus");
-  return BackupStatusFor(core_->Settings().backupPolicy, core_->BackupLocationAvailable(),
-                         Store(period), Copy(period), period.lastBackup);
+  const bool available = core_->BackupLocationAvailable();
+  const StoreFileFacts store = Store(period);
+  // The backup folder is searched only when the policy looks at it.
+  const int32_t policy = core_->Settings().backupPolicy;
+  const bool byCopy = available && policy != 0 && policy != 2;
+  return BackupStatusFor(policy, available, store, byCopy ? Copy(period, store) : StoreFileFacts(),
+                         period.lastBackup);
 }
 
 Date PeriodObject::LastBackup() {
@@ -75,7 +78,8 @@ void PeriodObject::LastBackup(Date value) {
 }
 
 Date PeriodObject::LastLocated() {
-  const StoreFileFacts copy = Copy(Read("LastLocated"));
+  const PeriodData& period = Read("LastLocated");
+  const StoreFileFacts copy = Copy(period, Store(period));
   return copy.exists ? copy.modified : Date();
 }
 

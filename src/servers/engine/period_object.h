@@ -39,8 +39,8 @@ class PeriodObject final : public Period {
  private:
   PeriodData& Read(std::string_view property);
   StoreFileFacts Store(const PeriodData& period) const;
-  // The copy of the store in the backup folder.
-  StoreFileFacts Copy(const PeriodData& period) const;
+  // The newest copy of the store in the backup folder.
+  StoreFileFacts Copy(const PeriodData& period, const StoreFileFacts& store) const;
 
   std::shared_ptr<EngineCore> core_;
   std::string name_;

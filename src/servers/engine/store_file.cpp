@@ -25,7 +25,10 @@ StoreFileFacts InspectStoreFile(const std::filesystem::path& file) {
   const auto size = std::filesystem::file_size(file, ec);
   facts.size = ec ? 0 : static_cast<int64_t>(size);
   const auto time = std::filesystem::last_write_time(file, ec);
-  if (!ec) facts.modified = FileTimeToDate(time);
+  if (!ec) {
+    facts.writeTime = time;
+    facts.modified = FileTimeToDate(time);
+  }
 
   if (auto store = StoreDatabase::TryOpen(file, StoreDatabase::Access::kReadOnly, nullptr)) {
     facts.isStore = true;

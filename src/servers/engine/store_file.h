@@ -17,6 +17,9 @@ struct StoreFileFacts {
   bool isStore = false;
   int64_t size = 0;
   Date modified;
+  // The file system's own time, finer than a Date's seconds: what tells a
+  // copy from a store changed within the same second.
+  std::filesystem::file_time_type writeTime{};
   // From the header, when it is a store.
   std::string name;
   Date start;
