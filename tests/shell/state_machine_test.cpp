@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "foundation/control_startup.h"
+#include "foundation/runtime.h"
 #include "servers/config/config_server.h"
 #include "support/popup/popup_world.h"
 
