@@ -1,10 +1,7 @@
 #include <gmock/gmock.h>
-#include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -157,16 +154,6 @@ TEST_F(FormTest, QueryUnloadCanKeepTheFormOpenAndAModalFormWithoutAStepIsClosed)
   EXPECT_THAT(host.History(),
               ElementsAre("show modal frmCounting", "close frmCounting", "unload frmCounting"));
   EXPECT_EQ(dialog.lastUnloadMode, Form::kUnloadByUser);
-
-  // A step that leaves the form open is a mistake of the test.
-  host.OnModal("frmCounting", [](Form&) {});
-  EXPECT_NONFATAL_FAILURE(dialog.Show(true), "still open after its step");
-  EXPECT_FALSE(dialog.Loaded());
-
-  dialog.refuseToClose = true;
-  host.OnModal("frmCounting", {});
-  EXPECT_NONFATAL_FAILURE(dialog.Show(true), "refused to close");
-  EXPECT_TRUE(dialog.Loaded() && !dialog.Visible());
 }
 
 TEST_F(FormTest, ShowHideAndWindowStateGoThroughTheHost) {
@@ -221,26 +208,6 @@ TEST_F(FormTest, ModalFormShownFromAHandlerLetsNestedEventsRunBeforeTheHandlerGo
   EXPECT_FALSE(dialog.Loaded());
   EXPECT_THAT(host.History(),
               ElementsAre("show frmPopup", "show modal frmCounting", "unload frmCounting"));
-
-  // A message box from inside a handler lets a nested handler run too.
-  main.log.clear();
-  host.AnswerNext(MsgResult::OK, [this] { main.mPopExit.UserClick(); });
-  host.MsgBox("Waiting to start", MsgButtons::OK, "");
-  EXPECT_THAT(main.log, ElementsAre("mPopExit_Click"));
-
-  // Message boxes answer from the script and are recorded.
-  host.ClearPrompts();
-  host.AnswerNext(MsgResult::No);
-  host.AnswerNext(MsgResult::Cancel);
-  EXPECT_EQ(host.MsgBox("Delete?", MsgButtons::YesNo, ""), MsgResult::No);
-  EXPECT_EQ(host.MsgBox("Close?", MsgButtons::OKCancel, "Vellix"), MsgResult::Cancel);
-  // With the script used up: OK, or Yes.
-  EXPECT_EQ(host.MsgBox("No folder", MsgButtons::OKCancel, ""), MsgResult::OK);
-  EXPECT_EQ(host.MsgBox("Create?", MsgButtons::YesNo, ""), MsgResult::Yes);
-  EXPECT_THAT(host.Prompts(), ElementsAre("Delete?", "Close?", "No folder", "Create?"));
-  EXPECT_EQ(host.PromptRecords()[1].title, "Vellix");
-  host.AnswerNext(MsgResult::No);
-  EXPECT_NONFATAL_FAILURE(host.MsgBox("Saved.", MsgButtons::OK, ""), "isn't a button");
 }
 
 TEST_F(FormTest, TimersFireInOrderOfDueTimeMoveTheClockAndStopWithTheirForm) {
@@ -289,24 +256,7 @@ TEST_F(FormTest, TimersFireInOrderOfDueTimeMoveTheClockAndStopWithTheirForm) {
   EXPECT_FALSE(host.IsLoaded("frmShort"));
 }
 
-TEST_F(FormTest, PostedFunctionsFromOtherThreadsAllRunOnThePump) {
-  std::atomic<int> ran{0};
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([this, &ran] {
-      for (int i = 0; i < 250; ++i)
-        host.Post([&ran] { ran.fetch_add(1); });
-    });
-  }
-  EXPECT_TRUE(host.PumpUntil([&ran] { return ran.load() == 1000; }));
-  for (auto& thread : threads)
-    thread.join();
-  EXPECT_EQ(host.Pump(), 0);
-  EXPECT_EQ(ran.load(), 1000);
-  EXPECT_FALSE(host.PumpUntil([] { return false; }, std::chrono::milliseconds(20)));
-}
-
-TEST_F(FormTest, PopupMenusOfferOnlyEnabledVisibleEntriesAndFolderDialogsFollowTheScript) {
+TEST_F(FormTest, PopupMenusOfferOnlyEnabledVisibleEntries) {
   main.Load();
   host.OnPopup("mPopupSys", [](Menu& menu) {
     for (Menu* entry : menu.Items())
@@ -322,10 +272,6 @@ TEST_F(FormTest, PopupMenusOfferOnlyEnabledVisibleEntriesAndFolderDialogsFollowT
   EXPECT_FALSE(main.mPopExit.UserClick());
   main.mPopExit.Visible(true);
   EXPECT_TRUE(main.mPopExit.UserClick());
-
-  host.ChooseFolderNext("/home/user/Vellix Backup");
-  EXPECT_EQ(host.BrowseForFolder("Find Folder"), "/home/user/Vellix Backup");
-  EXPECT_EQ(host.BrowseForFolder("Find Folder"), std::nullopt) << "none queued: cancelled";
   EXPECT_THAT(host.History(), ElementsAre("popup mPopupSys"));
 }
 

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -27,11 +26,6 @@ using Rows = std::vector<std::pair<std::string, std::string>>;
 
 constexpr const char* kSummary = ".Strings.ControlPanel.Summary";
 
-void WriteFile(const fs::path& path, const std::string& text, bool runnable = false) {
-  test::WriteText(path, text);
-  if (runnable) fs::permissions(path, fs::perms::owner_all);
-}
-
 // The engine as processing runs would have left it, read from its own file.
 void LoadArchive(test::PopupWorld& w) {
   auto at = [](int y, int m, int d, int h, int n, int s) {
@@ -41,7 +35,7 @@ void LoadArchive(test::PopupWorld& w) {
     return out.str();
   };
   const fs::path store = w.dir / "store";
-  WriteFile(store / "File 2024.pst", std::string(1500, 'x'));
+  test::WriteText(store / "File 2024.pst", std::string(1500, 'x'));
   w.LoadEngine(
       "<Agent Id=\"1\" Name=\"Received Emails\" MonitorType=\"Mail and Post\" "
       "ItemCount=\"1234567\" ItemsToPurge=\"42\" EarliestStore=" +
@@ -258,47 +252,37 @@ TEST(SummaryPanel, EmptyAgentListAndCollidingNames) {
   EXPECT_EQ(GridRows(su.fgcSuDetail), before);
 }
 
-// The help button, with a browser whose outcomes the test sets.
-class HelpButton : public ::testing::Test {
- protected:
-  void SetUp() override {
-    LoadArchive(w);
-    w.Start();
-    w.host.ClearPrompts();
-  }
-
-  void ExpectPageGone() {
-    EXPECT_EQ(w.browser.pageText, "<HTML> <\\HTML>");
-    EXPECT_FALSE(w.browser.page.empty());
-    EXPECT_FALSE(w.files->FileExists(w.browser.page));
-    for (const auto& entry : fs::recursive_directory_iterator(w.dir))
-      EXPECT_NE(entry.path().extension(), ".htm") << entry.path();
-  }
-
-  std::string Text(const std::string& key) { return w.Text(std::string(kSummary) + key); }
-
-  test::PopupWorld w;
-};
-
-TEST_F(HelpButton, OpensTheConfiguredAddressWithTheProgramFoundFromATemporaryPageItRemoves) {
-  ASSERT_TRUE(w.popup.summary.cmdSuHelp.UserClick());
-  // The program's name comes trimmed; the address is its one parameter.
-  EXPECT_THAT(w.browser.opened, ElementsAre("web-browser " + Text(".cmdSuHelp.LinkURL")));
-  EXPECT_THAT(w.host.Prompts(), IsEmpty());
-  // The page lies beside the temporary folder, its name joined straight on.
+// The page lies beside the temporary folder, its name joined straight on, and
+// is gone once the browser is found or not.
+void ExpectPageGone(test::PopupWorld& w) {
   const std::string temp = w.files->GetSpecialFolder(2);
   EXPECT_EQ(w.browser.page.rfind(temp + "rad", 0), 0U) << w.browser.page;
   EXPECT_EQ(w.browser.page.substr(w.browser.page.size() - 4), ".htm");
-  ExpectPageGone();
-  EXPECT_THAT(w.Problems(), IsEmpty());
+  EXPECT_EQ(w.browser.pageText, "<HTML> <\\HTML>");
+  EXPECT_FALSE(w.files->FileExists(w.browser.page));
+  for (const auto& entry : fs::recursive_directory_iterator(w.dir))
+    EXPECT_NE(entry.path().extension(), ".htm") << entry.path();
 }
 
-TEST_F(HelpButton, WithNoBrowserOrOneThatCannotStartSaysSoAndLeavesNoPage) {
+TEST(SummaryPanel, HelpOpensTheAddressWithTheProgramFoundFromATemporaryPageOrSaysWhyNot) {
+  test::PopupWorld w;
+  LoadArchive(w);
+  w.Start();
+  w.host.ClearPrompts();
+  auto text = [&](const std::string& key) { return w.Text(std::string(kSummary) + key); };
+  ASSERT_TRUE(w.popup.summary.cmdSuHelp.UserClick());
+  // The program's name comes trimmed; the address is its one parameter.
+  EXPECT_THAT(w.browser.opened, ElementsAre("web-browser " + text(".cmdSuHelp.LinkURL")));
+  EXPECT_THAT(w.host.Prompts(), IsEmpty());
+  ExpectPageGone(w);
+
+  // No browser.
+  w.browser.opened.clear();
   w.browser.findResult = kShellErrorNoAssociation;
   ASSERT_TRUE(w.popup.summary.cmdSuHelp.UserClick());
-  EXPECT_THAT(w.host.Prompts(), ElementsAre(Text(".cmdSuHelp.NoBrowser")));
+  EXPECT_THAT(w.host.Prompts(), ElementsAre(text(".cmdSuHelp.NoBrowser")));
   EXPECT_THAT(w.browser.opened, IsEmpty());
-  ExpectPageGone();
+  ExpectPageGone(w);
 
   // Found, but it does not start.
   w.host.ClearPrompts();
@@ -307,8 +291,8 @@ TEST_F(HelpButton, WithNoBrowserOrOneThatCannotStartSaysSoAndLeavesNoPage) {
   ASSERT_TRUE(w.popup.summary.cmdSuHelp.UserClick());
   EXPECT_EQ(w.browser.opened.size(), 1U);
   EXPECT_THAT(w.host.Prompts(),
-              ElementsAre(Text(".cmdSuHelp.NoURL") + "\n" + Text(".cmdSuHelp.LinkURL")));
-  ExpectPageGone();
+              ElementsAre(text(".cmdSuHelp.NoURL") + "\n" + text(".cmdSuHelp.LinkURL")));
+  ExpectPageGone(w);
   EXPECT_THAT(w.Problems(), IsEmpty());
 }
 

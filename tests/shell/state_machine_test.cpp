@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "foundation/control_startup.h"
+#include "foundation/runtime.h"
 #include "servers/config/config_server.h"
 #include "support/popup/popup_world.h"
 
@@ -87,9 +88,13 @@ const std::map<int, Cell> kTable = {
 
 class StateMachineCell : public ::testing::TestWithParam<std::pair<int, int>> {};
 
-bool HiddenOnDisk(test::PopupWorld& w) {
+// What the tree file holds now, read by a server of its own.
+std::string Saved(const test::PopupWorld& w, const std::string& key) {
   ConfigServer disk(w.dir / "ConfigTree.xml", "");
-  return disk.RootNode()->GetValue("Componants.VellixControl.Hidden").ToBool();
+  return disk.RootNode()->GetValue(key).ToString();
+}
+bool HiddenOnDisk(test::PopupWorld& w) {
+  return CBool(Saved(w, "Componants.VellixControl.Hidden"));
 }
 
 TEST_P(StateMachineCell, DoesWhatItsCellSays) {
@@ -234,12 +239,25 @@ TEST(StateMachine, ExitAsksFirstAndThenWaitsForTheEnginesShutdown) {
   EXPECT_THAT(w.host.Prompts(), ElementsAre(question, question));
   EXPECT_TRUE(w.popup.Loaded()) << "no Shutdown report: the form stays";
 
+  // The tray menu's Exit asks nothing, commits the tree and ends the component.
+  const std::string key = "Componants.VellixControl.TrayExitMark";
+  w.config->RootNode()->GetNode(key, true, "String", Variant("kept"));
+  ASSERT_NE(Saved(w, key), "kept") << "not committed before the exit";
   w.engine->SilentShutdown(false);
-  w.popup.mPopExit.UserClick();  // no question from the tray menu
+  w.host.OnPopup("mPopupSys", [](Menu& menu) { menu.Parent().Get<Menu>("mPopExit").UserClick(); });
+  w.popup.UserMouseMove(0, 0, 517.0 * w.services.twipsPerPixelX, 0);  // right button up
+  w.host.Pump();
   EXPECT_EQ(w.host.Prompts().size(), 2U);
   EXPECT_FALSE(w.popup.Loaded()) << "the engine's Shutdown activity unloads the form";
-  EXPECT_THAT(w.log->lifecycle, Contains("ComponentEnded VellixControl"));
-  EXPECT_THAT(w.tray.calls.back().action, "Delete");
+  EXPECT_EQ(Saved(w, key), "kept");
+  // The icon goes before the component ends, as Form_Unload orders them.
+  EXPECT_EQ(w.tray.calls.back().action, "Delete");
+  const auto& life = w.log->lifecycle;
+  const auto icon = std::find(life.begin(), life.end(), "ObjectDestroyed VellixControl TrayIcon");
+  const auto ended = std::find(life.begin(), life.end(), "ComponentEnded VellixControl");
+  ASSERT_NE(ended, life.end());
+  EXPECT_LT(icon, ended);
+  EXPECT_THAT(w.Problems(), IsEmpty());
 }
 
 TEST(StateMachine, TrayGesturesAndMinimisingReachTheWindowTheMachineAndTheMenu) {

@@ -15,36 +15,18 @@ namespace {
 
 using qtview::QtWebBrowser;
 
-// Sets environment variables for one test and puts them back after it.
-class EnvironmentScope {
- public:
-  void Set(const char* name, const QByteArray& value) {
-    Keep(name);
-    qputenv(name, value);
+// Environment variables changed for one test, put back after it.
+struct EnvironmentScope {
+  void Set(const char* name, const std::optional<QByteArray>& value) {
+    if (saved.count(name) == 0)
+      saved[name] = qEnvironmentVariableIsSet(name) ? std::optional(qgetenv(name)) : std::nullopt;
+    value ? qputenv(name, *value) : qunsetenv(name);
   }
-  void Unset(const char* name) {
-    Keep(name);
-    qunsetenv(name);
-  }
-  EnvironmentScope() = default;
-  EnvironmentScope(const EnvironmentScope&) = delete;
-  EnvironmentScope& operator=(const EnvironmentScope&) = delete;
   ~EnvironmentScope() {
-    for (const auto& [name, value] : saved_) {
-      if (value) {
-        qputenv(name.c_str(), *value);
-      } else {
-        qunsetenv(name.c_str());
-      }
-    }
+    for (const auto& [name, value] : saved)
+      value ? qputenv(name.c_str(), *value) : qunsetenv(name.c_str());
   }
-
- private:
-  void Keep(const char* name) {
-    if (saved_.count(name) != 0) return;
-    saved_[name] = qEnvironmentVariableIsSet(name) ? std::optional(qgetenv(name)) : std::nullopt;
-  }
-  std::map<std::string, std::optional<QByteArray>> saved_;
+  std::map<std::string, std::optional<QByteArray>> saved;
 };
 
 class WebBrowser : public ::testing::Test {
@@ -60,7 +42,7 @@ class WebBrowser : public ::testing::Test {
     env.Set("PATH", dir.filePath("bin").toLocal8Bit());
     for (const char* name : {"BROWSER", "DEFAULT_BROWSER", "XDG_CURRENT_DESKTOP", "DESKTOP_SESSION",
                              "KDE_FULL_SESSION", "GNOME_DESKTOP_SESSION_ID"})
-      env.Unset(name);
+      env.Set(name, std::nullopt);
   }
 
   void Script(const char* name, const QByteArray& body) {
