@@ -473,7 +473,7 @@ class Processor::Pass {
 
   void Run() {
     core_.MonitorShared()->PassUnderWay(true);
-    Activity("Start", true);
+    Activity("Start", true, false);
     std::vector<AgentData> agents;
     std::vector<PeriodData> periods;
     {
@@ -501,11 +501,11 @@ class Processor::Pass {
     if (Stopped()) {
       Status(kProcessingStopped);
       core_.MonitorShared()->PassUnderWay(false);
-      Activity("Stop", false);
+      Activity("Stop", false, true);
     } else {
       Status(kProcessingComplete);
       core_.MonitorShared()->PassUnderWay(false);
-      Activity("Complete", false);
+      Activity("Complete", false, true);
     }
   }
 
@@ -578,6 +578,7 @@ class Processor::Pass {
       Status(kImportingStarted);
       for (size_t f = 0; f < plan.imports.size() && !Stopped(); ++f)
         FileFolder(plan.imports[f], plan.toImport[f], imported_);
+      folderRef_ = nullptr;
       if (!Stopped()) {
         // The import has run: the Import panel waits for this.
         const auto lock = core_.Lock();
@@ -590,6 +591,7 @@ class Processor::Pass {
       Status(kFilingStarted);
       for (size_t f = 0; f < plan.folders.size() && !Stopped(); ++f)
         FileFolder(plan.folders[f], plan.toFile[f], filedCount_);
+      folderRef_ = nullptr;
       Status(kFilingComplete);
     }
     if (Purges(plan.agent) && !Stopped()) {
@@ -597,6 +599,7 @@ class Processor::Pass {
       for (auto& folder : plan.folders) {
         if (Stopped() || !PurgeFolder(plan, folder)) break;
       }
+      folderRef_ = nullptr;
       Status(kPurgingComplete);
     }
     RecordAgentFigures(plan);
@@ -604,6 +607,7 @@ class Processor::Pass {
     itemRef_ = nullptr;
     store_.clear();
     Status(kAgentComplete);
+    agentRef_ = nullptr;
   }
 
   struct Group {
@@ -872,13 +876,22 @@ class Processor::Pass {
     if (!channel_->Enqueue(std::move(entry), channel_)) stopped_ = true;
   }
 
-  void Activity(const std::string& text, bool processing) {
+  // The last word of a pass is queued even when the panel lags behind; with
+  // last, the pass is over in the same step, so that whoever waits for its
+  // end finds the word queued.
+  void Activity(const std::string& text, bool processing, bool last) {
     ChannelEntry entry;
     entry.kind = ChannelEntry::Kind::kActivity;
     entry.text = text;
     entry.snapshot = Snapshot(processing);
-    // The last word of a pass is queued even when the panel lags behind.
     std::lock_guard lock(channel_->mutex);
+    if (last) {
+      {
+        std::lock_guard state(owner_.mutex_);
+        owner_.active_ = false;
+      }
+      ++owner_.passesDone_;
+    }
     if (channel_->closed) return;
     channel_->queue.push_back(std::move(entry));
     if (!channel_->drainPosted) {
@@ -1016,15 +1029,6 @@ void Processor::WorkerLoop() {
       at = wantedAt_;
     }
     Pass(*this, *core_, at).Run();
-    {
-      std::lock_guard lock(mutex_);
-      active_ = false;
-    }
-    {
-      std::lock_guard lock(channel_->mutex);
-      channel_->changed.notify_all();
-    }
-    ++passesDone_;
   }
 }
 
