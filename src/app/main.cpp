@@ -15,7 +15,6 @@
 #include "app/app_servers.h"
 #include "app/first_paint_watch.h"
 #include "app/first_run_script.h"
-#include "app/profile_forecast.h"
 #include "app/single_instance.h"
 #include "dialogs/frm_predictive_start.h"
 #include "dialogs/frm_purge_notice.h"
@@ -28,6 +27,7 @@
 #include "platform/desktop/xdg_shell.h"
 #include "platform/outlook/profile_mail_program.h"
 #include "servers/config/data_paths.h"
+#include "servers/engine/processor.h"
 #include "shell/frm_icon_timer.h"
 #include "shell/frm_popup.h"
 #include "view/qt/qt_host.h"
@@ -138,11 +138,16 @@ int main(int argc, char** argv) {
   qtview::QtWebBrowser browser(
       [mapping](const std::string& path) { return mapping.ToNative(path).string(); });
   app::AppServers servers(paths, exeDir / "CommonFormat.xml", mapping, clock, host);
-  servers.makeProcessingHooks = [&mail] {
-    return std::make_unique<app::ProfileForecast>([&mail] {
+  // The engine's passes run on a worker of their own; their events and their
+  // use of the mail profile come back to this thread through the host.
+  servers.makeProcessingHooks = [&mail, &host] {
+    engine::ProcessorOptions work;
+    work.post = [&host](std::function<void()> fn) { host.Post(std::move(fn)); };
+    work.profile = [&mail] {
       mail.CreateApplication();  // the profile is read on first use
       return mail.Profile();
-    });
+    };
+    return std::make_unique<engine::Processor>(std::move(work));
   };
   const Services services{
       .clock = clock,

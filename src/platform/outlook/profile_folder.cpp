@@ -75,6 +75,14 @@ void ProfileFolder::AddItem(ProfileItem item) {
   items_.push_back(std::move(item));
 }
 
+int32_t ProfileFolder::RemoveItems(const std::unordered_set<std::string>& keys) {
+  const auto removed =
+      std::erase_if(items_, [&](const ProfileItem& item) { return keys.contains(item.key); });
+  for (const auto& key : keys)
+    keys_.erase(key);
+  return static_cast<int32_t>(removed);
+}
+
 int32_t ProfileFolder::DescendantCount() const {
   int32_t count = 0;
   for (const auto& child : children_)

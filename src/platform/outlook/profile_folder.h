@@ -51,6 +51,8 @@ class ProfileFolder : public MAPIFolder, public std::enable_shared_from_this<Pro
   // Message-ID, or one made from the folder and what the item says.
   void AddItem(ProfileItem item);
   [[nodiscard]] const std::vector<ProfileItem>& Items() const { return items_; }
+  // Takes the items with these keys out of the folder; how many went.
+  int32_t RemoveItems(const std::unordered_set<std::string>& keys);
 
   // Folders and items in this folder and all below it, this folder excluded
   // from the folder count.

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -48,6 +49,11 @@ class EngineCore : public std::enable_shared_from_this<EngineCore> {
   [[nodiscard]] const std::string& Notice() const { return notice_; }
   [[nodiscard]] const std::string& OpenError() const { return openError_; }
 
+  // The data are shared with the processing worker: whoever reads or writes
+  // them holds this lock, and nobody holds it while waiting for the panel.
+  [[nodiscard]] std::unique_lock<std::recursive_mutex> Lock() const {
+    return std::unique_lock(mutex_);
+  }
   [[nodiscard]] EngineData& Data() { return data_; }
   [[nodiscard]] EngineSettings& Settings() { return data_.settings; }
   [[nodiscard]] Date Now() const { return clock_.Now(); }
@@ -92,6 +98,9 @@ class EngineCore : public std::enable_shared_from_this<EngineCore> {
   // store file; problems are logged, never raised.
   void EnsureCurrentPeriod();
   bool AttachPeriod(std::string_view fileName);
+  // The period whose span holds the moment, made with its store file when
+  // there is none yet; nothing, with why set, when it can't be made.
+  PeriodData* EnsurePeriodFor(Date when, std::string* why);
   // The backup folder exists and a file can be made in it.
   bool BackupLocationAvailable() const;
   // A finished backup run: LastBackup is now, the next one is scheduled a
@@ -145,6 +154,7 @@ class EngineCore : public std::enable_shared_from_this<EngineCore> {
   std::shared_ptr<outlook::MailProfile> Profile();
   void ShowStore(outlook::MailProfile& profile, const PeriodData& period);
 
+  mutable std::recursive_mutex mutex_;
   std::filesystem::path file_;
   desktop::PathMapping paths_;
   const Clock& clock_;

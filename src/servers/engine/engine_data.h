@@ -84,6 +84,8 @@ struct EngineSettings {
   int32_t backupPolicy = 0;
   bool backupUnattended = false;
   std::string historyName = "History";
+  // Minutes between two processing passes while the engine runs.
+  int32_t passMinutes = 5;
 
   friend bool operator==(const EngineSettings&, const EngineSettings&) = default;
 };

@@ -51,6 +51,7 @@ const Field<EngineSettings> kSettingsFields[] = {
     {"BackupPolicy", &EngineSettings::backupPolicy},
     {"BackupUnattended", &EngineSettings::backupUnattended},
     {"HistoryName", &EngineSettings::historyName},
+    {"PassMinutes", &EngineSettings::passMinutes},
 };
 // Written after the settings' own fields, on the same element.
 constexpr const char* kNextAgentId = "NextAgentId";

@@ -19,126 +19,190 @@ EngineServer::EngineServer(std::filesystem::path engineFile, desktop::PathMappin
     : core_(std::make_shared<EngineCore>(std::move(engineFile), std::move(paths), clock,
                                          std::move(log), std::move(hooks))) {
   core_->Engine(this);
-  core_->Load();
-  // An engine that was running when it last closed takes up its work again.
-  if (core_->OpenError().empty() && core_->Settings().running) {
-    core_->EnsureCurrentPeriod();
-    core_->Hooks().Started(*core_);
+  bool resume = false;
+  {
+    const auto lock = core_->Lock();
+    core_->Load();
+    // An engine that was running when it last closed takes up its work again.
+    resume = core_->OpenError().empty() && core_->Settings().running;
+    if (resume) core_->EnsureCurrentPeriod();
   }
+  if (resume) core_->Hooks().Started(*core_);
 }
 
 EngineServer::~EngineServer() {
+  core_->Hooks().Shutdown(*core_, false);
   core_->Engine(nullptr);
 }
 
 void EngineServer::Announce() {
-  core_->Call(kObject, "Announce");
-  Report(ReportKind::Configured, core_->Settings().configured);
-  if (core_->Settings().running) Report(ReportKind::Run, true);
+  bool configured = false;
+  bool running = false;
+  {
+    const auto lock = core_->Lock();
+    core_->Call(kObject, "Announce");
+    configured = core_->Settings().configured;
+    running = core_->Settings().running;
+  }
+  Report(ReportKind::Configured, configured);
+  if (running) Report(ReportKind::Run, true);
 }
 
 bool EngineServer::Configured() {
+  const auto lock = core_->Lock();
   core_->Read("Configured");
   return core_->Settings().configured;
 }
 
 void EngineServer::Configured(bool value) {
-  core_->Call(kObject, "put Configured", JournalText(value));
-  if (core_->Settings().configured == value) return;
+  bool running = false;
+  {
+    const auto lock = core_->Lock();
+    core_->Call(kObject, "put Configured", JournalText(value));
+    if (core_->Settings().configured == value) return;
+    running = core_->Settings().running;
+  }
   // Back to quick setup means no more work: the engine stops first.
-  if (!value && core_->Settings().running) StopRunning();
-  core_->Settings().configured = value;
-  core_->Save();
+  if (!value && running) StopRunning();
+  {
+    const auto lock = core_->Lock();
+    core_->Settings().configured = value;
+    core_->Save();
+  }
   Report(ReportKind::Configured, value);
 }
 
 bool EngineServer::Running() {
+  const auto lock = core_->Lock();
   core_->Read("Running");
   return core_->Settings().running;
 }
 
 void EngineServer::Running(bool value) {
-  core_->Call(kObject, "put Running", JournalText(value));
-  EngineSettings& settings = core_->Settings();
-  if (settings.running == value) return;
+  bool configured = false;
+  {
+    const auto lock = core_->Lock();
+    core_->Call(kObject, "put Running", JournalText(value));
+    if (core_->Settings().running == value) return;
+    configured = core_->Settings().configured;
+  }
   if (!value) {
     StopRunning();
     return;
   }
   // An engine with no configuration has nothing to run: it says it stays stopped.
-  if (!settings.configured) {
+  if (!configured) {
     Report(ReportKind::Run, false);
     return;
   }
-  settings.running = true;
-  core_->Save();
-  core_->EnsureCurrentPeriod();
+  {
+    const auto lock = core_->Lock();
+    core_->Settings().running = true;
+    core_->Save();
+    core_->EnsureCurrentPeriod();
+  }
   Report(ReportKind::Run, true);
   core_->Hooks().Started(*core_);
 }
 
 void EngineServer::StopRunning() {
   core_->Hooks().Stopping(*core_);
-  core_->Settings().running = false;
-  core_->Save();
+  {
+    const auto lock = core_->Lock();
+    core_->Settings().running = false;
+    core_->Save();
+  }
   Report(ReportKind::Run, false);
 }
 
 void EngineServer::Shutdown() {
-  core_->Call(kObject, "Shutdown");
-  core_->Save();
+  {
+    const auto lock = core_->Lock();
+    core_->Call(kObject, "Shutdown");
+  }
+  // A pass under way ends first, and its last events come before the answer.
+  core_->Hooks().Shutdown(*core_, true);
+  {
+    const auto lock = core_->Lock();
+    core_->Save();
+  }
   if (!silentShutdown_) OnActivity.Raise("Shutdown");
 }
 
 std::string EngineServer::LoggingLevel() {
+  const auto lock = core_->Lock();
   core_->Read("LoggingLevel");
   return core_->Settings().loggingLevel;
 }
 
 void EngineServer::LoggingLevel(const std::string& value) {
+  const auto lock = core_->Lock();
   core_->Call(kObject, "put LoggingLevel", value);
   core_->Settings().loggingLevel = value;
   core_->Save();
 }
 
 Ref<EngineConfig> EngineServer::Config() {
+  const auto lock = core_->Lock();
   core_->Read("Config");
   return core_->NewConfigObject();
 }
 
 Ref<::vellix::Monitor> EngineServer::Monitor() {
+  const auto lock = core_->Lock();
   core_->Read("Monitor");
   return Ref<::vellix::Monitor>(core_->MonitorShared());
 }
 
 int32_t EngineServer::ForecastItemCount() {
-  core_->Call(kObject, "ForecastItemCount");
+  {
+    const auto lock = core_->Lock();
+    core_->Call(kObject, "ForecastItemCount");
+  }
   return core_->Hooks().ForecastItemCount(*core_);
 }
 
 void EngineServer::Flush() {
-  core_->Call(kObject, "Flush");
+  {
+    const auto lock = core_->Lock();
+    core_->Call(kObject, "Flush");
+  }
   core_->Hooks().Flush(*core_);
 }
 
 void EngineServer::BackupManagerOpen(bool open) {
-  core_->Call(kObject, "BackupManagerOpen", JournalText(open));
+  {
+    const auto lock = core_->Lock();
+    core_->Call(kObject, "BackupManagerOpen", JournalText(open));
+  }
   core_->Hooks().BackupManagerOpen(*core_, open);
 }
 
 void EngineServer::BackupFinished() {
-  core_->Call(kObject, "BackupFinished");
-  core_->RecordBackupRun();
+  {
+    const auto lock = core_->Lock();
+    core_->Call(kObject, "BackupFinished");
+    core_->RecordBackupRun();
+  }
   core_->Hooks().BackupFinished(*core_);
 }
 
 bool EngineServer::RecoverConfig(const std::string& source, const std::string& destination,
                                  const std::string& configFile) {
-  core_->Call(kObject, "RecoverConfig", source + ", " + destination + ", " + configFile);
-  if (core_->FailRecoverConfig()) return false;
-  const bool wasConfigured = core_->Settings().configured;
-  if (core_->Settings().running) StopRunning();
-  if (!core_->Recover(source, destination, configFile)) return false;
+  bool wasConfigured = false;
+  bool running = false;
+  {
+    const auto lock = core_->Lock();
+    core_->Call(kObject, "RecoverConfig", source + ", " + destination + ", " + configFile);
+    if (core_->FailRecoverConfig()) return false;
+    wasConfigured = core_->Settings().configured;
+    running = core_->Settings().running;
+  }
+  if (running) StopRunning();
+  {
+    const auto lock = core_->Lock();
+    if (!core_->Recover(source, destination, configFile)) return false;
+  }
   // The recovered configuration waits for the panel to declare it finished.
   if (wasConfigured) Report(ReportKind::Configured, false);
   return true;
@@ -175,18 +239,23 @@ const CallJournal& EngineServer::Journal() const {
   return core_->Journal();
 }
 void EngineServer::ClearJournal() {
+  const auto lock = core_->Lock();
   core_->Journal().Clear();
 }
 void EngineServer::RefuseSetPeriodFormat(bool refuse) {
+  const auto lock = core_->Lock();
   core_->RefuseSetPeriodFormat(refuse);
 }
 void EngineServer::FailRecoverConfig(bool fail) {
+  const auto lock = core_->Lock();
   core_->FailRecoverConfig(fail);
 }
 void EngineServer::FailCall(const std::string& operation, int32_t number, int times) {
+  const auto lock = core_->Lock();
   core_->FailCall(operation, number, times);
 }
 void EngineServer::ClearFaults() {
+  const auto lock = core_->Lock();
   core_->ClearFaults();
 }
 void EngineServer::DelayReports(bool delay) {

@@ -6,23 +6,20 @@ namespace vellix::engine {
 
 void MonitorObject::SetInHand(Ref<Agent> agent, Ref<MAPIFolder> folder, Ref<OutlookItem> item,
                               std::string store) {
-  agent_ = std::move(agent);
-  folder_ = std::move(folder);
-  item_ = std::move(item);
-  store_ = std::move(store);
+  shown_.agent = std::move(agent);
+  shown_.folder = std::move(folder);
+  shown_.item = std::move(item);
+  shown_.store = std::move(store);
 }
 
 void MonitorObject::SetCounts(Collection<Ref<ActivityCount>> progress,
                               Collection<Ref<ActivityCount>> forecast) {
-  progress_ = std::move(progress);
-  forecast_ = std::move(forecast);
+  shown_.progress = std::move(progress);
+  shown_.forecast = std::move(forecast);
 }
 
 void MonitorObject::Clear() {
-  processing_ = false;
-  SetInHand(nullptr, nullptr, nullptr, {});
-  progress_.Clear();
-  forecast_.Clear();
+  shown_ = MonitorSnapshot();
 }
 
 }  // namespace vellix::engine

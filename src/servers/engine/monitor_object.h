@@ -1,25 +1,47 @@
 #pragma once
 
+#include <atomic>
 #include <string>
+#include <utility>
 
 #include "foundation/monitor.h"
 
 namespace vellix::engine {
 
-// The engine's one monitor. Between runs it reports nothing in hand; a
-// processing run sets what it works on and raises OnProcessingStatus.
+// What the monitor shows at one step of a processing run.
+struct MonitorSnapshot {
+  bool processing = false;
+  Ref<Agent> agent;
+  Ref<MAPIFolder> folder;
+  Ref<OutlookItem> item;
+  std::string store;
+  Collection<Ref<ActivityCount>> progress;
+  Collection<Ref<ActivityCount>> forecast;
+};
+
+// The engine's one monitor. A run works on a worker thread, but the panel
+// reads the monitor on its own thread while it handles a status event: it
+// then sees the step that event reports (the snapshot delivered with it),
+// never a later one. Processing is also true while a pass is under way
+// whose start has not reached the panel yet, so that nothing (a backup) starts
+// beside it.
 class MonitorObject final : public Monitor {
  public:
-  bool Processing() override { return processing_; }
-  Ref<Agent> CurrentAgent() override { return agent_; }
-  Ref<MAPIFolder> CurrentFolder() override { return folder_; }
-  Ref<OutlookItem> CurrentItem() override { return item_; }
-  std::string CurrentStore() override { return store_; }
-  Collection<Ref<ActivityCount>> Progress() override { return progress_; }
-  Collection<Ref<ActivityCount>> Forecast() override { return forecast_; }
+  bool Processing() override { return shown_.processing || passUnderWay_.load(); }
+  Ref<Agent> CurrentAgent() override { return shown_.agent; }
+  Ref<MAPIFolder> CurrentFolder() override { return shown_.folder; }
+  Ref<OutlookItem> CurrentItem() override { return shown_.item; }
+  std::string CurrentStore() override { return shown_.store; }
+  Collection<Ref<ActivityCount>> Progress() override { return shown_.progress; }
+  Collection<Ref<ActivityCount>> Forecast() override { return shown_.forecast; }
 
-  // For processing runs.
-  void SetProcessing(bool processing) { processing_ = processing; }
+  // On the panel's thread: what the reads give from now on.
+  void Show(MonitorSnapshot snapshot) { shown_ = std::move(snapshot); }
+  // From any thread: a pass is going on the worker.
+  void PassUnderWay(bool value) { passUnderWay_.store(value); }
+
+  // For processing runs on the panel's thread.
+  void SetProcessing(bool processing) { shown_.processing = processing; }
   void SetInHand(Ref<Agent> agent, Ref<MAPIFolder> folder, Ref<OutlookItem> item,
                  std::string store);
   void SetCounts(Collection<Ref<ActivityCount>> progress, Collection<Ref<ActivityCount>> forecast);
@@ -27,13 +49,8 @@ class MonitorObject final : public Monitor {
   void Clear();
 
  private:
-  bool processing_ = false;
-  Ref<Agent> agent_;
-  Ref<MAPIFolder> folder_;
-  Ref<OutlookItem> item_;
-  std::string store_;
-  Collection<Ref<ActivityCount>> progress_;
-  Collection<Ref<ActivityCount>> forecast_;
+  MonitorSnapshot shown_;
+  std::atomic<bool> passUnderWay_{false};
 };
 
 }  // namespace vellix::engine

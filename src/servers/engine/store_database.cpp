@@ -411,6 +411,13 @@ bool StoreDatabase::Holds(std::string_view key) const {
   return rc == SQLITE_ROW;
 }
 
+std::unordered_map<std::string, Date> StoreDatabase::FiledKeys() const {
+  std::unordered_map<std::string, Date> keys;
+  state_->Query("SELECT item_key, filed FROM items",
+                [&](const Statement& row) { keys.emplace(row.Text(0), Date(row.Real(1))); });
+  return keys;
+}
+
 int64_t StoreDatabase::ItemCount() const {
   int64_t count = 0;
   state_->Query("SELECT count(*) FROM items", [&](const Statement& row) { count = row.Int(0); });

@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "foundation/date.h"
@@ -80,6 +81,8 @@ class StoreDatabase {
   FileOutcome FileItem(const StoreItem& item, Date filed);
 
   [[nodiscard]] bool Holds(std::string_view key) const;
+  // Every key the store holds, with the time it was filed.
+  [[nodiscard]] std::unordered_map<std::string, Date> FiledKeys() const;
   [[nodiscard]] int64_t ItemCount() const;
   // The earliest and latest received date of the items; zero when empty.
   [[nodiscard]] Date FirstEntry() const;

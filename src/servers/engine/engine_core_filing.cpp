@@ -1,0 +1,57 @@
+// The periods that filing needs: the one holding an item's date, made with
+// its store file on first use.
+#include <algorithm>
+
+#include "foundation/format.h"
+#include "foundation/text.h"
+#include "servers/engine/engine_core.h"
+#include "servers/engine/period_calendar.h"
+#include "servers/engine/store_file.h"
+
+namespace vellix::engine {
+
+PeriodData* EngineCore::EnsurePeriodFor(Date when, std::string* why) {
+  const auto lock = Lock();
+  for (auto& period : data_.periods) {
+    if (period.start <= when && when < period.end) return &period;
+  }
+  const EngineSettings& s = data_.settings;
+  if (Trim(s.storeLocation).empty()) {
+    *why = "no store location is set";
+    return nullptr;
+  }
+  PeriodSpan span;
+  std::string name;
+  try {
+    span = PeriodCovering(s.referenceDate, s.periodCount, s.periodUnits, when);
+    name = Trim(ExpandStoreName(s.periodFormat, span, Locale::English()));
+  } catch (const VbError& e) {
+    *why = "its period can't be worked out: " + e.Description();
+    return nullptr;
+  }
+  std::replace_if(name.begin(), name.end(), IsForbiddenInFileName, '-');
+  if (name.empty()) name = "Period";
+  name = FreePeriodName(name);
+
+  const std::string fileName = JoinLogic(s.storeLocation, name + ".pst");
+  const auto native = Native(fileName);
+  std::error_code ec;
+  std::filesystem::create_directories(native.parent_path(), ec);
+  std::string error;
+  // A store left from before (a reset configuration) is taken up again.
+  if (!CreateStoreFile(native, name, span.start, span.end, &error) &&
+      !InspectStoreFile(native).isStore) {
+    *why = "the store file " + fileName + " can't be made: " + error;
+    return nullptr;
+  }
+  PeriodData period;
+  period.name = name;
+  period.fileName = fileName;
+  period.start = span.start;
+  period.end = span.end;
+  data_.periods.push_back(std::move(period));
+  Save();
+  return &data_.periods.back();
+}
+
+}  // namespace vellix::engine
