@@ -27,9 +27,12 @@ bool IsContainer(const Control& control) {
 // The controls of a container in the order Tab visits them: rows from the
 // top, each row from the left, a container's own controls where it lies. A
 // control joins a row while its top lies above the middle of the row's first
-// control, so a field and its button a few twips lower count as one row.
+// control, so a field and its button a few twips lower count as one row. A
+// container `descend` refuses (one with no widget yet) is passed over: none
+// of its controls can have a widget either.
+template <class Descend>
 void AppendInTabOrder(const Form& form, const std::string& container, std::vector<Control*>& out,
-                      std::unordered_set<const Control*>& seen) {
+                      std::unordered_set<const Control*>& seen, const Descend& descend) {
   std::vector<Control*> children;
   for (Control* child : form.ChildrenOf(container)) {
     if (child->Kind() != ControlKind::Menu && child->Kind() != ControlKind::Timer &&
@@ -48,7 +51,8 @@ void AppendInTabOrder(const Form& form, const std::string& container, std::vecto
                      [](const Control* a, const Control* b) { return a->Left() < b->Left(); });
     for (size_t i = begin; i < end; ++i) {
       out.push_back(children[i]);
-      if (IsContainer(*children[i])) AppendInTabOrder(form, children[i]->Name(), out, seen);
+      if (IsContainer(*children[i]) && descend(*children[i]))
+        AppendInTabOrder(form, children[i]->Name(), out, seen, descend);
     }
     begin = end;
   }
@@ -223,8 +227,10 @@ std::vector<QWidget*> FormWindow::TabWidgets() const {
   if (form_ == nullptr) return widgets;
   std::vector<Control*> order;
   std::unordered_set<const Control*> seen;
-  AppendInTabOrder(*form_, "", order, seen);
+  AppendInTabOrder(*form_, "", order, seen,
+                   [this](const Control& container) { return Built(container.Name()) != nullptr; });
   // Controls whose container is missing lie on the form; they come last.
+  // (Those of a container passed over have no widget and drop out below.)
   for (Control* control : form_->Controls()) {
     if (seen.count(control) == 0) order.push_back(control);
   }
