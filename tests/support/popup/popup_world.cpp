@@ -93,9 +93,22 @@ void PopupWorld::PresetHidden(bool hidden) {
   root->Commit("");
 }
 
-void PopupWorld::OpenEngine() {
+void PopupWorld::OpenEngine(std::unique_ptr<engine::ProcessingHooks> hooks) {
   engine = std::make_shared<engine::EngineServer>(
-      dir / "Engine.xml", desktop::PathMapping(dir / "data"), clock, nullptr);
+      dir / "Engine.xml", desktop::PathMapping(dir / "data"), clock, nullptr, std::move(hooks));
+}
+
+engine::Processor& PopupWorld::UseProcessor() {
+  engine::ProcessorOptions work;
+  work.post = [this](std::function<void()> fn) { host.Post(std::move(fn)); };
+  work.profile = [this] {
+    mail->CreateApplication();  // the profile is read on first use
+    return mail->Profile();
+  };
+  auto processor = std::make_unique<engine::Processor>(std::move(work));
+  engine::Processor& made = *processor;
+  OpenEngine(std::move(processor));
+  return made;
 }
 
 void PopupWorld::ReopenServers() {

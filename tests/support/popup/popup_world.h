@@ -16,6 +16,7 @@
 #include "platform/outlook/profile_mail_program.h"
 #include "servers/config/config_server.h"
 #include "servers/engine/engine_server.h"
+#include "servers/engine/processor.h"
 #include "shell/frm_icon_timer.h"
 #include "shell/frm_popup.h"
 #include "support/popup/recording_config.h"
@@ -48,6 +49,10 @@ class PopupWorld : public ServerFactory {
   // A restart's servers: the configuration tree and the engine again from
   // the files in the folder.
   void ReopenServers();
+  // The engine again from its file, now with its processing passes: their
+  // events come through the scripted host's Post, their profile is the mail
+  // program's.
+  engine::Processor& UseProcessor();
 
   // The engine's journal texts, and the state machine's trace lines.
   [[nodiscard]] std::vector<std::string> Journal() const;
@@ -93,7 +98,7 @@ class PopupWorld : public ServerFactory {
   FrmPopup popup;
 
  private:
-  void OpenEngine();
+  void OpenEngine(std::unique_ptr<engine::ProcessingHooks> hooks = nullptr);
 };
 
 }  // namespace vellix::test
