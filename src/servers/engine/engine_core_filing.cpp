@@ -17,7 +17,7 @@ PeriodData* EngineCore::EnsurePeriodFor(Date when, std::string* why) {
   }
   const EngineSettings& s = data_.settings;
   if (Trim(s.storeLocation).empty()) {
-    *why = "no store location is set";
+    *why = "No store location is set, so no period store can be made";
     return nullptr;
   }
   PeriodSpan span;
@@ -26,9 +26,10 @@ PeriodData* EngineCore::EnsurePeriodFor(Date when, std::string* why) {
     span = PeriodCovering(s.referenceDate, s.periodCount, s.periodUnits, when);
     name = Trim(ExpandStoreName(s.periodFormat, span, Locale::English()));
   } catch (const VbError& e) {
-    *why = "its period can't be worked out: " + e.Description();
+    *why = "The period of the date can't be worked out: " + e.Description();
     return nullptr;
   }
+  // A format from an edited file may still give a name no file can have.
   std::replace_if(name.begin(), name.end(), IsForbiddenInFileName, '-');
   if (name.empty()) name = "Period";
   name = FreePeriodName(name);
@@ -41,7 +42,7 @@ PeriodData* EngineCore::EnsurePeriodFor(Date when, std::string* why) {
   // A store left from before (a reset configuration) is taken up again.
   if (!CreateStoreFile(native, name, span.start, span.end, &error) &&
       !InspectStoreFile(native).isStore) {
-    *why = "the store file " + fileName + " can't be made: " + error;
+    *why = "The store file " + fileName + " can't be made: " + error;
     return nullptr;
   }
   PeriodData period;

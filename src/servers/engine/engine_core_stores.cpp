@@ -88,49 +88,13 @@ void EngineCore::RecordBackupRun() {
 }
 
 void EngineCore::EnsureCurrentPeriod() {
-  const EngineSettings& s = data_.settings;
-  if (Trim(s.storeLocation).empty()) {
-    Log("EnsureCurrentPeriod", "No store location is set, so no period store can be made");
+  const size_t before = data_.periods.size();
+  std::string why;
+  if (EnsurePeriodFor(Now(), &why) == nullptr) {
+    Log("EnsureCurrentPeriod", why);
     return;
   }
-  const Date now = Now();
-  const bool covered =
-      std::any_of(data_.periods.begin(), data_.periods.end(),
-                  [now](const PeriodData& p) { return p.start <= now && now < p.end; });
-  if (covered) return;
-
-  PeriodSpan span;
-  std::string name;
-  try {
-    span = PeriodCovering(s.referenceDate, s.periodCount, s.periodUnits, now);
-    name = Trim(ExpandStoreName(s.periodFormat, span, Locale::English()));
-  } catch (const VbError& e) {
-    Log("EnsureCurrentPeriod",
-        "The period of the present time can't be worked out: " + e.Description());
-    return;
-  }
-  // A format from an edited file may still give a name no file can have.
-  std::replace_if(name.begin(), name.end(), IsForbiddenInFileName, '-');
-  if (name.empty()) name = "Period";
-  name = FreePeriodName(name);
-
-  const std::string fileName = JoinLogic(s.storeLocation, name + ".pst");
-  const auto native = Native(fileName);
-  std::string error;
-  if (!CreateStoreFile(native, name, span.start, span.end, &error) &&
-      !InspectStoreFile(native).isStore) {
-    // A store file left from before (a reset configuration) is taken up again.
-    Log("EnsureCurrentPeriod", "The store file " + fileName + " can't be made: " + error);
-    return;
-  }
-  PeriodData period;
-  period.name = name;
-  period.fileName = fileName;
-  period.start = span.start;
-  period.end = span.end;
-  data_.periods.push_back(std::move(period));
-  Save();
-  ShowStore(data_.periods.back());
+  if (data_.periods.size() > before) ShowStore(data_.periods.back());
 }
 
 bool EngineCore::AttachPeriod(std::string_view fileName) {
