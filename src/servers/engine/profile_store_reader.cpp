@@ -18,8 +18,8 @@ namespace {
 // The item type a folder of the store shows: a default folder's own (its
 // English name), else its parent's.
 int32_t ItemTypeOf(const std::string& name, int32_t parentType) {
-  for (const auto& spec : outlook::EnglishDefaultFolders()) {
-    if (EqualsText(spec.name, name)) return spec.itemType;
+  for (const auto& folder : outlook::EnglishDefaultFolders()) {
+    if (EqualsText(folder.name, name)) return folder.itemType;
   }
   return parentType;
 }
