@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "dialogs/frm_predictive_start.h"
-#include "dialogs/frm_purge_notice.h"
 #include "forms/texts.h"
 #include "foundation/config_node.h"
 #include "foundation/engine.h"
@@ -514,23 +513,6 @@ void FrmPopup::mobjVellix_Activity(const std::string& activity) {
       lastActivityTime_ = ctx_.Now();
       Unload();
     }
-  });
-}
-
-void FrmPopup::mobjVellix_Notify(int32_t type, const Ref<PurgeDetails>& details, int16_t& result) {
-  Frame frame(ctx_, kModule, "mobjVellix_Notify");
-  frame.Run([&] {
-    // The backup manager must not open over the question.
-    tmrBackupTimer.Enabled(false);
-    if (type == 0 && forms_.purgeNotice != nullptr) {
-      FrmPurgeNotice& notice = *forms_.purgeNotice;
-      notice.Details(details);
-      notice.Show(true);
-      result = CInt(notice.Result());
-    }
-    // Also where the timer was off before: its tick tests for work first.
-    // A failure above leaves it off.
-    tmrBackupTimer.Enabled(true);
   });
 }
 

@@ -4,10 +4,12 @@
 #include <string>
 
 #include "dialogs/frm_predictive_start.h"
+#include "dialogs/frm_purge_notice.h"
 #include "foundation/config_node.h"
 #include "foundation/engine.h"
 #include "foundation/error_log.h"
 #include "foundation/frame.h"
+#include "foundation/runtime.h"
 #include "foundation/scoped_value.h"
 #include "foundation/trace_names.h"
 #include "foundation/tray_platform.h"
@@ -307,6 +309,23 @@ void FrmPopup::QuickSetupOKSteps() {
     mobjVellix_->Running(true);
   }
   ctx_.Host().MsgBox(Text(key), MsgButtons::OK, "");
+}
+
+void FrmPopup::mobjVellix_Notify(int32_t type, const Ref<PurgeDetails>& details, int16_t& result) {
+  Frame frame(ctx_, "frmPopup", "mobjVellix_Notify");
+  frame.Run([&] {
+    // The backup manager must not open over the question.
+    tmrBackupTimer.Enabled(false);
+    if (type == 0 && forms_.purgeNotice != nullptr) {
+      FrmPurgeNotice& notice = *forms_.purgeNotice;
+      notice.Details(details);
+      notice.Show(true);
+      result = CInt(notice.Result());
+    }
+    // Also where the timer was off before: its tick tests for work first.
+    // A failure above leaves it off.
+    tmrBackupTimer.Enabled(true);
+  });
 }
 
 }  // namespace vellix
