@@ -1,5 +1,6 @@
 #pragma once
 
+#include "activity/processing_log.h"
 #include "forms/panel.h"
 #include "foundation/controls.h"
 
@@ -7,12 +8,13 @@ namespace vellix {
 
 // The Activity log tab (picLo): the log box and the engine's logging level.
 // The level lives in the engine; the option buttons show it, and the one
-// that is on decides whether the form holds the engine's monitor. The lines
-// of a processing run and the support message come later: the box is kept
-// empty and the diagnostics button opens nothing until they exist.
+// that is on decides whether the form holds the engine's monitor, whose
+// events put the lines of a processing run into the box.
 class LogPanel : public Panel {
  public:
-  LogPanel(PopupShell& shell, Form& form);
+  // ctx is the shell's own, handed in because the shell is still being
+  // built when its panels are.
+  LogPanel(PopupShell& shell, Form& form, Context& ctx);
 
   void Design() override;
   void Layout() override { LayoutLog(); }
@@ -28,11 +30,13 @@ class LogPanel : public Panel {
   void optLoVerbose_Click();
   void cmdLoSendDiagnostics_Click();
 
-  TextBox txtLoEntries;
+  LogBox txtLoEntries;
   OptionButton optLoOff;
   OptionButton optLoOn;
   OptionButton optLoVerbose;
   CommandButton cmdLoSendDiagnostics;
+
+  ProcessingLog processing;
 };
 
 }  // namespace vellix

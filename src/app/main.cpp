@@ -27,6 +27,7 @@
 #include "platform/desktop/xdg_shell.h"
 #include "platform/outlook/profile_mail_program.h"
 #include "servers/config/data_paths.h"
+#include "servers/engine/engine_server.h"
 #include "servers/engine/processor.h"
 #include "shell/frm_icon_timer.h"
 #include "shell/frm_popup.h"
@@ -140,14 +141,24 @@ int main(int argc, char** argv) {
   app::AppServers servers(paths, exeDir / "CommonFormat.xml", mapping, clock, host);
   // The engine's passes run on a worker of their own; their events and their
   // use of the mail profile come back to this thread through the host.
-  servers.makeProcessingHooks = [&mail, &host] {
+  const auto post = [&host](std::function<void()> fn) { host.Post(std::move(fn)); };
+  const auto mailProfile = [&mail] {
+    mail.CreateApplication();  // the profile is read on first use
+    return mail.Profile();
+  };
+  servers.makeProcessingHooks = [post, &servers] {
     engine::ProcessorOptions work;
-    work.post = [&host](std::function<void()> fn) { host.Post(std::move(fn)); };
-    work.profile = [&mail] {
-      mail.CreateApplication();  // the profile is read on first use
-      return mail.Profile();
+    work.post = post;
+    // The passes see the profile with the stores listed, as the user does.
+    work.profile = [&servers] {
+      const auto& engine = servers.Engine();
+      return engine ? engine->ShownProfile() : nullptr;
     };
     return std::make_unique<engine::Processor>(std::move(work));
+  };
+  // The period stores show in the mail profile, which lives on this thread.
+  servers.engineMade = [post, mailProfile](engine::EngineServer& engine) {
+    engine.ShowStoresIn(mailProfile, post);
   };
   const Services services{
       .clock = clock,
