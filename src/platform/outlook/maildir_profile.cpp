@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdint>
 #include <ctime>
+#include <exception>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -33,6 +34,13 @@ constexpr int kMaxDepth = 32;
 bool IsDirectory(const fs::path& path) {
   std::error_code ec;
   return fs::is_directory(path, ec);
+}
+
+// A folder a mail server made for mail that lacks what a maildir needs.
+bool HalfMaildir(const fs::path& path) {
+  std::error_code ec;
+  return IsDirectory(path / "cur") || IsDirectory(path / "new") ||
+         fs::exists(path / "maildirfolder", ec);
 }
 
 std::string Quoted(const fs::path& path) {
@@ -260,8 +268,7 @@ class TreeReader {
       if (name.size() < 2 || name[0] != '.' || name == ".." || !IsDirectory(it->path())) continue;
       if (IsMaildir(it->path())) {
         names.push_back(name);
-      } else if (IsDirectory(it->path() / "cur") || IsDirectory(it->path() / "new") ||
-                 fs::exists(it->path() / "maildirfolder", ec)) {
+      } else if (HalfMaildir(it->path())) {
         profile_.AddProblem("The Maildir folder " + Quoted(it->path()) +
                             " has no cur/ and new/ folders, so it is left out");
       }
@@ -427,6 +434,8 @@ ProfileLoad LoadMaildir(const fs::path& root) {
     TreeReader(root, *profile).Read();
   } catch (const VbError& e) {
     return {nullptr, "Mail profile " + Quoted(root) + " can't be read: " + e.Description()};
+  } catch (const std::exception& e) {
+    return {nullptr, "Mail profile " + Quoted(root) + " can't be read: " + e.what()};
   }
   profile->MakeReadOnly();
   return {profile, {}};
