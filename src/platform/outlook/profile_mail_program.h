@@ -11,13 +11,13 @@
 
 namespace vellix::outlook {
 
-// "Outlook.Application" for the desktop: the profile comes from an XML file,
-// read on the first creation and then kept, so that stores added while the
-// program runs stay. A profile that can't be read makes creation give
-// nothing, and the reason goes to the reporter; the next creation reads the
-// file again, so a user can mend it without restarting. Creating the
-// application after a Quit starts the mail program again, and it opens its
-// store files anew.
+// "Outlook.Application" for the desktop: the profile comes from an XML file
+// or a Maildir tree (maildir_profile.h), read on the first creation and then
+// kept, so that stores added while the program runs stay. A profile that
+// can't be read makes creation give nothing, and the reason goes to the
+// reporter; the next creation reads the file again, so a user can mend it
+// without restarting. Creating the application after a Quit starts the mail
+// program again, and it opens its store files anew.
 class ProfileMailProgram : public MailProgram {
  public:
   using Reporter = std::function<void(const std::string& problem)>;
