@@ -1,5 +1,8 @@
 #pragma once
 
+#include <memory>
+
+#include "activity/frm_support_message.h"
 #include "forms/panel.h"
 #include "foundation/controls.h"
 
@@ -7,9 +10,8 @@ namespace vellix {
 
 // The Activity log tab (picLo): the log box and the engine's logging level.
 // The level lives in the engine; the option buttons show it, and the one
-// that is on decides whether the form holds the engine's monitor. The lines
-// of a processing run and the support message come later: the box is kept
-// empty and the diagnostics button opens nothing until they exist.
+// that is on decides whether the form holds the engine's monitor. The
+// diagnostics button opens the support message over the box's text.
 class LogPanel : public Panel {
  public:
   LogPanel(PopupShell& shell, Form& form);
@@ -33,6 +35,10 @@ class LogPanel : public Panel {
   OptionButton optLoOn;
   OptionButton optLoVerbose;
   CommandButton cmdLoSendDiagnostics;
+
+ private:
+  // Made when first asked for: most runs never open it.
+  std::unique_ptr<FrmSupportMessage> supportMessage_;
 };
 
 }  // namespace vellix
