@@ -1,5 +1,8 @@
 #include "foundation/outlook.h"
 
+#include <string>
+#include <utility>
+
 #include "foundation/vb_error.h"
 
 namespace vellix {
