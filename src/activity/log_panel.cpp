@@ -125,8 +125,11 @@ void LogPanel::optLoVerbose_Click() {
 
 void LogPanel::cmdLoSendDiagnostics_Click() {
   Frame frame(ctx(), kModule, TraceNames::cmdLoSendDiagnostics_Click);
-  // The support message it shows comes later; until then the click does nothing.
-  frame.Run([] {});
+  frame.Run([&] {
+    if (!supportMessage_)
+      supportMessage_ = std::make_unique<FrmSupportMessage>(ctx(), ctx().Host());
+    supportMessage_->ShowModal([this] { return txtLoEntries.Text(); });
+  });
 }
 
 }  // namespace vellix

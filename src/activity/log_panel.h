@@ -1,5 +1,8 @@
 #pragma once
 
+#include <memory>
+
+#include "activity/frm_support_message.h"
 #include "activity/processing_log.h"
 #include "forms/panel.h"
 #include "foundation/controls.h"
@@ -9,7 +12,8 @@ namespace vellix {
 // The Activity log tab (picLo): the log box and the engine's logging level.
 // The level lives in the engine; the option buttons show it, and the one
 // that is on decides whether the form holds the engine's monitor, whose
-// events put the lines of a processing run into the box.
+// events put the lines of a processing run into the box. The diagnostics
+// button opens the support message over the box's text.
 class LogPanel : public Panel {
  public:
   // ctx is the shell's own, handed in because the shell is still being
@@ -37,6 +41,10 @@ class LogPanel : public Panel {
   CommandButton cmdLoSendDiagnostics;
 
   ProcessingLog processing;
+
+ private:
+  // Made when first asked for: most runs never open it.
+  std::unique_ptr<FrmSupportMessage> supportMessage_;
 };
 
 }  // namespace vellix

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "app/app_options.h"
@@ -22,10 +23,13 @@
 #include "foundation/control_startup.h"
 #include "foundation/date.h"
 #include "foundation/format.h"
+#include "platform/desktop/environment.h"
 #include "platform/desktop/path_mapping.h"
 #include "platform/desktop/posix_file_system.h"
 #include "platform/desktop/xdg_shell.h"
+#include "platform/outlook/mail_outbox.h"
 #include "platform/outlook/profile_mail_program.h"
+#include "platform/outlook/xdg_email.h"
 #include "servers/config/data_paths.h"
 #include "servers/engine/engine_server.h"
 #include "servers/engine/processor.h"
@@ -130,6 +134,18 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "vellix-control: mail profile: %s\n", problem.c_str());
   });
   mail.ChooseFoldersWith([&host](NameSpace& nameSpace) { return host.PickMailFolder(nameSpace); });
+  // Files the panel writes go to the data folder; the mail it sends lies in
+  // its outbox, and the desktop's mail program gets it where there is one.
+  const fs::path dataFolder = mapping.DataRoot();
+  std::error_code dataError;
+  fs::create_directories(dataFolder, dataError);
+  auto outbox = std::make_shared<outlook::MailOutbox>(dataFolder / "outbox");
+  outbox->ConfirmSendWith([&host](const std::string& text) {
+    return host.MsgBox(text, MsgButtons::YesNo, "") == MsgResult::Yes;
+  });
+  outbox->HandOverWith(outlook::XdgEmailHandOver(desktop::ProcessEnvironment()));
+  outbox->MapFilesWith([mapping](const std::string& path) { return mapping.ToNative(path); });
+  mail.SendMailWith(outbox);
   desktop::XdgShell shell(mapping, [&host](const std::string& title) -> std::optional<fs::path> {
     auto chosen = host.BrowseForFolder(title);
     if (!chosen) return std::nullopt;
@@ -169,6 +185,7 @@ int main(int argc, char** argv) {
       .fileSystem = &files,
       .browser = &browser,
       .exeFolder = exeDir.string(),
+      .dataFolder = dataFolder.string(),
       .locale = Locale::FromEnvironment(),
       .twipsPerPixelX = static_cast<int32_t>(std::lround(host.TwipsPerPixel()))};
   Context ctx(services);

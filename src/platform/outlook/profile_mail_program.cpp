@@ -30,6 +30,8 @@ Ref<OutlookApplication> ProfileMailProgram::CreateApplication() {
   lastProblem_.clear();
   // Creating the application starts the mail program when it has quit.
   profile_->Start();
+  for (const auto& store : profile_->Stores())
+    store->SendMailWith(outbox_);
   return MakeRef<ProfileApplication>(profile_, chooser_);
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "foundation/mail_program.h"
+#include "platform/outlook/mail_outbox.h"
 #include "platform/outlook/mail_profile.h"
 #include "platform/outlook/profile_name_space.h"
 
@@ -29,6 +30,9 @@ class ProfileMailProgram : public MailProgram {
   Ref<OutlookApplication> CreateApplication() override;
   // The folder dialog that PickFolder shows from now on.
   void ChooseFoldersWith(FolderChooser chooser) { chooser_ = std::move(chooser); }
+  // Where the profile's new mail is sent; without an outbox its folders make
+  // no mail.
+  void SendMailWith(std::shared_ptr<MailOutbox> outbox) { outbox_ = std::move(outbox); }
 
   // The profile in use, or nothing before it could be read.
   [[nodiscard]] const std::shared_ptr<MailProfile>& Profile() const { return profile_; }
@@ -41,6 +45,7 @@ class ProfileMailProgram : public MailProgram {
   std::shared_ptr<MailProfile> profile_;
   std::string lastProblem_;
   FolderChooser chooser_;
+  std::shared_ptr<MailOutbox> outbox_;
 };
 
 }  // namespace vellix::outlook
