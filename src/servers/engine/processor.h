@@ -73,6 +73,8 @@ class Processor final : public ProcessingHooks {
   void Request(EngineCore& core);
   void EnsureWorker(EngineCore& core);
   void WorkerLoop();
+  // One pass on the worker (processor_pass.cpp).
+  void RunPass(EngineCore& core, Date now);
   void StopWorker(bool deliver);
 
   ProcessorOptions options_;

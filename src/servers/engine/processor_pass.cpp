@@ -1,0 +1,534 @@
+// One processing pass, run on the processor's worker thread.
+
+#include <algorithm>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "foundation/text.h"
+#include "foundation/vb_error.h"
+#include "platform/outlook/profile_message.h"
+#include "servers/engine/activity_count_record.h"
+#include "servers/engine/engine_core.h"
+#include "servers/engine/event_channel.h"
+#include "servers/engine/monitor_object.h"
+#include "servers/engine/pass_plan.h"
+#include "servers/engine/processor.h"
+#include "servers/engine/store_database.h"
+
+namespace vellix::engine {
+
+namespace {
+
+// The codes of the processing log.
+enum Code : int32_t {
+  kProcessingStarted = 0,
+  kAgentStarted = 1,
+  kAgentComplete = 2,
+  kFilingStarted = 3,
+  kFolderStarted = 4,
+  kFolderComplete = 5,
+  kItemStarted = 6,
+  kItemComplete = 7,
+  kImportingStarted = 8,
+  kImportingComplete = 9,
+  kProcessingComplete = 10,
+  kFilingComplete = 12,
+  kPurgingStarted = 14,
+  kPurgingComplete = 15,
+  kProcessingStopped = 16,
+  kStoreStarted = 17,
+  kStoreComplete = 18,
+  kProcessingError = 21,
+};
+
+Collection<Ref<ActivityCount>> Counts(
+    std::initializer_list<std::pair<const char*, int32_t>> values) {
+  Collection<Ref<ActivityCount>> out;
+  for (const auto& [label, count] : values)
+    out.Add(MakeRef<ActivityCountRecord>(label, count), label);
+  return out;
+}
+
+}  // namespace
+
+// ---- one pass ----
+
+class Processor::Pass {
+ public:
+  Pass(Processor& owner, EngineCore& core, Date now)
+      : owner_(owner), core_(core), channel_(owner.channel_), now_(now) {}
+
+  void Run() {
+    core_.MonitorShared()->PassUnderWay(true);
+    Activity("Start", true, false);
+    std::vector<AgentData> agents;
+    std::vector<PeriodData> periods;
+    {
+      const auto lock = core_.Lock();
+      agents = core_.Data().agents;
+      periods = core_.Data().periods;
+      const std::string level = core_.Settings().loggingLevel;
+      statusEvents_ = !EqualsText(level, "Off");
+      itemEvents_ = EqualsText(level, "Verbose");
+    }
+    std::vector<std::string> problems;
+    filed_ = FiledKeys(core_, periods, &problems);
+    for (const auto& problem : problems)
+      Log(problem);
+    const bool planned = MakePassPlan(std::move(agents)) && !Stopped();
+    if (planned) {
+      forecast_ = Counts(
+          {{"To File", plan_.files}, {"To Import", plan_.imports}, {"To Purge", plan_.purges}});
+      Status(kProcessingStarted);
+      for (auto& agent : plan_.agents) {
+        if (Stopped()) break;
+        RunAgent(agent);
+      }
+    }
+    if (Stopped()) {
+      Status(kProcessingStopped);
+      core_.MonitorShared()->PassUnderWay(false);
+      Activity("Stop", false, true);
+    } else {
+      Status(kProcessingComplete);
+      core_.MonitorShared()->PassUnderWay(false);
+      Activity("Complete", false, true);
+    }
+  }
+
+  [[nodiscard]] PassPlan TakePlan() { return std::move(plan_); }
+
+ private:
+  bool Stopped() const { return stopped_ || owner_.stop_.load(); }
+
+  // Runs fn with the profile on the panel's thread; nothing when the pass
+  // was told to stop while waiting, or there is no profile.
+  template <class T>
+  std::optional<T> OnPanel(std::function<T(outlook::MailProfile&)> fn) {
+    auto result = std::make_shared<std::optional<T>>();
+    auto reply = std::make_shared<Reply>();
+    ChannelEntry entry;
+    entry.kind = ChannelEntry::Kind::kTask;
+    entry.reply = reply;
+    entry.task = [result, fn = std::move(fn), profile = owner_.options_.profile] {
+      if (const auto p = profile ? profile() : nullptr) *result = fn(*p);
+    };
+    if (!channel_->Enqueue(std::move(entry), channel_) || !channel_->Wait(reply)) {
+      stopped_ = true;
+      return std::nullopt;
+    }
+    return std::move(*result);
+  }
+
+  bool MakePassPlan(std::vector<AgentData> agents) {
+    std::vector<std::vector<std::pair<std::string, bool>>> folderRoots;
+    std::vector<std::vector<std::pair<std::string, bool>>> importRoots;
+    for (const auto& agent : agents) {
+      folderRoots.push_back(FolderRoots(agent));
+      importRoots.push_back(ImportRoots(agent));
+    }
+    struct Scans {
+      std::vector<std::vector<FolderScan>> folders;
+      std::vector<std::vector<FolderScan>> imports;
+      std::vector<std::string> missing;
+    };
+    auto scans = OnPanel<Scans>([folderRoots, importRoots](outlook::MailProfile& profile) {
+      Scans s;
+      for (const auto& roots : folderRoots)
+        s.folders.push_back(ScanFolders(profile, roots, &s.missing));
+      for (const auto& roots : importRoots)
+        s.imports.push_back(ScanFolders(profile, roots, &s.missing));
+      return s;
+    });
+    if (!scans) {
+      if (!Stopped()) Log("The mail profile can't be read, so nothing was filed");
+      return false;
+    }
+    for (const auto& path : scans->missing)
+      Log("The folder " + path + " is not in the mail profile");
+    plan_ = MakePlan(std::move(agents), std::move(scans->folders), std::move(scans->imports),
+                     filed_, now_);
+    return true;
+  }
+
+  void RunAgent(AgentPlan& plan) {
+    agentRef_ = core_.NewAgentObject(plan.agent.id);
+    folderRef_ = nullptr;
+    itemRef_ = nullptr;
+    store_.clear();
+    agentFiled_ = 0;
+    agentPurged_ = 0;
+    agentPeriods_.clear();
+    watermark_ = Date();
+    Status(kAgentStarted);
+    if (plan.importDue) {
+      Status(kImportingStarted);
+      for (size_t f = 0; f < plan.imports.size() && !Stopped(); ++f)
+        FileFolder(plan.imports[f], plan.toImport[f], imported_);
+      folderRef_ = nullptr;
+      if (!Stopped()) {
+        // The import has run: the Import panel waits for this.
+        const auto lock = core_.Lock();
+        if (AgentData* agent = core_.FindAgent(plan.agent.id)) agent->importTime = Date();
+        core_.Save();
+      }
+      Status(kImportingComplete);
+    }
+    if (!plan.agent.fileDisabled && !Stopped()) {
+      Status(kFilingStarted);
+      for (size_t f = 0; f < plan.folders.size() && !Stopped(); ++f)
+        FileFolder(plan.folders[f], plan.toFile[f], filedCount_);
+      folderRef_ = nullptr;
+      Status(kFilingComplete);
+    }
+    if (Purges(plan.agent) && !Stopped()) {
+      Status(kPurgingStarted);
+      for (auto& folder : plan.folders) {
+        if (Stopped() || !PurgeFolder(plan, folder)) break;
+      }
+      folderRef_ = nullptr;
+      Status(kPurgingComplete);
+    }
+    RecordAgentFigures(plan);
+    folderRef_ = nullptr;
+    itemRef_ = nullptr;
+    store_.clear();
+    Status(kAgentComplete);
+    agentRef_ = nullptr;
+  }
+
+  struct Group {
+    std::string name;
+    std::string fileName;
+    std::vector<size_t> items;
+  };
+
+  void FileFolder(const FolderScan& scan, const std::vector<size_t>& items, int32_t& counter) {
+    folderRef_ = MakeRef<FolderAtStep>(scan);
+    itemRef_ = nullptr;
+    Status(kFolderStarted);
+    std::vector<Group> groups;
+    for (const size_t i : items) {
+      const auto& item = scan.items[i];
+      std::string why;
+      std::string name;
+      std::string fileName;
+      {
+        const auto lock = core_.Lock();
+        if (const PeriodData* period = core_.EnsurePeriodFor(item.received, &why)) {
+          name = period->name;
+          fileName = period->fileName;
+        }
+      }
+      if (name.empty()) {
+        Error(item.subject, "\"" + item.subject + "\" can't be filed: " + why);
+        continue;
+      }
+      auto it = std::find_if(groups.begin(), groups.end(),
+                             [&](const Group& g) { return g.name == name; });
+      if (it == groups.end()) it = groups.insert(groups.end(), Group{name, fileName, {}});
+      it->items.push_back(i);
+    }
+    for (const auto& group : groups) {
+      if (Stopped()) break;
+      FileGroup(scan, group, counter);
+    }
+    itemRef_ = nullptr;
+    store_.clear();
+    Status(kFolderComplete);
+  }
+
+  void FileGroup(const FolderScan& scan, const Group& group, int32_t& counter) {
+    store_ = group.name;
+    itemRef_ = nullptr;
+    Status(kStoreStarted);
+    std::optional<StoreDatabase> store;
+    try {
+      store = StoreDatabase::Open(core_.Native(group.fileName), StoreDatabase::Access::kReadWrite);
+    } catch (const VbError& e) {
+      Error({}, e.Description());
+    }
+    const size_t batch = static_cast<size_t>(std::max(1, owner_.options_.batchItems));
+    for (size_t from = 0; store && from < group.items.size() && !Stopped(); from += batch) {
+      std::vector<std::string> keys;
+      std::vector<const LightItem*> light;
+      for (size_t j = from; j < std::min(group.items.size(), from + batch); ++j) {
+        light.push_back(&scan.items[group.items[j]]);
+        keys.push_back(light.back()->key);
+      }
+      auto whole = OnPanel<std::vector<outlook::ProfileItem>>(
+          [path = scan.path, keys](outlook::MailProfile& profile) {
+            return FetchItems(profile, path, keys);
+          });
+      if (!whole) break;
+      std::vector<StoreItem> items;
+      std::vector<const LightItem*> taken;
+      for (size_t j = 0; j < whole->size(); ++j) {
+        // Stopping ends the pass at the next item: what is in hand is still filed whole.
+        if (Stopped()) break;
+        const auto& item = (*whole)[j];
+        if (item.key.empty()) continue;  // gone from the folder meanwhile
+        items.push_back({item.key, scan.path, item.received, outlook::MessageText(item)});
+        taken.push_back(light[j]);
+      }
+      if (items.empty()) continue;
+      std::vector<FileOutcome> outcomes;
+      try {
+        outcomes = store->FileItems(items, now_);
+      } catch (const VbError& e) {
+        Error(taken.front()->subject, e.Description());
+        continue;
+      }
+      for (size_t j = 0; j < outcomes.size(); ++j) {
+        filed_[items[j].key] = now_;
+        if (outcomes[j] != FileOutcome::kFiled) continue;
+        ++counter;
+        ++agentFiled_;
+        watermark_ = std::max(watermark_, items[j].received);
+        ItemEvents(taken[j]->subject);
+      }
+      RecordStore(*store, group.name);
+    }
+    itemRef_ = nullptr;
+    Status(kStoreComplete);
+  }
+
+  // False when purging this agent ends (told to stop, or not to purge any more).
+  bool PurgeFolder(const AgentPlan& plan, const FolderScan& scan) {
+    folderRef_ = MakeRef<FolderAtStep>(scan);
+    itemRef_ = nullptr;
+    Status(kFolderStarted);
+    std::vector<const LightItem*> due;
+    for (const auto& item : scan.items) {
+      const auto it = filed_.find(item.key);
+      if (it != filed_.end() && PurgeDue(it->second, now_, plan.agent.removePeriod))
+        due.push_back(&item);
+    }
+    bool goOn = true;
+    if (!due.empty()) {
+      const int32_t choice = PurgeChoice(plan.agent.id);
+      bool purge = choice == 1 || choice == 0;
+      if (choice == 0) {
+        purge = Ask(plan, scan, static_cast<int32_t>(due.size())) == 0;
+        // The answer may have changed the remembered choice.
+        if (PurgeChoice(plan.agent.id) == 2) goOn = false;
+      }
+      if (choice == 2) goOn = false;
+      if (purge && !Stopped()) RemoveItems(scan, due);
+    }
+    itemRef_ = nullptr;
+    Status(kFolderComplete);
+    return goOn && !Stopped();
+  }
+
+  int32_t PurgeChoice(int16_t agentId) {
+    const auto lock = core_.Lock();
+    const AgentData* agent = core_.FindAgent(agentId);
+    if (agent == nullptr || agent->purgeDisabled) return 2;
+    return agent->purgeNotify;
+  }
+
+  int16_t Ask(const AgentPlan& plan, const FolderScan& scan, int32_t count) {
+    auto reply = std::make_shared<Reply>();
+    ChannelEntry entry;
+    entry.kind = ChannelEntry::Kind::kNotify;
+    entry.snapshot = Snapshot(true);
+    entry.details = MakeRef<PurgeDetailsRecord>(count, ItemTypeWords(scan.itemType), folderRef_,
+                                                plan.agent.name);
+    entry.reply = reply;
+    if (!channel_->Enqueue(std::move(entry), channel_) || !channel_->Wait(reply)) {
+      stopped_ = true;
+      return 1;
+    }
+    return reply->result;
+  }
+
+  void RemoveItems(const FolderScan& scan, const std::vector<const LightItem*>& due) {
+    const size_t batch = static_cast<size_t>(std::max(1, owner_.options_.batchItems));
+    for (size_t from = 0; from < due.size() && !Stopped(); from += batch) {
+      std::unordered_set<std::string> keys;
+      std::vector<const LightItem*> taken;
+      for (size_t j = from; j < std::min(due.size(), from + batch); ++j) {
+        if (Stopped()) break;
+        keys.insert(due[j]->key);
+        taken.push_back(due[j]);
+      }
+      if (keys.empty()) break;
+      const auto changed = owner_.options_.profileChanged;
+      const auto removed = OnPanel<int32_t>(
+          [path = scan.path, keys, changed](outlook::MailProfile& profile) -> int32_t {
+            const auto folder = profile.FindFolder(path);
+            const int32_t n = folder ? folder->RemoveItems(keys) : 0;
+            if (n > 0 && changed) changed();
+            return n;
+          });
+      if (!removed) break;
+      purged_ += *removed;
+      agentPurged_ += *removed;
+      for (const auto* item : taken)
+        ItemEvents(item->subject);
+    }
+  }
+
+  // The store's figures after a commit, and the agent's link to it.
+  void RecordStore(const StoreDatabase& store, const std::string& name) {
+    int64_t count = 0;
+    Date first;
+    Date last;
+    try {
+      count = store.ItemCount();
+      first = store.FirstEntry();
+      last = store.LastEntry();
+    } catch (const VbError& e) {
+      Log(e.Description());
+      return;
+    }
+    if (std::find(agentPeriods_.begin(), agentPeriods_.end(), name) == agentPeriods_.end())
+      agentPeriods_.push_back(name);
+    const auto lock = core_.Lock();
+    if (PeriodData* period = core_.FindPeriod(name)) {
+      period->itemCount = static_cast<int32_t>(std::min<int64_t>(count, INT32_MAX));
+      period->firstEntry = first;
+      period->lastEntry = last;
+      period->watermark = last;
+    }
+    core_.Save();
+  }
+
+  void RecordAgentFigures(const AgentPlan& plan) {
+    const auto lock = core_.Lock();
+    AgentData* agent = core_.FindAgent(plan.agent.id);
+    if (agent == nullptr) return;
+    agent->itemCount += agentFiled_;
+    if (agentFiled_ > 0) agent->lastFile = now_;
+    if (agentPurged_ > 0) agent->lastPurge = now_;
+    agent->watermark = std::max(agent->watermark, watermark_);
+    agent->unfiledItems = plan.unfiled;
+    int32_t inFolders = 0;
+    for (const auto& scan : plan.folders) {
+      for (const auto& item : scan.items) {
+        if (filed_.contains(item.key)) ++inFolders;
+      }
+    }
+    agent->itemsToPurge = std::max(0, inFolders - agentPurged_);
+    for (const auto& name : agentPeriods_) {
+      if (std::find(agent->periods.begin(), agent->periods.end(), name) == agent->periods.end())
+        agent->periods.push_back(name);
+    }
+    for (const auto& name : agent->periods) {
+      if (const PeriodData* period = core_.FindPeriod(name)) {
+        if (agent->earliestStore.IsZero() || period->start < agent->earliestStore)
+          agent->earliestStore = period->start;
+        agent->mostRecentStore = std::max(agent->mostRecentStore, period->start);
+      }
+    }
+    core_.Save();
+  }
+
+  void ItemEvents(const std::string& subject) {
+    if (!itemEvents_) return;
+    itemRef_ = MakeRef<ItemAtStep>(subject);
+    Status(kItemStarted);
+    Status(kItemComplete);
+  }
+
+  void Error(const std::string& subject, const std::string& why) {
+    ++errors_;
+    Log(why);
+    itemRef_ = MakeRef<ItemAtStep>(subject);
+    Status(kProcessingError);
+  }
+
+  MonitorSnapshot Snapshot(bool processing) const {
+    MonitorSnapshot s;
+    s.processing = processing;
+    s.agent = agentRef_;
+    s.folder = folderRef_;
+    s.item = itemRef_;
+    s.store = store_;
+    s.progress = Counts({{"Filed", filedCount_},
+                         {"Imported", imported_},
+                         {"Purged", purged_},
+                         {"Errors", errors_}});
+    s.forecast = forecast_;
+    return s;
+  }
+
+  void Status(int32_t code) {
+    if (!statusEvents_ && code != kProcessingError) return;
+    ChannelEntry entry;
+    entry.kind = ChannelEntry::Kind::kStatus;
+    entry.code = code;
+    entry.snapshot = Snapshot(true);
+    if (!channel_->Enqueue(std::move(entry), channel_)) stopped_ = true;
+  }
+
+  // The last word of a pass is queued even when the panel lags behind; with
+  // last, the pass is over in the same step, so that whoever waits for its
+  // end finds the word queued.
+  void Activity(const std::string& text, bool processing, bool last) {
+    ChannelEntry entry;
+    entry.kind = ChannelEntry::Kind::kActivity;
+    entry.text = text;
+    entry.snapshot = Snapshot(processing);
+    std::lock_guard lock(channel_->mutex);
+    if (last) {
+      {
+        std::lock_guard state(owner_.mutex_);
+        owner_.active_ = false;
+      }
+      ++owner_.passesDone_;
+    }
+    if (channel_->closed) return;
+    channel_->queue.push_back(std::move(entry));
+    if (!channel_->drainPosted) {
+      channel_->drainPosted = true;
+      auto self = channel_;
+      channel_->post([self] { self->Drain(self); });
+    }
+    channel_->changed.notify_all();
+  }
+
+  void Log(const std::string& text) {
+    ChannelEntry entry;
+    entry.kind = ChannelEntry::Kind::kLog;
+    entry.text = text;
+    channel_->Enqueue(std::move(entry), channel_);
+  }
+
+  Processor& owner_;
+  EngineCore& core_;
+  std::shared_ptr<EventChannel> channel_;
+  const Date now_;
+  bool stopped_ = false;
+  bool statusEvents_ = true;
+  bool itemEvents_ = false;
+  PassPlan plan_;
+  std::unordered_map<std::string, Date> filed_;
+  Collection<Ref<ActivityCount>> forecast_;
+  int32_t filedCount_ = 0;
+  int32_t imported_ = 0;
+  int32_t purged_ = 0;
+  int32_t errors_ = 0;
+  int32_t agentFiled_ = 0;
+  int32_t agentPurged_ = 0;
+  std::vector<std::string> agentPeriods_;
+  Date watermark_;
+  Ref<Agent> agentRef_;
+  Ref<MAPIFolder> folderRef_;
+  Ref<OutlookItem> itemRef_;
+  std::string store_;
+};
+
+void Processor::RunPass(EngineCore& core, Date now) {
+  Pass(*this, core, now).Run();
+}
+
+}  // namespace vellix::engine
