@@ -1,6 +1,7 @@
 // One processing pass, run on the processor's worker thread.
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -175,9 +176,11 @@ class Processor::Pass {
       folderRef_ = nullptr;
       if (!Stopped()) {
         // The import has run: the Import panel waits for this.
-        const auto lock = core_.Lock();
-        if (AgentData* agent = core_.FindAgent(plan.agent.id)) agent->importTime = Date();
-        core_.Save();
+        {
+          const auto lock = core_.Lock();
+          if (AgentData* agent = core_.FindAgent(plan.agent.id)) agent->importTime = Date();
+        }
+        core_.SaveUnlocked();
       }
       Status(kImportingComplete);
     }
@@ -220,7 +223,9 @@ class Processor::Pass {
       std::string why;
       std::string name;
       std::string fileName;
-      {
+      // A period's store is made first without the lock, so that the panel
+      // does not wait for its file to be made; its names are then read under it.
+      if (core_.EnsurePeriodFor(item.received, &why) != nullptr) {
         const auto lock = core_.Lock();
         if (const PeriodData* period = core_.EnsurePeriodFor(item.received, &why)) {
           name = period->name;
@@ -255,6 +260,8 @@ class Processor::Pass {
     } catch (const VbError& e) {
       Error({}, e.Description());
     }
+    StoreFigures figures;
+    if (store) figures = ReadFigures(*store);
     const size_t batch = static_cast<size_t>(std::max(1, owner_.options_.batchItems));
     for (size_t from = 0; store && from < group.items.size() && !Stopped(); from += batch) {
       std::vector<std::string> keys;
@@ -273,9 +280,12 @@ class Processor::Pass {
       for (size_t j = 0; j < whole->size(); ++j) {
         // Stopping ends the pass at the next item: what is in hand is still filed whole.
         if (Stopped()) break;
-        const auto& item = (*whole)[j];
+        auto& item = (*whole)[j];
         if (item.key.empty()) continue;  // gone from the folder meanwhile
-        items.push_back({item.key, scan.path, item.received, outlook::MessageText(item)});
+        // The fetched copy is the worker's own: its message moves into the store's batch.
+        std::string message =
+            item.message.empty() ? outlook::MessageText(item) : std::move(item.message);
+        items.push_back({item.key, scan.path, item.received, std::move(message)});
         taken.push_back(light[j]);
       }
       if (items.empty()) continue;
@@ -292,10 +302,12 @@ class Processor::Pass {
         ++counter;
         ++agentFiled_;
         watermark_ = std::max(watermark_, items[j].received);
+        figures.Add(items[j].received);
         ItemEvents(taken[j]->subject);
       }
-      RecordStore(*store, group.name);
+      RecordStore(figures, group.name, false);
     }
+    if (figures.unsaved) RecordStore(figures, group.name, true);
     itemRef_ = nullptr;
     Status(kStoreComplete);
   }
@@ -377,33 +389,59 @@ class Processor::Pass {
     }
   }
 
-  // The store's figures after a commit, and the agent's link to it.
-  void RecordStore(const StoreDatabase& store, const std::string& name) {
+  // A store's count and span of received dates: read once when it opens and
+  // kept up with each commit, so that a batch costs no scan of the store.
+  struct StoreFigures {
+    bool known = false;
+    bool unsaved = false;  // figures the engine file does not hold yet
     int64_t count = 0;
     Date first;
     Date last;
+    void Add(Date received) {
+      ++count;
+      if (first.IsZero() || received < first) first = received;
+      last = std::max(last, received);
+    }
+  };
+
+  StoreFigures ReadFigures(const StoreDatabase& store) {
+    StoreFigures figures;
     try {
-      count = store.ItemCount();
-      first = store.FirstEntry();
-      last = store.LastEntry();
+      figures.count = store.ItemCount();
+      figures.first = store.FirstEntry();
+      figures.last = store.LastEntry();
+      figures.known = true;
     } catch (const VbError& e) {
       Log(e.Description());
-      return;
     }
+    return figures;
+  }
+
+  // The store's figures after a commit, and the agent's link to it. The
+  // engine file is written when the store is done (last) and at most once a
+  // second while it fills: each write is two flushes to the disk, as many
+  // as a batch's own commit.
+  void RecordStore(StoreFigures& figures, const std::string& name, bool last) {
+    if (!figures.known) return;
+    const auto now = std::chrono::steady_clock::now();
+    figures.unsaved = !last && now - lastSave_ < std::chrono::seconds(1);
     if (std::find(agentPeriods_.begin(), agentPeriods_.end(), name) == agentPeriods_.end())
       agentPeriods_.push_back(name);
-    const auto lock = core_.Lock();
+    auto lock = core_.Lock();
     if (PeriodData* period = core_.FindPeriod(name)) {
-      period->itemCount = static_cast<int32_t>(std::min<int64_t>(count, INT32_MAX));
-      period->firstEntry = first;
-      period->lastEntry = last;
-      period->watermark = last;
+      period->itemCount = static_cast<int32_t>(std::min<int64_t>(figures.count, INT32_MAX));
+      period->firstEntry = figures.first;
+      period->lastEntry = figures.last;
+      period->watermark = figures.last;
     }
-    core_.Save();
+    if (figures.unsaved) return;
+    lock.unlock();
+    core_.SaveUnlocked();
+    lastSave_ = now;
   }
 
   void RecordAgentFigures(const AgentPlan& plan) {
-    const auto lock = core_.Lock();
+    auto lock = core_.Lock();
     AgentData* agent = core_.FindAgent(plan.agent.id);
     if (agent == nullptr) return;
     agent->itemCount += agentFiled_;
@@ -429,7 +467,8 @@ class Processor::Pass {
         agent->mostRecentStore = std::max(agent->mostRecentStore, period->start);
       }
     }
-    core_.Save();
+    lock.unlock();
+    core_.SaveUnlocked();
   }
 
   void ItemEvents(const std::string& subject) {
@@ -507,6 +546,7 @@ class Processor::Pass {
   EngineCore& core_;
   std::shared_ptr<EventChannel> channel_;
   const Date now_;
+  std::chrono::steady_clock::time_point lastSave_{};
   bool stopped_ = false;
   bool statusEvents_ = true;
   bool itemEvents_ = false;
