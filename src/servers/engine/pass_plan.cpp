@@ -20,7 +20,7 @@ void ScanInto(outlook::ProfileFolder& folder, bool subFolders, std::vector<Folde
   scan.itemType = folder.DefaultItemType();
   scan.items.reserve(folder.Items().size());
   for (const auto& item : folder.Items())
-    scan.items.push_back({item.key, item.received, item.subject});
+    scan.items.push_back({item.key, item.received, item.subject, scan.items.size()});
   out.push_back(std::move(scan));
   if (!subFolders) return;
   for (const auto& child : folder.SubFolders())
@@ -45,15 +45,24 @@ std::vector<FolderScan> ScanFolders(outlook::MailProfile& profile,
 }
 
 std::vector<outlook::ProfileItem> FetchItems(outlook::MailProfile& profile, const std::string& path,
-                                             const std::vector<std::string>& keys) {
+                                             const std::vector<std::string>& keys,
+                                             const std::vector<size_t>& positions) {
   std::vector<outlook::ProfileItem> out(keys.size());
   const auto folder = profile.FindFolder(path);
   if (!folder) return out;
-  std::unordered_map<std::string_view, size_t> wanted;
-  for (size_t i = 0; i < keys.size(); ++i)
-    wanted.emplace(keys[i], i);
-  for (const auto& item : folder->Items()) {
-    if (auto it = wanted.find(item.key); it != wanted.end()) out[it->second] = item;
+  const auto& items = folder->Items();
+  std::unordered_map<std::string_view, size_t> moved;
+  for (size_t i = 0; i < keys.size(); ++i) {
+    const size_t at = i < positions.size() ? positions[i] : items.size();
+    if (at < items.size() && items[at].key == keys[i]) {
+      out[i] = items[at];
+    } else {
+      moved.emplace(keys[i], i);
+    }
+  }
+  if (moved.empty()) return out;
+  for (const auto& item : items) {
+    if (auto it = moved.find(item.key); it != moved.end()) out[it->second] = item;
   }
   return out;
 }

@@ -27,6 +27,7 @@ struct LightItem {
   std::string key;
   Date received;
   std::string subject;
+  size_t position = 0;  // in its folder's items when scanned
 };
 
 struct FolderScan {
@@ -44,9 +45,12 @@ std::vector<FolderScan> ScanFolders(outlook::MailProfile& profile,
                                     const std::vector<std::pair<std::string, bool>>& roots,
                                     std::vector<std::string>* missing);
 
-// Whole items by key, in the order asked; an item no longer there comes back without a key.
+// Whole items by key, in the order asked; an item no longer there comes back
+// without a key. Each is looked for first where it was scanned (positions,
+// one for each key), and in the whole folder only when it moved.
 std::vector<outlook::ProfileItem> FetchItems(outlook::MailProfile& profile, const std::string& path,
-                                             const std::vector<std::string>& keys);
+                                             const std::vector<std::string>& keys,
+                                             const std::vector<size_t>& positions);
 
 // The delay before an item is filed, in seconds, by the control panel's own reckoning.
 int64_t DelaySeconds(int32_t count, const std::string& units);

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <exception>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -113,19 +114,70 @@ class Processor::Pass {
   // was told to stop while waiting, or there is no profile.
   template <class T>
   std::optional<T> OnPanel(std::function<T(outlook::MailProfile&)> fn) {
-    auto result = std::make_shared<std::optional<T>>();
-    auto reply = std::make_shared<Reply>();
+    auto call = StartOnPanel<T>(std::move(fn));
+    return Finish(call);
+  }
+
+  // A task handed to the panel's thread, its result taken later.
+  template <class T>
+  struct PanelCall {
+    std::shared_ptr<std::optional<T>> result = std::make_shared<std::optional<T>>();
+    std::shared_ptr<Reply> reply = std::make_shared<Reply>();  // nothing: not handed over
+  };
+
+  template <class T>
+  PanelCall<T> StartOnPanel(std::function<T(outlook::MailProfile&)> fn) {
+    PanelCall<T> call;
     ChannelEntry entry;
     entry.kind = ChannelEntry::Kind::kTask;
-    entry.reply = reply;
-    entry.task = [result, fn = std::move(fn), profile = owner_.options_.profile] {
+    entry.reply = call.reply;
+    entry.task = [result = call.result, fn = std::move(fn), profile = owner_.options_.profile] {
       if (const auto p = profile ? profile() : nullptr) *result = fn(*p);
     };
-    if (!channel_->Enqueue(std::move(entry), channel_) || !channel_->Wait(reply)) {
+    if (!channel_->Enqueue(std::move(entry), channel_)) call.reply = nullptr;
+    return call;
+  }
+
+  // The task's result; nothing when the pass was told to stop while
+  // waiting, or there is no profile.
+  template <class T>
+  std::optional<T> Finish(PanelCall<T>& call) {
+    if (!call.reply || !channel_->Wait(call.reply)) {
       stopped_ = true;
       return std::nullopt;
     }
-    return std::move(*result);
+    return std::move(*call.result);
+  }
+
+  // Whole items of a batch, fetched in small tasks handed over at once: the
+  // panel's thread gets its turn between two, and the worker waits for it
+  // once. Nothing when the pass was told to stop meanwhile.
+  std::optional<std::vector<outlook::ProfileItem>> FetchBatch(
+      const std::string& path, const std::vector<const LightItem*>& light) {
+    constexpr size_t kChunk = 100;
+    using Items = std::vector<outlook::ProfileItem>;
+    std::vector<PanelCall<Items>> calls;
+    for (size_t from = 0; from < light.size(); from += kChunk) {
+      std::vector<std::string> keys;
+      std::vector<size_t> positions;
+      for (size_t j = from; j < std::min(light.size(), from + kChunk); ++j) {
+        keys.push_back(light[j]->key);
+        positions.push_back(light[j]->position);
+      }
+      calls.push_back(
+          StartOnPanel<Items>([path, keys = std::move(keys),
+                               positions = std::move(positions)](outlook::MailProfile& profile) {
+            return FetchItems(profile, path, keys, positions);
+          }));
+    }
+    Items whole;
+    whole.reserve(light.size());
+    for (auto& call : calls) {
+      auto part = Finish(call);
+      if (!part) return std::nullopt;
+      std::move(part->begin(), part->end(), std::back_inserter(whole));
+    }
+    return whole;
   }
 
   bool MakePassPlan(std::vector<AgentData> agents) {
@@ -264,16 +316,10 @@ class Processor::Pass {
     if (store) figures = ReadFigures(*store);
     const size_t batch = static_cast<size_t>(std::max(1, owner_.options_.batchItems));
     for (size_t from = 0; store && from < group.items.size() && !Stopped(); from += batch) {
-      std::vector<std::string> keys;
       std::vector<const LightItem*> light;
-      for (size_t j = from; j < std::min(group.items.size(), from + batch); ++j) {
+      for (size_t j = from; j < std::min(group.items.size(), from + batch); ++j)
         light.push_back(&scan.items[group.items[j]]);
-        keys.push_back(light.back()->key);
-      }
-      auto whole = OnPanel<std::vector<outlook::ProfileItem>>(
-          [path = scan.path, keys](outlook::MailProfile& profile) {
-            return FetchItems(profile, path, keys);
-          });
+      auto whole = FetchBatch(scan.path, light);
       if (!whole) break;
       std::vector<StoreItem> items;
       std::vector<const LightItem*> taken;
