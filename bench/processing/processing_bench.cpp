@@ -13,6 +13,7 @@
 
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -61,6 +62,12 @@ double CpuSeconds() {
   return s(use.ru_utime) + s(use.ru_stime);
 }
 
+double ThreadCpuMillis() {
+  timespec t{};
+  ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+  return static_cast<double>(t.tv_sec) * 1e3 + static_cast<double>(t.tv_nsec) / 1e6;
+}
+
 double Median(std::vector<double> v) {
   std::sort(v.begin(), v.end());
   const size_t n = v.size();
@@ -82,6 +89,12 @@ struct Stalls {
   double longestHandler = 0;  // one status handler, monitor reads included
   double longestTimer = 0;    // one timer read of the monitor
   int over50 = 0;             // posted functions and timer reads above 50 ms
+  struct LongCall {
+    int64_t number;
+    double ms;
+    double cpuMs;  // of this thread: the rest it waited (a lock) or was not given a processor
+  };
+  std::vector<LongCall> longCalls;  // those above 50 ms
   int64_t calls = 0;
   int64_t events = 0;
   double cpu = 0;  // processor seconds of the pass
@@ -123,10 +136,13 @@ class BenchHost {
       }
       if (fn) {
         const auto start = SteadyClock::now();
+        const double cpuStart = ThreadCpuMillis();
         fn();
         const double ms = Millis(SteadyClock::now() - start);
+        const double cpuMs = ThreadCpuMillis() - cpuStart;
         stalls.longestCall = std::max(stalls.longestCall, ms);
         stalls.over50 += ms > 50 ? 1 : 0;
+        if (ms > 50) stalls.longCalls.push_back({stalls.calls, ms, cpuMs});
         ++stalls.calls;
       }
       if (SteadyClock::now() >= nextTick) {
@@ -320,6 +336,10 @@ int main(int argc, char** argv) {
           Stalls stalls;
           pass.push_back(RunPass(profile, work / "pass", verbose, batch, items, stalls));
           all.Merge(stalls);
+          for (const auto& c : stalls.longCalls) {
+            std::printf("  call %lld took %.1f ms, %.1f ms of it on a processor\n",
+                        static_cast<long long>(c.number), c.ms, c.cpuMs);
+          }
           std::printf(
               "round %d pass   %.3f s (cpu %.3f s)  panel: longest call %.1f ms, handler %.1f ms, "
               "timer read "
