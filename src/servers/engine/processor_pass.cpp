@@ -487,6 +487,13 @@ class Processor::Pass {
   }
 
   void RecordAgentFigures(const AgentPlan& plan) {
+    // Counted before the lock is taken: a large folder takes a while.
+    int32_t inFolders = 0;
+    for (const auto& scan : plan.folders) {
+      for (const auto& item : scan.items) {
+        if (filed_.contains(item.key)) ++inFolders;
+      }
+    }
     auto lock = core_.Lock();
     AgentData* agent = core_.FindAgent(plan.agent.id);
     if (agent == nullptr) return;
@@ -495,12 +502,6 @@ class Processor::Pass {
     if (agentPurged_ > 0) agent->lastPurge = now_;
     agent->watermark = std::max(agent->watermark, watermark_);
     agent->unfiledItems = plan.unfiled;
-    int32_t inFolders = 0;
-    for (const auto& scan : plan.folders) {
-      for (const auto& item : scan.items) {
-        if (filed_.contains(item.key)) ++inFolders;
-      }
-    }
     agent->itemsToPurge = std::max(0, inFolders - agentPurged_);
     for (const auto& name : agentPeriods_) {
       if (std::find(agent->periods.begin(), agent->periods.end(), name) == agent->periods.end())
