@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -108,6 +109,43 @@ class PurgeDetailsRecord final : public PurgeDetails {
 };
 
 // ---- what a pass will do ----
+
+// The codes of the processing log.
+enum ProcessingCode : int32_t {
+  kProcessingStarted = 0,
+  kAgentStarted = 1,
+  kAgentComplete = 2,
+  kFilingStarted = 3,
+  kFolderStarted = 4,
+  kFolderComplete = 5,
+  kItemStarted = 6,
+  kItemComplete = 7,
+  kImportingStarted = 8,
+  kImportingComplete = 9,
+  kProcessingComplete = 10,
+  kFilingComplete = 12,
+  kPurgingStarted = 14,
+  kPurgingComplete = 15,
+  kProcessingStopped = 16,
+  kStoreStarted = 17,
+  kStoreComplete = 18,
+  kProcessingError = 21,
+};
+
+// A store's count and span of received dates: read once when it opens and
+// kept up with each commit, so that a batch costs no scan of the store.
+struct StoreFigures {
+  bool known = false;
+  bool unsaved = false;  // figures the engine file does not hold yet
+  int64_t count = 0;
+  Date first;
+  Date last;
+  void Add(Date received) {
+    ++count;
+    if (first.IsZero() || received < first) first = received;
+    last = std::max(last, received);
+  }
+};
 
 // What one agent will do in a pass, worked out before it starts.
 struct AgentPlan {
