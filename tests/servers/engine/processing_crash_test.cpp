@@ -90,7 +90,7 @@ class CrashSafety : public ::testing::Test {
     agent->AddFolder("\\\\Mailbox\\Inbox");
     agent->RemovePeriod(0);
     agent->PurgeNotify(1);
-    // An event for every item filed or purged: the parent's measure of how far a pass got.
+    // An event for every item filed or purged: the steps a kill is placed by.
     engine.LoggingLevel("Verbose");
     engine.Configured(true);
     engine.Running(true);
