@@ -15,13 +15,14 @@ constexpr const char* kModule = "frmPopup";
 constexpr const char* kTextNode = "Componants.VellixControl.Strings.ControlPanel.Log";
 }  // namespace
 
-LogPanel::LogPanel(PopupShell& shell, Form& form)
+LogPanel::LogPanel(PopupShell& shell, Form& form, Context& ctx)
     : Panel(shell),
       txtLoEntries(form, "txtLoEntries", "picLo"),
       optLoOff(form, "optLoOff", "picLo"),
       optLoOn(form, "optLoOn", "picLo"),
       optLoVerbose(form, "optLoVerbose", "picLo"),
-      cmdLoSendDiagnostics(form, "cmdLoSendDiagnostics", "picLo") {
+      cmdLoSendDiagnostics(form, "cmdLoSendDiagnostics", "picLo"),
+      processing(ctx, shell.mobjMonitor(), txtLoEntries) {
   optLoOff.Click = [this] { optLoOff_Click(); };
   optLoOn.Click = [this] { optLoOn_Click(); };
   optLoVerbose.Click = [this] { optLoVerbose_Click(); };
@@ -29,9 +30,6 @@ LogPanel::LogPanel(PopupShell& shell, Form& form)
 }
 
 void LogPanel::Design() {
-  txtLoEntries.MultiLine(true);
-  txtLoEntries.ScrollBars(3);
-  txtLoEntries.Locked(true);
   optLoOff.Caption("Off");
   optLoOn.Caption("On");
   optLoVerbose.Caption("Verbose");
@@ -127,8 +125,11 @@ void LogPanel::optLoVerbose_Click() {
 
 void LogPanel::cmdLoSendDiagnostics_Click() {
   Frame frame(ctx(), kModule, TraceNames::cmdLoSendDiagnostics_Click);
-  // The support message it shows comes later; until then the click does nothing.
-  frame.Run([] {});
+  frame.Run([&] {
+    if (!supportMessage_)
+      supportMessage_ = std::make_unique<FrmSupportMessage>(ctx(), ctx().Host());
+    supportMessage_->ShowModal([this] { return txtLoEntries.Text(); });
+  });
 }
 
 }  // namespace vellix

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <memory>
+
+#include "activity/frm_support_message.h"
+#include "activity/processing_log.h"
 #include "forms/panel.h"
 #include "foundation/controls.h"
 
@@ -7,12 +11,14 @@ namespace vellix {
 
 // The Activity log tab (picLo): the log box and the engine's logging level.
 // The level lives in the engine; the option buttons show it, and the one
-// that is on decides whether the form holds the engine's monitor. The lines
-// of a processing run and the support message come later: the box is kept
-// empty and the diagnostics button opens nothing until they exist.
+// that is on decides whether the form holds the engine's monitor, whose
+// events put the lines of a processing run into the box. The diagnostics
+// button opens the support message over the box's text.
 class LogPanel : public Panel {
  public:
-  LogPanel(PopupShell& shell, Form& form);
+  // ctx is the shell's own, handed in because the shell is still being
+  // built when its panels are.
+  LogPanel(PopupShell& shell, Form& form, Context& ctx);
 
   void Design() override;
   void Layout() override { LayoutLog(); }
@@ -28,11 +34,17 @@ class LogPanel : public Panel {
   void optLoVerbose_Click();
   void cmdLoSendDiagnostics_Click();
 
-  TextBox txtLoEntries;
+  LogBox txtLoEntries;
   OptionButton optLoOff;
   OptionButton optLoOn;
   OptionButton optLoVerbose;
   CommandButton cmdLoSendDiagnostics;
+
+  ProcessingLog processing;
+
+ private:
+  // Made when first asked for: most runs never open it.
+  std::unique_ptr<FrmSupportMessage> supportMessage_;
 };
 
 }  // namespace vellix

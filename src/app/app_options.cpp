@@ -3,8 +3,10 @@
 #include <QCommandLineParser>
 #include <QStringList>
 #include <cstdio>
+#include <filesystem>
 
 #include "foundation/vb_error.h"
+#include "platform/outlook/maildir_profile.h"
 #include "platform/outlook/profile_xml.h"
 #include "servers/engine/store_export.h"
 
@@ -85,6 +87,13 @@ bool ParseOptions(const std::vector<std::string>& args, AppOptions& options, std
 }
 
 bool CheckProfile(const std::string& file, std::string& error) {
+  // A Maildir tree is only looked over here: its messages are read once, when
+  // the profile is first used.
+  std::error_code ec;
+  if (std::filesystem::is_directory(file, ec)) {
+    error = outlook::MaildirProblem(file);
+    return error.empty();
+  }
   const outlook::ProfileLoad load = outlook::LoadProfileFile(file);
   if (load.profile) return true;
   error = load.problem;  // it names the file
@@ -116,7 +125,8 @@ std::string UsageText() {
          "  --data-dir DIR            Keep settings and logs below DIR instead of the XDG\n"
          "                            folders (config/, state/, and drives/ for drive paths).\n"
          "  --profile FILE            The mail profile to use (default: profiles/demo.xml\n"
-         "                            beside the executable).\n"
+         "                            beside the executable), or a Maildir folder, read\n"
+         "                            and never changed.\n"
          "  --screenshot DIR          Run a scripted first start on a fresh data folder,\n"
          "                            write PNGs of the windows shown to DIR and exit.\n"
          "  --quit-after-first-paint  Exit as soon as the first window has been painted.\n"

@@ -94,6 +94,7 @@ Ref<EngineConnector> AppServers::CreateEngineConnector() {
       return nullptr;
     }
     engine_ = std::move(engine);
+    if (engineMade) engineMade(*engine_);
     Announce(engine_->Notice(), engine::kLogProject, engine::kLogModule, "Load");
   }
   whyUnreachable_.clear();

@@ -52,6 +52,8 @@ class AppServers final : public ServerFactory {
 
   // What the engine runs its processing through; none files nothing.
   std::function<std::unique_ptr<engine::ProcessingHooks>()> makeProcessingHooks;
+  // Called once the engine is made, before the panel uses it.
+  std::function<void(engine::EngineServer&)> engineMade;
 
   // The engine, once made; nothing before. The application stops it at exit.
   [[nodiscard]] const std::shared_ptr<engine::EngineServer>& Engine() const { return engine_; }

@@ -25,7 +25,7 @@ namespace {
 constexpr int kSettleMs = 300;
 // A run that hasn't finished by then is stuck (a dialog nobody answers).
 constexpr int kWatchdogMs = 60000;
-constexpr int kPictures = 5;
+constexpr int kPictures = 6;
 
 // Whether the control lies in the container, directly or further down.
 bool Inside(const Form& form, const Control& control, const std::string& container) {
@@ -89,6 +89,9 @@ void FirstRunScript::FormShown(Form& form, QWidget& /*window*/) {
   } else if (&form == &predictiveStart_ && !predictiveSeen_) {
     predictiveSeen_ = true;
     QTimer::singleShot(kSettleMs, this, [this] { PredictiveStartStep(); });
+  } else if (form.Name() == "frmSupportMessage" && !supportSeen_) {
+    supportSeen_ = true;
+    QTimer::singleShot(kSettleMs, this, [this, &form] { SupportMessageShot(form); });
   }
 }
 
@@ -163,7 +166,7 @@ void FirstRunScript::SummaryShot() {
   step_ = "summary picture";
   Shot(popup_, "summary.png");
   TabShot("Periods", "periods.png",
-          [this] { TabShot("Agents", "agents.png", [this] { Finish(); }); });
+          [this] { TabShot("Agents", "agents.png", [this] { SupportMessageStep(); }); });
 }
 
 void FirstRunScript::TabShot(const char* tab, const char* file, std::function<void()> next) {
@@ -173,6 +176,25 @@ void FirstRunScript::TabShot(const char* tab, const char* file, std::function<vo
     Shot(popup_, file);
     next();
   });
+}
+
+void FirstRunScript::SupportMessageStep() {
+  step_ = "support message";
+  if (!popup_.tabControlOptions.UserSelectTab("Log")) Note("no Log tab");
+  // The form comes up modal inside the click; its step runs from its event loop.
+  if (auto* send = FindControl<CommandButton>(popup_, "cmdLoSendDiagnostics")) send->UserClick();
+  if (!supportSeen_) Note("the support message was not shown");
+  Finish();
+}
+
+void FirstRunScript::SupportMessageShot(Form& form) {
+  step_ = "support message picture";
+  if (auto* text = FindControl<TextBox>(form, "txtMessage")) {
+    text->UserSetText(
+        "Since this morning the Inbox is no longer archived; the tray icon stays on Running.");
+  }
+  Shot(form, "support-message.png");
+  if (auto* cancel = FindControl<CommandButton>(form, "cmdCancel")) cancel->UserClick();
 }
 
 void FirstRunScript::Finish() {

@@ -21,8 +21,8 @@ namespace vellix::app {
 
 // --screenshot: a first start played as a user would, writing a picture of
 // each window it passes to the output folder: the Quick setup page, the
-// Predictive start dialog and the main form on its Summary, Periods and
-// Agents tabs. A control
+// Predictive start dialog, the main form on its Summary, Periods and
+// Agents tabs, and the support message opened from the Log tab. A control
 // that isn't there is passed over with a note, so a half-built panel still
 // gives what can be had. Message boxes on the way are answered with their
 // default button and their texts printed.
@@ -49,6 +49,10 @@ class FirstRunScript : public QObject {
   void SummaryShot();
   // Selects a tab of the main form, then takes its picture and goes on.
   void TabShot(const char* tab, const char* file, std::function<void()> next);
+  // Opens the support message from the Log tab; its picture is taken while
+  // it is up, and it is cancelled.
+  void SupportMessageStep();
+  void SupportMessageShot(Form& form);
   void Finish();
   void AnswerMessageBoxes();
   bool Shot(const Form& form, const std::string& file);
@@ -64,6 +68,7 @@ class FirstRunScript : public QObject {
   std::string step_ = "start";
   bool quickSetupDone_ = false;
   bool predictiveSeen_ = false;
+  bool supportSeen_ = false;
   bool finished_ = false;
   int written_ = 0;
   std::vector<std::string> notes_;

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "app/app_options.h"
@@ -22,11 +23,15 @@
 #include "foundation/control_startup.h"
 #include "foundation/date.h"
 #include "foundation/format.h"
+#include "platform/desktop/environment.h"
 #include "platform/desktop/path_mapping.h"
 #include "platform/desktop/posix_file_system.h"
 #include "platform/desktop/xdg_shell.h"
+#include "platform/outlook/mail_outbox.h"
 #include "platform/outlook/profile_mail_program.h"
+#include "platform/outlook/xdg_email.h"
 #include "servers/config/data_paths.h"
+#include "servers/engine/engine_server.h"
 #include "servers/engine/processor.h"
 #include "shell/frm_icon_timer.h"
 #include "shell/frm_popup.h"
@@ -129,6 +134,18 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "vellix-control: mail profile: %s\n", problem.c_str());
   });
   mail.ChooseFoldersWith([&host](NameSpace& nameSpace) { return host.PickMailFolder(nameSpace); });
+  // Files the panel writes go to the data folder; the mail it sends lies in
+  // its outbox, and the desktop's mail program gets it where there is one.
+  const fs::path dataFolder = mapping.DataRoot();
+  std::error_code dataError;
+  fs::create_directories(dataFolder, dataError);
+  auto outbox = std::make_shared<outlook::MailOutbox>(dataFolder / "outbox");
+  outbox->ConfirmSendWith([&host](const std::string& text) {
+    return host.MsgBox(text, MsgButtons::YesNo, "") == MsgResult::Yes;
+  });
+  outbox->HandOverWith(outlook::XdgEmailHandOver(desktop::ProcessEnvironment()));
+  outbox->MapFilesWith([mapping](const std::string& path) { return mapping.ToNative(path); });
+  mail.SendMailWith(outbox);
   desktop::XdgShell shell(mapping, [&host](const std::string& title) -> std::optional<fs::path> {
     auto chosen = host.BrowseForFolder(title);
     if (!chosen) return std::nullopt;
@@ -140,14 +157,24 @@ int main(int argc, char** argv) {
   app::AppServers servers(paths, exeDir / "CommonFormat.xml", mapping, clock, host);
   // The engine's passes run on a worker of their own; their events and their
   // use of the mail profile come back to this thread through the host.
-  servers.makeProcessingHooks = [&mail, &host] {
+  const auto post = [&host](std::function<void()> fn) { host.Post(std::move(fn)); };
+  const auto mailProfile = [&mail] {
+    mail.CreateApplication();  // the profile is read on first use
+    return mail.Profile();
+  };
+  servers.makeProcessingHooks = [post, &servers] {
     engine::ProcessorOptions work;
-    work.post = [&host](std::function<void()> fn) { host.Post(std::move(fn)); };
-    work.profile = [&mail] {
-      mail.CreateApplication();  // the profile is read on first use
-      return mail.Profile();
+    work.post = post;
+    // The passes see the profile with the stores listed, as the user does.
+    work.profile = [&servers] {
+      const auto& engine = servers.Engine();
+      return engine ? engine->ShownProfile() : nullptr;
     };
     return std::make_unique<engine::Processor>(std::move(work));
+  };
+  // The period stores show in the mail profile, which lives on this thread.
+  servers.engineMade = [post, mailProfile](engine::EngineServer& engine) {
+    engine.ShowStoresIn(mailProfile, post);
   };
   const Services services{
       .clock = clock,
@@ -158,6 +185,7 @@ int main(int argc, char** argv) {
       .fileSystem = &files,
       .browser = &browser,
       .exeFolder = exeDir.string(),
+      .dataFolder = dataFolder.string(),
       .locale = Locale::FromEnvironment(),
       .twipsPerPixelX = static_cast<int32_t>(std::lround(host.TwipsPerPixel()))};
   Context ctx(services);

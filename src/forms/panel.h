@@ -32,6 +32,7 @@ class PopupShell {
   [[nodiscard]] virtual ComboBox& cboAgName() = 0;
   [[nodiscard]] virtual ComboBox& cboImName() = 0;
   // The engine's monitor the form listens to; nothing while logging is off.
+  [[nodiscard]] virtual const Ref<Monitor>& mobjMonitor() const = 0;
   virtual void mobjMonitor(Ref<Monitor> monitor) = 0;
   // The help button's action, shared by the Summary panel and Quick setup.
   virtual void cmdSuHelp_Click() = 0;

@@ -37,6 +37,9 @@ struct Services {
   WebBrowser* browser = nullptr;
   // The folder of the executable, where the icons and the boot file lie.
   std::string exeFolder{};
+  // The folder the user's data lives in (settings, logs, files the panel
+  // writes); the executable's folder can't be written by an installed program.
+  std::string dataFolder{};
   Locale locale = Locale::English();
   // The screen's twips per pixel, from the screen's density.
   int32_t twipsPerPixelX = 15;

@@ -13,6 +13,8 @@ std::string_view KindName(ControlKind kind) {
       return "CommandButton";
     case ControlKind::TextBox:
       return "TextBox";
+    case ControlKind::LogBox:
+      return "LogBox";
     case ControlKind::CheckBox:
       return "CheckBox";
     case ControlKind::OptionButton:

@@ -19,6 +19,7 @@ enum class ControlKind {
   Label,
   CommandButton,
   TextBox,
+  LogBox,
   CheckBox,
   OptionButton,
   ComboBox,

@@ -8,6 +8,7 @@
 #include "foundation/flex_grid.h"
 #include "foundation/form.h"
 #include "foundation/list_box.h"
+#include "foundation/log_box.h"
 #include "foundation/menu.h"
 #include "foundation/static_controls.h"
 #include "foundation/tab_strip.h"

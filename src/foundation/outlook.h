@@ -9,6 +9,7 @@
 namespace vellix {
 
 class MAPIFolder;
+class OutlookItems;
 
 // A folder's sub-folders, or a name space's top folders.
 class OutlookFolders {
@@ -38,13 +39,68 @@ class MAPIFolder {
   // How many items the folder itself holds (its Items.Count).
   virtual int32_t ItemCount() = 0;
   virtual Ref<OutlookFolders> Folders() = 0;
+  // The folder's items, where new items are made (Items.Add).
+  Ref<OutlookItems> Items() { return NewItems(); }
+
+ protected:
+  // What Items gives. A folder that can't make items keeps this default: its
+  // items refuse Add with kOutlookOperationRefused.
+  virtual Ref<OutlookItems> NewItems();
 };
+
+// The error number the mail program gives for an operation it refuses.
+inline constexpr int32_t kOutlookOperationRefused = -2147467259;
+// The runtime's "Application-defined or object-defined error": what a call
+// gives that the mail program's guard or the user stopped. Positive, so the
+// procedure that asked has it in its log record.
+inline constexpr int32_t kOutlookSendFailed = 287;
 
 // An item of a folder; the logic reads its subject only.
 class OutlookItem {
  public:
   virtual ~OutlookItem() = default;
   virtual std::string Subject() = 0;
+};
+
+// A mail item's attached files.
+class OutlookAttachments {
+ public:
+  virtual ~OutlookAttachments() = default;
+  // Attaches a copy of the file at `path`; a file that isn't there raises.
+  virtual void Add(const std::string& path) = 0;
+  virtual int32_t Count() = 0;
+};
+
+// A mail item's recipients.
+class OutlookRecipients {
+ public:
+  virtual ~OutlookRecipients() = default;
+  // Adds an address; an empty one raises.
+  virtual void Add(const std::string& address) = 0;
+  virtual int32_t Count() = 0;
+};
+
+// A new mail, made by Items.Add(0).
+class MailItem : public OutlookItem {
+ public:
+  std::string Subject() override = 0;
+  virtual void Subject(const std::string& value) = 0;
+  virtual std::string Body() = 0;
+  virtual void Body(const std::string& value) = 0;
+  virtual Ref<OutlookAttachments> Attachments() = 0;
+  virtual Ref<OutlookRecipients> Recipients() = 0;
+  // Sends the mail. A mail without a recipient, or one the user declines to
+  // send, raises kOutlookSendFailed and stays unsent.
+  virtual void Send() = 0;
+};
+
+// The items of a folder, as far as the logic makes new ones.
+class OutlookItems {
+ public:
+  virtual ~OutlookItems() = default;
+  // A new item of the type given (0 a mail); the mail program makes only
+  // mail here, and any other type raises.
+  virtual Ref<MailItem> Add(int32_t itemType) = 0;
 };
 
 class NameSpace {

@@ -52,6 +52,17 @@ std::vector<std::string> Split(std::string_view text, std::string_view delimiter
   }
 }
 
+std::string Left(std::string_view text, std::size_t count) {
+  std::size_t end = 0;
+  for (std::size_t taken = 0; end < text.size() && taken < count; ++taken) {
+    ++end;
+    // Continuation bytes (10xxxxxx) belong to the character before them.
+    while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U)
+      ++end;
+  }
+  return std::string(text.substr(0, end));
+}
+
 std::string Trim(std::string_view text) {
   return RTrim(LTrim(text));
 }

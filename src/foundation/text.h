@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,6 +15,9 @@ std::string Replace(std::string_view text, std::string_view find, std::string_vi
 // Splits at each delimiter and keeps empty parts: Split("a\\\\b", "\\") gives
 // "a", "", "b". The empty text gives no parts; an empty delimiter one part.
 std::vector<std::string> Split(std::string_view text, std::string_view delimiter);
+
+// The first count characters of a UTF-8 text, never cutting one in two.
+std::string Left(std::string_view text, std::size_t count);
 
 // Trims blanks (spaces only) as Trim, LTrim and RTrim do.
 std::string Trim(std::string_view text);

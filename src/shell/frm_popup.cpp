@@ -59,7 +59,7 @@ FrmPopup::FrmPopup(Context& ctx, TrayPlatform& trayPlatform, PopupForms forms)
       agents(*this, *this, periods),
       import(*this, *this),
       backup(*this, *this),
-      log(*this, *this),
+      log(*this, *this, ctx),
       attention(*this),
       quickSetup(*this, *this),
       ctx_(ctx),
@@ -186,7 +186,11 @@ void FrmPopup::mobjVellix(Ref<VellixEngine> engine) {
 }
 
 void FrmPopup::mobjMonitor(Ref<::vellix::Monitor> monitor) {
+  monitorConnection_.Disconnect();
   mobjMonitor_ = std::move(monitor);
+  if (mobjMonitor_.IsNothing()) return;
+  monitorConnection_ = mobjMonitor_->OnProcessingStatus.Connect(
+      [this](int32_t code) { log.processing.mobjMonitor_ProcessingStatus(code); });
 }
 
 void FrmPopup::ConnectEngine(Ref<VellixEngine> engine) {
@@ -568,7 +572,7 @@ void FrmPopup::Form_Unload(bool& /*cancel*/) {
     trayIcon_.reset();
     UnloadOtherForm(forms_.backupManager);
     UnloadOtherForm(&forms_.iconTimer);
-    mobjMonitor_.Reset();
+    mobjMonitor(nullptr);
     ConnectEngine(nullptr);
     ctx_.engine.Reset();
     mobjConfigConnector_.Reset();

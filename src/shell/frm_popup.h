@@ -115,7 +115,7 @@ class FrmPopup : public Form, public PopupShell {
   [[nodiscard]] TrayIcon* Tray() const { return trayIcon_.get(); }
   [[nodiscard]] const Ref<VellixEngine>& mobjVellix() const { return mobjVellix_; }
   void mobjVellix(Ref<VellixEngine> engine);
-  [[nodiscard]] const Ref<::vellix::Monitor>& mobjMonitor() const { return mobjMonitor_; }
+  [[nodiscard]] const Ref<::vellix::Monitor>& mobjMonitor() const override { return mobjMonitor_; }
   void mobjMonitor(Ref<::vellix::Monitor> monitor) override;
 
   // Controls of the shell, in the order of the form.
@@ -219,6 +219,7 @@ class FrmPopup : public Form, public PopupShell {
   std::vector<Connection> vellixConnections_;
   Ref<ConfigConnector> mobjConfigConnector_;
   Ref<::vellix::Monitor> mobjMonitor_;
+  Connection monitorConnection_;
 };
 
 }  // namespace vellix

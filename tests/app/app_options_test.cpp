@@ -83,6 +83,7 @@ TEST(CommandLine, TheProgramEndsWithStatus2AndAMessageOnABadCommandLine) {
   const Case cases[] = {
       {"--profile /no/such/file", "/no/such/file"},
       {"--profile " VELLIX_SOURCE_DIR "/README.md", VELLIX_SOURCE_DIR "/README.md"},
+      {"--profile " VELLIX_SOURCE_DIR "/docs", "/docs\" can't be read: it is not a Maildir"},
       {"--colour", "Unknown option 'colour'"},
       {"--export-store /no/such.pst /tmp/out.mbox", "/no/such.pst\" can't be opened"},
       {"--export-store " VELLIX_SOURCE_DIR "/README.md /tmp/out.mbox", "no SQLite database"},

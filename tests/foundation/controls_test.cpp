@@ -432,3 +432,38 @@ TEST_F(ControlsTest, DatePickerAndUpDownRaiseChangeAndKeepTheirRange) {
 
 }  // namespace
 }  // namespace vellix
+
+namespace vellix {
+namespace {
+
+TEST(LogBox, LinesGoOnTopTheTextEndsEachWithABreakAndObserversLearnOfEachLine) {
+  test::ScriptedHost host;
+  Form form{host, "frmLog"};
+  LogBox box{form, "txtLog"};
+  std::vector<std::string> changes;
+  Connection c = box.OnChanged(
+      [&changes](Control&, std::string_view property) { changes.emplace_back(property); });
+
+  EXPECT_EQ(box.Text(), "");
+  box.PrependLine("first");
+  box.PrependLine("");
+  box.PrependLine("third");
+  EXPECT_EQ(box.Text(), "third\r\n\r\nfirst\r\n");
+  EXPECT_EQ(box.Line(0), "third");
+  EXPECT_THAT(changes, ElementsAre("Prepend", "Prepend", "Prepend"));
+
+  // The text read back and set again keeps the box as it was, blank line
+  // included; a last piece without its break is a line as well.
+  changes.clear();
+  box.Text(box.Text());
+  EXPECT_THAT(changes, IsEmpty());
+  box.Text("one\r\ntwo");
+  EXPECT_EQ(box.LineCount(), 2U);
+  EXPECT_EQ(box.Text(), "one\r\ntwo\r\n");
+  box.Text("");
+  EXPECT_EQ(box.LineCount(), 0U);
+  EXPECT_THAT(changes, ElementsAre("Text", "Text"));
+}
+
+}  // namespace
+}  // namespace vellix

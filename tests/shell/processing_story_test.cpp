@@ -9,6 +9,7 @@
 #include "dialogs/frm_purge_notice.h"
 #include "foundation/agent.h"
 #include "foundation/engine_config.h"
+#include "foundation/log_box.h"
 #include "foundation/period.h"
 #include "support/popup/popup_world.h"
 
@@ -16,6 +17,7 @@ namespace vellix {
 namespace {
 
 using ::testing::Contains;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 int32_t ItemsInStores(test::PopupWorld& w) {
@@ -49,6 +51,19 @@ TEST(ProcessingStory, RunNowFilesWhatWasForecastThenAsksBeforeAPurgeAndTheSummar
 
   ASSERT_GT(forecast, 0);
   EXPECT_EQ(ItemsInStores(w), forecast);
+  // The pass's steps reached the log in order: its start at the bottom,
+  // its end on top with the count filed.
+  const LogBox& box = w.popup.log.txtLoEntries;
+  ASSERT_GT(box.LineCount(), 2U);
+  EXPECT_THAT(box.Line(box.LineCount() - 1), HasSubstr(" Processing Started "));
+  EXPECT_THAT(box.Line(0), HasSubstr(" Processing Complete Filed:" + std::to_string(forecast)));
+  // Each store the pass made shows in the mail profile under its period's name.
+  const auto periods = w.engine->Config()->Periods();
+  ASSERT_GT(periods.Count(), 0);
+  for (int32_t i = 1; i <= periods.Count(); ++i) {
+    const std::string name = periods.Item(i)->Name();
+    EXPECT_TRUE(w.mail->Profile()->FindFolder("\\\\" + name)) << name;
+  }
   // The tray showed the pass, then settled.
   EXPECT_THAT(w.tray.Shown(), Contains("ProcessingA.ico"));
   EXPECT_EQ(w.tray.Current(), "Running.ico");

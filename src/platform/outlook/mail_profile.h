@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/outlook/profile_folder.h"
@@ -63,6 +64,17 @@ class MailProfile {
   void Start();
   [[nodiscard]] bool Running() const { return running_; }
 
+  // A profile read from mail that this program must never change (a
+  // Maildir tree): a purge leaves every item where it is and logs what it
+  // would have taken.
+  [[nodiscard]] bool ReadOnly() const { return readOnly_; }
+  void MakeReadOnly() { readOnly_ = true; }
+
+  // What went wrong while the profile was read without stopping it (a
+  // message that couldn't be read), each given once, for the log.
+  void AddProblem(std::string problem) { problems_.push_back(std::move(problem)); }
+  std::vector<std::string> TakeProblems() { return std::exchange(problems_, {}); }
+
  private:
   struct ListedStore {
     std::string name;
@@ -79,6 +91,8 @@ class MailProfile {
   std::shared_ptr<StoreFileReader> reader_;
   std::vector<ListedStore> listed_;
   bool running_ = true;
+  bool readOnly_ = false;
+  std::vector<std::string> problems_;
 };
 
 // The English names of the default folders, with their kind and item type,

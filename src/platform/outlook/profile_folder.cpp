@@ -5,6 +5,7 @@
 #include "foundation/text.h"
 #include "foundation/vb_error.h"
 #include "platform/outlook/profile_folder_list.h"
+#include "platform/outlook/profile_mail_item.h"
 #include "platform/outlook/profile_message.h"
 
 namespace vellix::outlook {
@@ -37,6 +38,13 @@ Ref<OutlookFolders> ProfileFolder::Folders() {
   // Aliasing pointer: the list keeps this folder alive and reads its children.
   return MakeRef<ProfileFolderList>(
       std::shared_ptr<const FolderVector>(shared_from_this(), &children_));
+}
+
+Ref<OutlookItems> ProfileFolder::NewItems() {
+  for (auto folder = shared_from_this(); folder; folder = folder->Parent()) {
+    if (folder->outbox_) return MakeRef<ProfileItems>(folder->outbox_);
+  }
+  return MAPIFolder::NewItems();
 }
 
 std::shared_ptr<ProfileFolder> ProfileFolder::AddFolder(const std::string& name, int32_t itemType) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "foundation/outlook.h"
@@ -15,8 +16,10 @@ namespace vellix::outlook {
 class ProfileFolder;
 using FolderVector = std::vector<std::shared_ptr<ProfileFolder>>;
 
+class MailOutbox;
+
 // The error number the mail program gives for an operation it refuses.
-inline constexpr int32_t kOutlookOperationFailed = -2147467259;
+inline constexpr int32_t kOutlookOperationFailed = kOutlookOperationRefused;
 
 // A folder of the mail profile. A store is a folder without a parent: its
 // name is the store's display name and its path "\\Store".
@@ -62,6 +65,15 @@ class ProfileFolder : public MAPIFolder, public std::enable_shared_from_this<Pro
   // Why a name can't be a folder's, or empty when it can.
   static std::string NameProblem(std::string_view name);
 
+  // Where mail made in this folder and those below it is sent; set on a
+  // store by the mail program.
+  void SendMailWith(std::shared_ptr<MailOutbox> outbox) { outbox_ = std::move(outbox); }
+
+ protected:
+  // New mail, sent through the outbox of the folder or the nearest one above
+  // it; without one the items refuse Add.
+  Ref<OutlookItems> NewItems() override;
+
  private:
   std::string name_;
   int32_t itemType_;
@@ -71,6 +83,7 @@ class ProfileFolder : public MAPIFolder, public std::enable_shared_from_this<Pro
   FolderVector children_;
   std::vector<ProfileItem> items_;
   std::unordered_set<std::string> keys_;
+  std::shared_ptr<MailOutbox> outbox_;
 };
 
 }  // namespace vellix::outlook

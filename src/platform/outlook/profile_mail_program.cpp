@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "platform/outlook/maildir_profile.h"
 #include "platform/outlook/profile_application.h"
 #include "platform/outlook/profile_xml.h"
 
@@ -17,7 +18,7 @@ ProfileMailProgram::ProfileMailProgram(std::shared_ptr<MailProfile> profile)
 
 Ref<OutlookApplication> ProfileMailProgram::CreateApplication() {
   if (!profile_ && !profileFile_.empty()) {
-    auto loaded = LoadProfileFile(profileFile_);
+    auto loaded = LoadProfileAt(profileFile_);
     if (loaded.profile) {
       profile_ = std::move(loaded.profile);
     } else {
@@ -29,6 +30,8 @@ Ref<OutlookApplication> ProfileMailProgram::CreateApplication() {
   lastProblem_.clear();
   // Creating the application starts the mail program when it has quit.
   profile_->Start();
+  for (const auto& store : profile_->Stores())
+    store->SendMailWith(outbox_);
   return MakeRef<ProfileApplication>(profile_, chooser_);
 }
 

@@ -442,4 +442,12 @@ std::string RenderMessage(const ProfileItem& item) {
   return head + filler + attachmentHead + encoded + tail;
 }
 
+std::string Base64Body(std::string_view bytes) {
+  return Base64Lines(bytes);
+}
+
+std::string UnstructuredField(std::string_view name, std::string_view text) {
+  return UnstructuredHeader(name, text);
+}
+
 }  // namespace vellix::outlook

@@ -38,4 +38,11 @@ std::string WithCrlf(std::string_view text);
 // A 64-bit FNV-1a hash, the same on every machine.
 uint64_t StableHash(std::string_view text, uint64_t seed = 0);
 
+// Bytes in base64 as a MIME body: lines of 76 characters, each with its CRLF.
+std::string Base64Body(std::string_view bytes);
+
+// An unstructured header line ("Subject: ...\r\n"): line breaks in the text
+// become blanks, long lines fold, text that isn't ASCII goes in encoded words.
+std::string UnstructuredField(std::string_view name, std::string_view text);
+
 }  // namespace vellix::outlook

@@ -14,6 +14,7 @@
 #include "servers/engine/engine_file.h"
 #include "servers/engine/monitor_object.h"
 #include "servers/engine/number_text.h"
+#include "servers/engine/period_calendar.h"
 #include "servers/engine/period_object.h"
 #include "servers/engine/server_error.h"
 
@@ -192,6 +193,14 @@ AgentData& EngineCore::CreateAgent(const std::string& name) {
   AgentData agent;
   agent.id = FreeAgentId();
   agent.name = std::move(chosen);
+  // A store can't outlast the period it files into: under shorter periods
+  // (Quick setup's quarters) a new agent's stores are a period long.
+  const EngineSettings& s = data_.settings;
+  if (IntervalSeconds(s.periodCount, s.periodUnits) <
+      IntervalSeconds(agent.storeCount, agent.storeUnits)) {
+    agent.storeCount = s.periodCount;
+    agent.storeUnits = s.periodUnits;
+  }
   data_.agents.push_back(std::move(agent));
   return data_.agents.back();
 }

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include "foundation/agent.h"
@@ -110,14 +111,21 @@ class EngineCore : public std::enable_shared_from_this<EngineCore> {
   // The mail profile that shows the period stores, asked for at each use
   // (it may be loaded late); nothing shows them nowhere. Every period's
   // store is listed in the profile the first time the profile is seen.
+  // The profile belongs to the thread that calls this: a store made on
+  // another thread (a processing pass) is shown through post, which runs a
+  // function later on that thread; without post everything runs in place.
   using ProfileSource = std::function<std::shared_ptr<outlook::MailProfile>()>;
-  void ShowStoresIn(ProfileSource source);
+  using PanelPost = std::function<void(std::function<void()>)>;
+  void ShowStoresIn(ProfileSource source, PanelPost post = {});
   // Lists the period's store in the mail profile; a problem is logged.
   void ShowStore(const PeriodData& period);
   // Takes the period's store off the mail profile.
   void HideStore(const PeriodData& period);
   // The mail profile holds the period's store file open.
   bool StoreHeldOpen(const PeriodData& period);
+  // The mail profile with every period's store listed; nothing when there is
+  // none, or when asked off the profile's thread.
+  std::shared_ptr<outlook::MailProfile> Profile();
 
   // Persists the data; a failure is logged and the data stay in memory.
   void Save();
@@ -156,8 +164,11 @@ class EngineCore : public std::enable_shared_from_this<EngineCore> {
   [[nodiscard]] int16_t FreeAgentId();
   [[nodiscard]] std::string FreePeriodName(const std::string& wanted) const;
   void MoveCorruptFileAside(const std::string& why);
-  std::shared_ptr<outlook::MailProfile> Profile();
-  void ShowStore(outlook::MailProfile& profile, const PeriodData& period);
+  void ShowStore(outlook::MailProfile& profile, const std::string& name,
+                 const std::string& fileName);
+  // Runs fn under the lock on the profile's thread: at once when called
+  // there, else later through the post.
+  void OnProfileThread(std::function<void(EngineCore&)> fn);
 
   void WriteText(const std::string& text, uint64_t generation);
 
@@ -174,6 +185,8 @@ class EngineCore : public std::enable_shared_from_this<EngineCore> {
   std::shared_ptr<MonitorObject> monitor_;
   VellixEngine* engine_ = nullptr;
   ProfileSource profileSource_;
+  PanelPost profilePost_;
+  std::thread::id profileThread_;
   std::weak_ptr<outlook::MailProfile> profileSeen_;
 
   EngineData data_;

@@ -63,6 +63,7 @@ PeriodData* EngineCore::EnsurePeriodFor(Date when, std::string* why) {
   period.end = span.end;
   data_.periods.push_back(std::move(period));
   Save();
+  ShowStore(data_.periods.back());
   return &data_.periods.back();
 }
 

@@ -88,13 +88,8 @@ void EngineCore::RecordBackupRun() {
 }
 
 void EngineCore::EnsureCurrentPeriod() {
-  const size_t before = data_.periods.size();
   std::string why;
-  if (EnsurePeriodFor(Now(), &why) == nullptr) {
-    Log("EnsureCurrentPeriod", why);
-    return;
-  }
-  if (data_.periods.size() > before) ShowStore(data_.periods.back());
+  if (EnsurePeriodFor(Now(), &why) == nullptr) Log("EnsureCurrentPeriod", why);
 }
 
 bool EngineCore::AttachPeriod(std::string_view fileName) {

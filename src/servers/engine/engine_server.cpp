@@ -224,8 +224,15 @@ void EngineServer::Raise(ReportKind kind, bool value) {
   }
 }
 
-void EngineServer::ShowStoresIn(std::function<std::shared_ptr<outlook::MailProfile>()> profile) {
-  core_->ShowStoresIn(std::move(profile));
+void EngineServer::ShowStoresIn(std::function<std::shared_ptr<outlook::MailProfile>()> profile,
+                                std::function<void(std::function<void()>)> post) {
+  const auto lock = core_->Lock();
+  core_->ShowStoresIn(std::move(profile), std::move(post));
+}
+
+std::shared_ptr<outlook::MailProfile> EngineServer::ShownProfile() {
+  const auto lock = core_->Lock();
+  return core_->Profile();
 }
 
 const std::string& EngineServer::Notice() const {

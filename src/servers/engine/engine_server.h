@@ -71,7 +71,12 @@ class EngineServer final : public VellixEngine {
   // desktop loads it late; nothing: none yet). Each store is listed there as
   // a top folder named by its period, and Period.Free tells whether the
   // profile holds it open.
-  void ShowStoresIn(std::function<std::shared_ptr<outlook::MailProfile>()> profile);
+  // A store made on another thread is listed through post, on the thread
+  // that called this (the profile's own).
+  void ShowStoresIn(std::function<std::shared_ptr<outlook::MailProfile>()> profile,
+                    std::function<void(std::function<void()>)> post = {});
+  // That profile, read if need be, with every store listed.
+  std::shared_ptr<outlook::MailProfile> ShownProfile();
 
   // ---- test switches ----
 

@@ -169,9 +169,13 @@ class Processor::Pass {
       std::vector<std::vector<FolderScan>> folders;
       std::vector<std::vector<FolderScan>> imports;
       std::vector<std::string> missing;
+      std::vector<std::string> problems;
+      bool readOnly = false;
     };
     auto scans = OnPanel<Scans>([folderRoots, importRoots](outlook::MailProfile& profile) {
       Scans s;
+      s.problems = profile.TakeProblems();
+      s.readOnly = profile.ReadOnly();
       for (const auto& roots : folderRoots)
         s.folders.push_back(ScanFolders(profile, roots, &s.missing));
       for (const auto& roots : importRoots)
@@ -184,6 +188,9 @@ class Processor::Pass {
     }
     for (const auto& path : scans->missing)
       Log("The folder " + path + " is not in the mail profile");
+    for (const auto& problem : scans->problems)
+      Log(problem);
+    readOnly_ = scans->readOnly;
     plan_ = MakePlan(std::move(agents), std::move(scans->folders), std::move(scans->imports),
                      filed_, now_);
     return true;
@@ -348,7 +355,11 @@ class Processor::Pass {
         due.push_back(&item);
     }
     bool goOn = true;
-    if (!due.empty()) {
+    if (!due.empty() && readOnly_) {
+      // Nothing leaves a read-only profile: the log says what a purge would take.
+      for (const auto* item : due)
+        Log("Not purged, the mail profile is read-only: \"" + item->subject + "\" in " + scan.path);
+    } else if (!due.empty()) {
       const int32_t choice = PurgeChoice(plan.agent.id);
       bool purge = choice == 1 || choice == 0;
       if (choice == 0) {
@@ -558,6 +569,7 @@ class Processor::Pass {
   const Date now_;
   std::chrono::steady_clock::time_point lastSave_{};
   bool stopped_ = false;
+  bool readOnly_ = false;
   bool statusEvents_ = true;
   bool itemEvents_ = false;
   PassPlan plan_;

@@ -8,6 +8,7 @@
 #include <exception>
 #include <utility>
 
+#include "foundation/log_box.h"
 #include "foundation/scoped_value.h"
 
 namespace vellix::qtview {
@@ -182,6 +183,9 @@ std::unique_ptr<ControlBinding> MakeBinding(Control& control, QWidget* parent,
     case ControlKind::TreeView:
     case ControlKind::FlexGrid:
       binding = MakeListBinding(control, parent, context);
+      break;
+    case ControlKind::LogBox:
+      binding = MakeLogBoxBinding(static_cast<LogBox&>(control), parent, context);
       break;
     default:
       binding = MakeSimpleBinding(control, parent, context);

@@ -12,6 +12,10 @@
 #include "foundation/control.h"
 #include "foundation/event.h"
 
+namespace vellix {
+class LogBox;
+}  // namespace vellix
+
 namespace vellix::qtview {
 
 // What a control's widget needs from the window it lies in.
@@ -84,6 +88,8 @@ std::unique_ptr<ControlBinding> MakeSimpleBinding(Control& control, QWidget* par
                                                   const RenderContext& context);
 std::unique_ptr<ControlBinding> MakeListBinding(Control& control, QWidget* parent,
                                                 const RenderContext& context);
+std::unique_ptr<ControlBinding> MakeLogBoxBinding(LogBox& box, QWidget* parent,
+                                                  const RenderContext& context);
 
 // The text of a caption without the runtime's access-key marks: "&File" ->
 // "File", "A && B" -> "A & B".

@@ -7,7 +7,10 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <functional>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "engine_fixture.h"
@@ -307,10 +310,12 @@ TEST_F(BackupSideTest, TheMailProfileHoldsTheStoresItShowsUntilItQuits) {
   auto config = Config();
   auto current = config->Period("File 2024");
 
-  // The store made before the profile was handed over shows, held open.
+  // The profile is read when first needed: the store made before then
+  // shows, held open.
+  EXPECT_EQ(profile->Stores().size(), 1u);
+  EXPECT_EQ(current->Free(), 0);
   ASSERT_EQ(profile->Stores().size(), 2u);
   EXPECT_EQ(profile->Stores()[1]->Name(), "File 2024");
-  EXPECT_EQ(current->Free(), 0);
   EXPECT_EQ(current->Valid(), -1);
   EXPECT_EQ(OpenHandles(store), 1);
 
@@ -370,6 +375,50 @@ TEST_F(BackupSideTest, TheMailProfileHoldsTheStoresItShowsUntilItQuits) {
   config->ResetConfig();
   EXPECT_EQ(profile->Stores().size(), 2u);
   EXPECT_EQ(OpenHandles(store), 0);
+}
+
+TEST_F(BackupSideTest, AStoreMadeOnAnotherThreadShowsOnlyWhenTheProfilesThreadRunsTheTask) {
+  auto profile = std::make_shared<outlook::MailProfile>();
+  std::vector<std::function<void()>> posted;
+  std::mutex postedMutex;
+  engine->ShowStoresIn([profile] { return profile; },
+                       [&](std::function<void()> fn) {
+                         const std::lock_guard lock(postedMutex);
+                         posted.push_back(std::move(fn));
+                       });
+  auto config = Config();
+  EXPECT_EQ(config->Period("File 2024")->Free(), 0);
+  ASSERT_EQ(profile->Stores().size(), 1u);
+
+  // A pass files into a new period from its worker: the profile is not
+  // touched there, and a question from there is answered "not held".
+  const fs::path restoredFile = Native("c:\\Orvane Vellix Store\\Restored.pst");
+  MakeStoreWithItems(restoredFile, "File 2019");
+  int32_t freeSeenByWorker = 0;
+  std::thread worker([&] {
+    auto workerConfig = Config();
+    ASSERT_TRUE(workerConfig->AttachPeriod("Restored.pst"));
+    freeSeenByWorker = workerConfig->Period("File 2019")->Free();
+  });
+  worker.join();
+  EXPECT_EQ(freeSeenByWorker, -1);
+  EXPECT_EQ(profile->Stores().size(), 1u);
+  ASSERT_EQ(posted.size(), 1u);
+
+  posted[0]();
+  ASSERT_EQ(profile->Stores().size(), 2u);
+  EXPECT_EQ(profile->Stores()[1]->Name(), "File 2019");
+  EXPECT_EQ(config->Period("File 2019")->Free(), 0);
+
+  // Tasks still queued when the engine is gone do nothing.
+  engine->Configured(false);
+  std::thread([&] { Config()->ResetConfig(); }).join();
+  ASSERT_EQ(posted.size(), 3u);
+  config = nullptr;
+  engine.reset();
+  posted[1]();
+  posted[2]();
+  EXPECT_EQ(profile->Stores().size(), 2u);
 }
 
 }  // namespace

@@ -71,6 +71,17 @@ TEST_F(EngineTest, ANewAgentGetsAFreshNameTheDocumentedDefaultsAndAnUnknownType)
                        first->Folders().Count(), first->Periods().Count()),
             std::tuple(false, false, true, 0, 0));
   EXPECT_EQ(first->ImportTime(), Date());
+
+  // Under quarterly periods a new agent's stores are a quarter long; a
+  // longer period leaves the year.
+  config->PeriodCount(1);
+  config->PeriodUnits("Quarter");
+  auto quarterly = config->CreateAgent("");
+  EXPECT_EQ(std::tuple(quarterly->StoreCount(), quarterly->StoreUnits()), std::tuple(1, "Quarter"));
+  config->PeriodCount(2);
+  config->PeriodUnits("Year");
+  auto yearly = config->CreateAgent("");
+  EXPECT_EQ(std::tuple(yearly->StoreCount(), yearly->StoreUnits()), std::tuple(1, "Year"));
 }
 
 TEST_F(EngineTest, FoldersAndTheImportListKeepOneEntryPerPath) {

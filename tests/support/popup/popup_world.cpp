@@ -99,15 +99,20 @@ void PopupWorld::OpenEngine(std::unique_ptr<engine::ProcessingHooks> hooks) {
 }
 
 engine::Processor& PopupWorld::UseProcessor() {
+  const auto post = [this](std::function<void()> fn) { host.Post(std::move(fn)); };
   engine::ProcessorOptions work;
-  work.post = [this](std::function<void()> fn) { host.Post(std::move(fn)); };
-  work.profile = [this] {
-    mail->CreateApplication();  // the profile is read on first use
-    return mail->Profile();
-  };
+  work.post = post;
+  // As in the application: the passes see the profile with the stores listed.
+  work.profile = [this] { return engine->ShownProfile(); };
   auto processor = std::make_unique<engine::Processor>(std::move(work));
   engine::Processor& made = *processor;
   OpenEngine(std::move(processor));
+  engine->ShowStoresIn(
+      [this] {
+        mail->CreateApplication();  // the profile is read on first use
+        return mail->Profile();
+      },
+      post);
   return made;
 }
 
