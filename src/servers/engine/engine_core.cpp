@@ -8,6 +8,7 @@
 
 #include "foundation/text.h"
 #include "servers/common/file_trouble.h"
+#include "servers/config/atomic_file.h"
 #include "servers/engine/agent_object.h"
 #include "servers/engine/config_object.h"
 #include "servers/engine/engine_file.h"
@@ -253,13 +254,33 @@ void EngineCore::Log(std::string_view procedure, const std::string& message) {
 }
 
 void EngineCore::Save() {
+  const auto lock = Lock();
   if (!openError_.empty()) return;  // a file that couldn't be read stays as it is
+  WriteText(EngineFileText(data_), ++textsMade_);
+}
+
+void EngineCore::SaveUnlocked() {
+  std::string text;
+  uint64_t generation = 0;
+  {
+    const auto lock = Lock();
+    if (!openError_.empty()) return;
+    text = EngineFileText(data_);
+    generation = ++textsMade_;
+  }
+  WriteText(text, generation);
+}
+
+void EngineCore::WriteText(const std::string& text, uint64_t generation) {
+  std::lock_guard write(writeMutex_);
+  if (generation < textWritten_) return;  // newer data are on the disk already
   std::string error;
   std::error_code ec;
   if (file_.has_parent_path()) std::filesystem::create_directories(file_.parent_path(), ec);
-  if (!WriteEngineFile(file_, data_, &error)) {
+  if (!WriteFileAtomically(file_, text, &error)) {
     Log("Save", "The engine file " + file_.string() + " can't be written: " + error);
   }
+  textWritten_ = generation;
 }
 
 }  // namespace vellix::engine

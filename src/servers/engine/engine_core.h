@@ -129,6 +129,11 @@ class EngineCore : public std::enable_shared_from_this<EngineCore> {
 
   // Persists the data; a failure is logged and the data stay in memory.
   void Save();
+  // As Save, for a caller that does not hold the lock: the file's text is
+  // made under the lock and written after it is let go, so that whoever
+  // reads the data meanwhile does not wait for the disk. Writes keep their
+  // order: a text older than one on the disk already is dropped.
+  void SaveUnlocked();
   // Writes a saved copy of the configuration into the backup folder.
   void SaveCopyToBackup();
   // Replaces the configuration by a saved copy; see docs/engine-standin.md.
@@ -165,7 +170,13 @@ class EngineCore : public std::enable_shared_from_this<EngineCore> {
   // there, else later through the post.
   void OnProfileThread(std::function<void(EngineCore&)> fn);
 
+  void WriteText(const std::string& text, uint64_t generation);
+
   mutable std::recursive_mutex mutex_;
+  // Held while the engine file is written; taken after mutex_, never before it.
+  std::mutex writeMutex_;
+  uint64_t textsMade_ = 0;    // under mutex_
+  uint64_t textWritten_ = 0;  // under writeMutex_
   std::filesystem::path file_;
   desktop::PathMapping paths_;
   const Clock& clock_;

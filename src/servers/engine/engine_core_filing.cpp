@@ -11,10 +11,14 @@
 namespace vellix::engine {
 
 PeriodData* EngineCore::EnsurePeriodFor(Date when, std::string* why) {
-  const auto lock = Lock();
-  for (auto& period : data_.periods) {
-    if (period.start <= when && when < period.end) return &period;
-  }
+  auto lock = Lock();
+  const auto holding = [&]() -> PeriodData* {
+    for (auto& period : data_.periods) {
+      if (period.start <= when && when < period.end) return &period;
+    }
+    return nullptr;
+  };
+  if (PeriodData* period = holding()) return period;
   const EngineSettings& s = data_.settings;
   if (Trim(s.storeLocation).empty()) {
     *why = "No store location is set, so no period store can be made";
@@ -36,12 +40,19 @@ PeriodData* EngineCore::EnsurePeriodFor(Date when, std::string* why) {
 
   const std::string fileName = JoinLogic(s.storeLocation, name + ".pst");
   const auto native = Native(fileName);
+  // The file is made with the lock let go (unless the caller holds it too),
+  // so that whoever reads the data meanwhile does not wait for the disk.
+  lock.unlock();
   std::error_code ec;
   std::filesystem::create_directories(native.parent_path(), ec);
   std::string error;
   // A store left from before (a reset configuration) is taken up again.
-  if (!CreateStoreFile(native, name, span.start, span.end, &error) &&
-      !InspectStoreFile(native).isStore) {
+  const bool made = CreateStoreFile(native, name, span.start, span.end, &error) ||
+                    InspectStoreFile(native).isStore;
+  lock.lock();
+  // Someone else may have made the period meanwhile, with this very file.
+  if (PeriodData* period = holding()) return period;
+  if (!made) {
     *why = "The store file " + fileName + " can't be made: " + error;
     return nullptr;
   }

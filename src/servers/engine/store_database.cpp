@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -28,8 +29,11 @@ constexpr int32_t kApplicationId = 0x56454C58;
 // flushes the journal before the store is written and the store before the
 // journal goes, so a writer killed or a power cut at any moment leaves the
 // store as of its last commit; the next opening rolls a left-over journal back.
+// A batch's pages stay in memory until its commit (up to 32 MiB): spilling
+// them into the store early would cost a flush of the journal mid-batch.
 constexpr const char* kConnectionSetup =
-    "PRAGMA journal_mode=DELETE; PRAGMA synchronous=FULL; PRAGMA foreign_keys=OFF;";
+    "PRAGMA journal_mode=DELETE; PRAGMA synchronous=FULL; PRAGMA foreign_keys=OFF; "
+    "PRAGMA cache_size=-32768;";
 
 // Each item whole, once: the key is unique, and empty keys or messages are refused
 // by the file itself, not only by this program.
@@ -212,8 +216,13 @@ struct StoreDatabase::State {
   sqlite3* db = nullptr;
   std::filesystem::path file;
   StoreHeader header;
+  // Filing's statement, prepared at the first batch and kept for the next.
+  std::optional<Statement> insert;
 
-  ~State() { sqlite3_close_v2(db); }
+  ~State() {
+    insert.reset();
+    sqlite3_close_v2(db);
+  }
 
   [[noreturn]] void Fail(const std::string& doing) const {
     RaiseServerError("The store " + Quoted(file) + " " + doing + ": " + sqlite3_errmsg(db));
@@ -368,16 +377,23 @@ std::vector<FileOutcome> StoreDatabase::FileItems(std::span<const StoreItem> ite
   }
   const auto rollBack = [&](const std::string& doing) {
     const std::string why = sqlite3_errmsg(s.db);
+    if (s.insert) s.insert->Reset();
     sqlite3_exec(s.db, "ROLLBACK", nullptr, nullptr, nullptr);
     RaiseServerError("The store " + Quoted(s.file) + " " + doing + ": " + why);
   };
   std::vector<FileOutcome> outcomes;
   outcomes.reserve(items.size());
   {
-    Statement insert(s.db, (std::string("INSERT INTO items (") + kItemColumns +
-                            ") VALUES (?, ?, ?, ?, ?, ?) ON CONFLICT (item_key) DO NOTHING")
-                               .c_str());
-    if (!insert.Ok()) rollBack("can't take items");
+    if (!s.insert) {
+      s.insert.emplace(s.db, (std::string("INSERT INTO items (") + kItemColumns +
+                              ") VALUES (?, ?, ?, ?, ?, ?) ON CONFLICT (item_key) DO NOTHING")
+                                 .c_str());
+      if (!s.insert->Ok()) {
+        s.insert.reset();
+        rollBack("can't take items");
+      }
+    }
+    Statement& insert = *s.insert;
     for (const StoreItem& item : items) {
       insert.Bind(1, item.key);
       insert.Bind(2, item.folderPath);
