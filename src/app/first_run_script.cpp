@@ -13,6 +13,7 @@
 #include "dialogs/frm_predictive_start.h"
 #include "forms/panel.h"
 #include "foundation/controls.h"
+#include "foundation/monitor.h"
 #include "foundation/text.h"
 #include "shell/frm_popup.h"
 #include "view/qt/qt_host.h"
@@ -25,7 +26,9 @@ namespace {
 constexpr int kSettleMs = 300;
 // A run that hasn't finished by then is stuck (a dialog nobody answers).
 constexpr int kWatchdogMs = 60000;
-constexpr int kPictures = 6;
+// How many settle times the script waits for a pass to end.
+constexpr int kPassPolls = 100;
+constexpr int kPictures = 7;
 
 // Whether the control lies in the container, directly or further down.
 bool Inside(const Form& form, const Control& control, const std::string& container) {
@@ -165,8 +168,10 @@ void FirstRunScript::SummaryStep() {
 void FirstRunScript::SummaryShot() {
   step_ = "summary picture";
   Shot(popup_, "summary.png");
-  TabShot("Periods", "periods.png",
-          [this] { TabShot("Agents", "agents.png", [this] { SupportMessageStep(); }); });
+  TabShot("Periods", "periods.png", [this] {
+    TabShot("Agents", "agents.png",
+            [this] { TabShot("Log", "log.png", [this] { WaitForPassEnd(0); }); });
+  });
 }
 
 void FirstRunScript::TabShot(const char* tab, const char* file, std::function<void()> next) {
@@ -176,6 +181,31 @@ void FirstRunScript::TabShot(const char* tab, const char* file, std::function<vo
     Shot(popup_, file);
     next();
   });
+}
+
+void FirstRunScript::TrayPicture(const std::string& picture, const QIcon& icon) {
+  if (trayShot_ || picture.find("Processing") == std::string::npos) return;
+  trayShot_ = true;
+  const auto path = outDir_ / "tray-processing.png";
+  if (icon.pixmap(64, 64).save(QString::fromStdString(path.string()), "PNG")) {
+    std::printf("screenshot: wrote %s (%s)\n", path.string().c_str(), picture.c_str());
+  } else {
+    Note("unable to write " + path.string());
+  }
+}
+
+void FirstRunScript::WaitForPassEnd(int polls) {
+  // Leaving mid-pass would stop it at the next item: the stores would be
+  // made and half filled. The pass ends on its own within seconds.
+  step_ = "waiting for the pass to end";
+  const auto& monitor = popup_.mobjMonitor();
+  const bool processing = !monitor.IsNothing() && monitor->Processing();
+  if (processing && polls < kPassPolls) {
+    QTimer::singleShot(kSettleMs, this, [this, polls] { WaitForPassEnd(polls + 1); });
+    return;
+  }
+  if (processing) Note("the pass was still going at exit");
+  SupportMessageStep();
 }
 
 void FirstRunScript::SupportMessageStep() {

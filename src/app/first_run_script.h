@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QIcon>
 #include <QObject>
 #include <filesystem>
 #include <functional>
@@ -37,6 +38,9 @@ class FirstRunScript : public QObject {
   void Start();
   // The view showed a form.
   void FormShown(Form& form, QWidget& window);
+  // The tray took a picture: the first processing one is kept, as the
+  // tray shows it.
+  void TrayPicture(const std::string& picture, const QIcon& icon);
 
   // 0 when every picture was written, 1 otherwise; the notes say what was missed.
   [[nodiscard]] int ExitCode() const;
@@ -51,6 +55,7 @@ class FirstRunScript : public QObject {
   void TabShot(const char* tab, const char* file, std::function<void()> next);
   // Opens the support message from the Log tab; its picture is taken while
   // it is up, and it is cancelled.
+  void WaitForPassEnd(int polls);
   void SupportMessageStep();
   void SupportMessageShot(Form& form);
   void Finish();
@@ -67,6 +72,7 @@ class FirstRunScript : public QObject {
   std::filesystem::path backupFolder_;
   std::string step_ = "start";
   bool quickSetupDone_ = false;
+  bool trayShot_ = false;
   bool predictiveSeen_ = false;
   bool supportSeen_ = false;
   bool finished_ = false;

@@ -207,6 +207,9 @@ int main(int argc, char** argv) {
       std::fprintf(stderr, "vellix-control: %s\n", error.c_str());
       return 1;
     }
+    tray.pictureShown = [&script, &tray](const std::string& picture) {
+      script->TrayPicture(picture, tray.Icon().icon());
+    };
   }
   app::FirstPaintWatch firstPaint;
   firstPaint.OnFirstPaint = [] {

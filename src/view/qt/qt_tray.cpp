@@ -85,6 +85,7 @@ void QtTray::Show(const std::string& picture, const std::string& tip) {
   icon_->setToolTip(Qs(tip));
   wanted_ = true;
   icon_->show();
+  if (pictureShown) pictureShown(picture);
 }
 
 void QtTray::Gesture(QSystemTrayIcon::ActivationReason reason) {

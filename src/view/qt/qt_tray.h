@@ -35,6 +35,8 @@ class QtTray : public TrayPlatform {
   void AttachForm(Form& popup);
   // The icon itself, for the application and for tests.
   [[nodiscard]] QSystemTrayIcon& Icon() { return *icon_; }
+  // Told each picture the icon takes, by the name the model gave it.
+  std::function<void(const std::string& picture)> pictureShown;
 
   std::string LoadPicture(const std::string& path) override;
   void Add(const std::string& picture, const std::string& tip) override;
