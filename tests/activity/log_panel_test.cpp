@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/log_box.h"
 #include "foundation/monitor.h"
 #include "support/popup/popup_world.h"
 
@@ -81,6 +82,50 @@ TEST(LogPanel, TheUserSwitchesTheLevelAndTheBackupTimerKeepsItsTraceOnlyWhileLog
   for (const test::LogRecord& r : w.Problems())
     ticks.push_back(r.procedure + " " + std::to_string(r.number));
   EXPECT_THAT(ticks, ElementsAre("tmrBackupTimer_Timer 91", "tmrBackupTimer_Timer 91"));
+}
+
+TEST(LogPanel, EachLevelFetchesTheMonitorBeforeItIsWrittenAndOffStopsTheLinesButKeepsThem) {
+  test::PopupWorld w;
+  w.engine->Configured(true);
+  w.Start();
+  w.popup.tabControlOptions.Tabs("Log").Selected(true);
+  ASSERT_TRUE(w.popup.log.optLoOn.Value());
+  const Ref<Monitor> monitor = w.engine->Monitor();
+  monitor->OnProcessingStatus.Raise(0);
+  ASSERT_EQ(w.popup.log.txtLoEntries.LineCount(), 1U);
+
+  // Switching on, the monitor comes first: when it can't be had, the level
+  // is not written.
+  w.engine->FailCall("get Monitor", -1, 1);
+  w.engine->ClearJournal();
+  ASSERT_TRUE(w.popup.log.optLoVerbose.UserClick());
+  EXPECT_EQ(Count(w.Journal(), "put LoggingLevel Verbose"), 0);
+  EXPECT_EQ(w.engine->LoggingLevel(), "On");
+  ASSERT_TRUE(w.popup.log.optLoOn.UserClick());
+  ASSERT_TRUE(w.popup.log.optLoVerbose.UserClick());
+  EXPECT_EQ(w.engine->LoggingLevel(), "Verbose");
+  monitor->OnProcessingStatus.Raise(10);
+  EXPECT_EQ(w.popup.log.txtLoEntries.LineCount(), 2U) << "old lines stay";
+
+  // Switching off, the level falls first: when it can't be written, the
+  // monitor stays.
+  w.engine->FailCall("put LoggingLevel", -1, 1);
+  ASSERT_TRUE(w.popup.log.optLoOff.UserClick());
+  EXPECT_FALSE(w.popup.mobjMonitor().IsNothing());
+  ASSERT_TRUE(w.popup.log.optLoOn.UserClick());
+  ASSERT_TRUE(w.popup.log.optLoOff.UserClick());
+  EXPECT_EQ(w.engine->LoggingLevel(), "Off");
+  EXPECT_TRUE(w.popup.mobjMonitor().IsNothing());
+  const std::string kept = w.popup.log.txtLoEntries.Text();
+  monitor->OnProcessingStatus.Raise(0);
+  EXPECT_EQ(w.popup.log.txtLoEntries.Text(), kept);
+  w.log->records.clear();  // the two refused calls' traces
+
+  // On again: the same box goes on growing.
+  ASSERT_TRUE(w.popup.log.optLoOn.UserClick());
+  monitor->OnProcessingStatus.Raise(16);
+  EXPECT_EQ(w.popup.log.txtLoEntries.LineCount(), 3U);
+  EXPECT_THAT(w.Problems(), IsEmpty());
 }
 
 }  // namespace
