@@ -18,12 +18,6 @@ constexpr const char* kModule = "frmSupportMessage";
 constexpr int32_t kInbox = 6;
 constexpr int32_t kMailItem = 0;
 
-int16_t Metric(ConfigNode& root, const char* name) {
-  return root.GetNode(std::string("CommonFormat.FormLayout.") + name, false, "", Variant())
-      ->GetContent()
-      .ToInteger();
-}
-
 // A step of the mail whose failure doesn't stop it: the next step runs, and
 // nothing is logged.
 template <class Step>
@@ -78,17 +72,7 @@ void FrmSupportMessage::ShowModal(LogText logText) {
 void FrmSupportMessage::Form_Load() {
   Frame frame(ctx_, kModule, "Form_Load");
   frame.Run([&] {
-    ConfigNode& root = *ctx_.rootNode;
-    LayoutMetrics m;
-    m.TextOffset = Metric(root, "TextOffset");
-    m.Border = Metric(root, "Border");
-    m.RowHeight = Metric(root, "RowHeight");
-    m.ButtonWidth = Metric(root, "ButtonWidth");
-    m.FormBLRBorder = Metric(root, "FormBLRBorder");
-    m.FormTopBorder = Metric(root, "FormTopBorder");
-    m.LabelColumnWidth = Metric(root, "LabelColumnWidth");
-    m.DataColumnWidth = Metric(root, "DataColumnWidth");
-    metrics_ = m;
+    metrics_ = LayoutMetrics::Read(*ctx_.rootNode, false);
     LayoutForm();
     LoadForm();
   });

@@ -15,7 +15,7 @@ int16_t Metric(ConfigNode& root, const char* suffix) {
 }
 }  // namespace
 
-LayoutMetrics LayoutMetrics::Read(ConfigNode& root) {
+LayoutMetrics LayoutMetrics::Read(ConfigNode& root, bool withCharWidth) {
   LayoutMetrics m;
   m.TextOffset = Metric(root, ".TextOffset");
   m.Border = Metric(root, ".Border");
@@ -25,7 +25,7 @@ LayoutMetrics LayoutMetrics::Read(ConfigNode& root) {
   m.FormTopBorder = Metric(root, ".FormTopBorder");
   m.LabelColumnWidth = Metric(root, ".LabelColumnWidth");
   m.DataColumnWidth = Metric(root, ".DataColumnWidth");
-  m.CharWidth = Metric(root, ".CharWidth");
+  if (withCharWidth) m.CharWidth = Metric(root, ".CharWidth");
   return m;
 }
 

@@ -21,9 +21,10 @@ struct LayoutMetrics {
   int16_t CharWidth = 0;
 
   // Reads the nine from "CommonFormat.FormLayout" of the root, in the order
-  // above. A missing node fails on nothing; a value that isn't a 16-bit number
+  // above; a form that lays out no text by characters reads the first eight
+  // only. A missing node fails on nothing; a value that isn't a 16-bit number
   // raises its conversion error. Either stops the caller's procedure.
-  static LayoutMetrics Read(ConfigNode& root);
+  static LayoutMetrics Read(ConfigNode& root, bool withCharWidth = true);
 };
 
 // A 16-bit sum or product of layout values: raises overflow (6) past 32767.

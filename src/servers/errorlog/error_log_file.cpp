@@ -71,6 +71,13 @@ bool ErrorLogFile::Open(std::string* error) {
     if (error) *error = "Unable to open " + path_.string() + ": " + std::strerror(errno);
     return false;
   }
+  // A writer killed in the middle of a line that crossed a page of the disk
+  // cache leaves it cut short: the next record starts on a line of its own.
+  std::FILE* tail = std::fopen(path_.c_str(), "rbe");
+  if (tail != nullptr) {
+    if (std::fseek(tail, -1, SEEK_END) == 0 && std::fgetc(tail) != '\n') std::fputc('\n', file_);
+    std::fclose(tail);
+  }
   return true;
 }
 
