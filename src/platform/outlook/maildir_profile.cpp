@@ -249,12 +249,12 @@ class TreeReader {
     for (const auto& name : DotFolders())
       ReadDotFolder(name, inbox);
     // A kind the tree has no folder for still answers, with an empty folder.
-    for (const auto& spec : EnglishDefaultFolders()) {
-      if (profile_.DefaultFolder(spec.kind)) continue;
-      std::string name = spec.name;
+    for (const auto& folder : EnglishDefaultFolders()) {
+      if (profile_.DefaultFolder(folder.kind)) continue;
+      std::string name = folder.name;
       for (int n = 2; store_->SubFolder(name); ++n)
-        name = std::string(spec.name) + " (" + std::to_string(n) + ")";
-      profile_.DefaultFolder(spec.kind, store_->AddFolder(name, spec.itemType));
+        name = std::string(folder.name) + " (" + std::to_string(n) + ")";
+      profile_.DefaultFolder(folder.kind, store_->AddFolder(name, folder.itemType));
     }
   }
 
