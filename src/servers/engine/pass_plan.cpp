@@ -13,21 +13,23 @@
 
 namespace vellix::engine {
 
-void ScanInto(outlook::ProfileFolder& folder, bool subFolders, std::vector<FolderScan>& out) {
+namespace {
+
+void ListInto(outlook::ProfileFolder& folder, bool subFolders, std::vector<FolderScan>& out) {
   FolderScan scan;
   scan.path = folder.FolderPath();
   scan.name = folder.Name();
   scan.itemType = folder.DefaultItemType();
-  scan.items.reserve(folder.Items().size());
-  for (const auto& item : folder.Items())
-    scan.items.push_back({item.key, item.received, item.subject, scan.items.size()});
+  scan.listed = folder.Items().size();
   out.push_back(std::move(scan));
   if (!subFolders) return;
   for (const auto& child : folder.SubFolders())
-    ScanInto(*child, true, out);
+    ListInto(*child, true, out);
 }
 
-std::vector<FolderScan> ScanFolders(outlook::MailProfile& profile,
+}  // namespace
+
+std::vector<FolderScan> ListFolders(outlook::MailProfile& profile,
                                     const std::vector<std::pair<std::string, bool>>& roots,
                                     std::vector<std::string>* missing) {
   std::vector<FolderScan> out;
@@ -37,10 +39,31 @@ std::vector<FolderScan> ScanFolders(outlook::MailProfile& profile,
       if (missing != nullptr) missing->push_back(path);
       continue;
     }
-    ScanInto(*folder, subFolders, out);
+    ListInto(*folder, subFolders, out);
   }
   std::set<std::string> seen;
   std::erase_if(out, [&](const FolderScan& f) { return !seen.insert(LCase(f.path)).second; });
+  return out;
+}
+
+std::vector<LightItem> ScanSlice(outlook::MailProfile& profile, const std::string& path,
+                                 size_t from, size_t to) {
+  std::vector<LightItem> out;
+  const auto folder = profile.FindFolder(path);
+  if (!folder) return out;
+  const auto& items = folder->Items();
+  to = std::min(to, items.size());
+  for (size_t i = from; i < to; ++i)
+    out.push_back({items[i].key, items[i].received, items[i].subject, i});
+  return out;
+}
+
+std::vector<FolderScan> ScanFolders(outlook::MailProfile& profile,
+                                    const std::vector<std::pair<std::string, bool>>& roots,
+                                    std::vector<std::string>* missing) {
+  auto out = ListFolders(profile, roots, missing);
+  for (auto& scan : out)
+    scan.items = ScanSlice(profile, scan.path, 0, scan.listed);
   return out;
 }
 

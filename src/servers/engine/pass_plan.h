@@ -36,12 +36,22 @@ struct FolderScan {
   std::string name;
   int32_t itemType = 0;
   std::vector<LightItem> items;
+  size_t listed = 0;  // items the folder held when it was listed
 };
 
-// The folder (with what lies below it when asked) as it stands, folder by folder.
-void ScanInto(outlook::ProfileFolder& folder, bool subFolders, std::vector<FolderScan>& out);
+// The folders at these paths (with what lies below them when asked), each
+// once, with how many items they hold but not the items: ScanSlice reads
+// those, a slice at a time.
+std::vector<FolderScan> ListFolders(outlook::MailProfile& profile,
+                                    const std::vector<std::pair<std::string, bool>>& roots,
+                                    std::vector<std::string>* missing);
 
-// The folders at these paths (with what lies below them when asked), each once.
+// Items from..to (to past the end reads to the end) of the folder at path as
+// it stands now; nothing when the folder is gone.
+std::vector<LightItem> ScanSlice(outlook::MailProfile& profile, const std::string& path,
+                                 size_t from, size_t to);
+
+// The folders with all their items, read at once.
 std::vector<FolderScan> ScanFolders(outlook::MailProfile& profile,
                                     const std::vector<std::pair<std::string, bool>>& roots,
                                     std::vector<std::string>* missing);

@@ -34,6 +34,9 @@ struct ProcessorOptions {
   // three or four times, so fewer, larger ones file faster; the items of one
   // are held in memory until it commits.
   int batchItems = 2000;
+  // Items of a folder read in one task on the panel's thread at the start of
+  // a pass: small enough that the window never waits long for it.
+  size_t scanSlice = 5000;
 };
 
 // The engine's processing: passes over the agents' folders that file items

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <exception>
 #include <functional>
 #include <iterator>
@@ -165,34 +166,88 @@ class Processor::Pass {
       folderRoots.push_back(FolderRoots(agent));
       importRoots.push_back(ImportRoots(agent));
     }
-    struct Scans {
+    struct Lists {
       std::vector<std::vector<FolderScan>> folders;
       std::vector<std::vector<FolderScan>> imports;
       std::vector<std::string> missing;
       std::vector<std::string> problems;
       bool readOnly = false;
     };
-    auto scans = OnPanel<Scans>([folderRoots, importRoots](outlook::MailProfile& profile) {
-      Scans s;
+    auto lists = OnPanel<Lists>([folderRoots, importRoots](outlook::MailProfile& profile) {
+      Lists s;
       s.problems = profile.TakeProblems();
       s.readOnly = profile.ReadOnly();
       for (const auto& roots : folderRoots)
-        s.folders.push_back(ScanFolders(profile, roots, &s.missing));
+        s.folders.push_back(ListFolders(profile, roots, &s.missing));
       for (const auto& roots : importRoots)
-        s.imports.push_back(ScanFolders(profile, roots, &s.missing));
+        s.imports.push_back(ListFolders(profile, roots, &s.missing));
       return s;
     });
-    if (!scans) {
+    if (!lists || !ReadItems(*lists)) {
       if (!Stopped()) Log("The mail profile can't be read, so nothing was filed");
       return false;
     }
-    for (const auto& path : scans->missing)
+    for (const auto& path : lists->missing)
       Log("The folder " + path + " is not in the mail profile");
-    for (const auto& problem : scans->problems)
+    for (const auto& problem : lists->problems)
       Log(problem);
-    readOnly_ = scans->readOnly;
-    plan_ = MakePlan(std::move(agents), std::move(scans->folders), std::move(scans->imports),
+    readOnly_ = lists->readOnly;
+    plan_ = MakePlan(std::move(agents), std::move(lists->folders), std::move(lists->imports),
                      filed_, now_);
+    return true;
+  }
+
+  // Fills the listed folders with their items, read in slices so that the
+  // panel's thread gets its turn between two however big a folder is. The
+  // folder may change between two slices: an item that moved up into a slice
+  // already read waits for the next pass, and one seen twice is kept once.
+  // Each folder is read once, however many agents list it.
+  template <class Lists>
+  bool ReadItems(Lists& lists) {
+    const size_t slice = std::max<size_t>(1, owner_.options_.scanSlice);
+    struct Read {
+      std::string path;
+      std::vector<PanelCall<std::vector<LightItem>>> slices;
+      std::vector<LightItem> items;
+      int uses = 0;
+    };
+    std::vector<Read> reads;
+    std::unordered_map<std::string, size_t> byPath;
+    auto each = [&](auto&& fn) {
+      for (auto* list : {&lists.folders, &lists.imports})
+        for (auto& scans : *list)
+          for (auto& scan : scans) fn(scan);
+    };
+    each([&](FolderScan& scan) {
+      const auto [at, isNew] = byPath.emplace(LCase(scan.path), reads.size());
+      if (!isNew) {
+        ++reads[at->second].uses;
+        return;
+      }
+      Read read{scan.path, {}, {}, 1};
+      for (size_t from = 0; from == 0 || from < scan.listed; from += slice) {
+        // The last slice reads to the end, taking what came in since the list.
+        const size_t to = from + slice >= scan.listed ? SIZE_MAX : from + slice;
+        read.slices.push_back(StartOnPanel<std::vector<LightItem>>(
+            [path = scan.path, from, to](outlook::MailProfile& profile) {
+              return ScanSlice(profile, path, from, to);
+            }));
+      }
+      reads.push_back(std::move(read));
+    });
+    for (auto& read : reads) {
+      std::unordered_set<std::string> seen;
+      for (auto& call : read.slices) {
+        auto part = Finish(call);
+        if (!part) return false;
+        for (auto& item : *part)
+          if (seen.insert(item.key).second) read.items.push_back(std::move(item));
+      }
+    }
+    each([&](FolderScan& scan) {
+      auto& read = reads[byPath.at(LCase(scan.path))];
+      scan.items = --read.uses == 0 ? std::move(read.items) : read.items;
+    });
     return true;
   }
 

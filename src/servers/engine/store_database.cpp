@@ -35,6 +35,11 @@ constexpr const char* kConnectionSetup =
     "PRAGMA journal_mode=DELETE; PRAGMA synchronous=FULL; PRAGMA foreign_keys=OFF; "
     "PRAGMA cache_size=-32768;";
 
+// Items are about ten kilobytes of mail each: on large pages one takes a page
+// or two rather than three or four, so a batch writes fewer pages and makes
+// fewer calls. Stores made before keep the page size they were made with.
+constexpr int kNewStorePageSize = 65536;
+
 // Each item whole, once: the key is unique, and empty keys or messages are refused
 // by the file itself, not only by this program.
 constexpr const char* kSchema = R"(
@@ -315,7 +320,8 @@ bool CreateStoreFile(const std::filesystem::path& file, const std::string& name,
     return false;
   }
   const std::string setup =
-      std::string(kConnectionSetup) + "PRAGMA application_id=" + std::to_string(kApplicationId) +
+      std::string(kConnectionSetup) + "PRAGMA page_size=" + std::to_string(kNewStorePageSize) +
+      "; PRAGMA application_id=" + std::to_string(kApplicationId) +
       "; PRAGMA user_version=" + std::to_string(kStoreFormatVersion) + "; BEGIN; " + kSchema;
   bool made = Exec(db, setup.c_str(), &why);
   if (made) {

@@ -41,7 +41,11 @@ class ProcessingTest : public ::testing::Test {
   void MakeEngine() {
     ProcessorOptions options;
     options.post = [this](std::function<void()> fn) { host.Post(std::move(fn)); };
-    options.profile = [this] { return profile; };
+    options.profile = [this] {
+      if (onProfile) onProfile();
+      return profile;
+    };
+    options.scanSlice = scanSlice;
     options.poll = std::chrono::hours(1);
     options.batchItems = 3;
     auto made = std::make_unique<Processor>(std::move(options));
@@ -149,6 +153,9 @@ class ProcessingTest : public ::testing::Test {
   std::filesystem::path engineFile = root / "engine" / "engine.xml";
   ManualClock clock{DateTimeSerial(2024, 5, 15, 10, 30, 0)};
   vellix::test::ScriptedHost host{&clock};
+  size_t scanSlice = 5000;
+  // Runs on the panel's thread each time a task of the pass takes the profile.
+  std::function<void()> onProfile;
   std::thread::id uiThread = std::this_thread::get_id();
   std::shared_ptr<outlook::MailProfile> profile = std::make_shared<outlook::MailProfile>();
   std::shared_ptr<outlook::ProfileFolder> inbox;

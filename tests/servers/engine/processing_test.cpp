@@ -149,6 +149,33 @@ TEST_F(ProcessingTest, LaterPassesFileOnlyWhatIsNewAndComeByTheInterval) {
   EXPECT_EQ(engine->Config()->Period("File 2024-05")->ItemCount(), 3);
 }
 
+// The folder is read in slices on the panel's thread; between two the user
+// may delete or receive mail. Nothing is filed twice, and what a slice missed
+// because the items moved up is filed by the next pass.
+TEST_F(ProcessingTest, AFolderThatChangesWhileItIsReadInSlicesLosesNothing) {
+  scanSlice = 2;
+  MakeEngine();
+  for (const char* subject : {"a", "b", "c", "d", "e", "f"})
+    Add(inbox, subject, 3);
+  Configure();
+  MailAgent()->PurgeDisabled(true);
+  int calls = 0;
+  onProfile = [&] {
+    // The list was made and the first slice (a, b) read: "a" goes, so "c"
+    // moves up into the slice already read; two come in at the end.
+    if (++calls != 3) return;
+    inbox->RemoveItems({inbox->Items().front().key});
+    Add(inbox, "late", 3);
+    Add(inbox, "later", 3);
+  };
+  Start();
+  EXPECT_EQ(StoreSubjects("File 2024-05"), (Strings{"b", "d", "e", "f", "late", "later"}));
+  onProfile = nullptr;
+  FileNow();
+  EXPECT_EQ(StoreSubjects("File 2024-05"), (Strings{"b", "d", "e", "f", "late", "later", "c"}));
+  EXPECT_EQ(engine->Config()->Period("File 2024-05")->ItemCount(), 7);
+}
+
 // ---- purging ----
 
 struct PurgeCase {
