@@ -28,7 +28,7 @@ constexpr int kSettleMs = 300;
 constexpr int kWatchdogMs = 60000;
 // How many settle times the script waits for a pass to end.
 constexpr int kPassPolls = 100;
-constexpr int kPictures = 7;
+constexpr int kPictures = 8;
 
 // Whether the control lies in the container, directly or further down.
 bool Inside(const Form& form, const Control& control, const std::string& container) {
@@ -169,8 +169,10 @@ void FirstRunScript::SummaryShot() {
   step_ = "summary picture";
   Shot(popup_, "summary.png");
   TabShot("Periods", "periods.png", [this] {
-    TabShot("Agents", "agents.png",
-            [this] { TabShot("Log", "log.png", [this] { WaitForPassEnd(0); }); });
+    TabShot("Agents", "agents.png", [this] {
+      TabShot("Backup", "backup.png",
+              [this] { TabShot("Log", "log.png", [this] { WaitForPassEnd(0); }); });
+    });
   });
 }
 

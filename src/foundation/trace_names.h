@@ -21,6 +21,11 @@ struct TraceNames {
   // The Agents panel's txtAgRemove_LostFocus and cboAgName_Change.
   static constexpr const char* txtAgRemove_LostFocus = "txtPeFormat_Click";
   static constexpr const char* cboAgName_Change = "cboAgName_Click";
+  // The Storage and backup panel's handlers.
+  static constexpr const char* dtpBaNextBackup_Change = "lstImImportList_ItemCheck";
+  static constexpr const char* txtBaBackupFolder_LostFocus = "txtBaBackupPath_LostFocus";
+  static constexpr const char* cmdBaBrowseFolder_Click = "cmdBrowseFolder_Click";
+  static constexpr const char* cmdBaBrowseBackup_Click = "cmdBrowseBackup_Click";
 };
 
 }  // namespace vellix

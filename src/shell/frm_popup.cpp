@@ -105,6 +105,7 @@ FrmPopup::FrmPopup(Context& ctx, TrayPlatform& trayPlatform, PopupForms forms)
   cmdHide.Click = [this] { cmdHide_Click(); };
   cmdExit.Click = [this] { cmdExit_Click(); };
   tmrBackupTimer.Tick = [this] { tmrBackupTimer_Timer(); };
+  backup.ShowBackupManager = [this] { ShowBackupManager(); };
   mPopAbout.Click = [this] { mPopAbout_Click(); };
   mPopStart.Click = [this] { mPopStart_Click(); };
   mPopStop.Click = [this] { mPopStop_Click(); };
@@ -486,17 +487,22 @@ void FrmPopup::cmdSuHelp_Click() {
   summary.cmdSuHelp_Click();
 }
 
+void FrmPopup::ShowBackupManager() {
+  Need(forms_.backupManager).Show(true);
+}
+
 void FrmPopup::tmrBackupTimer_Timer() {
   Frame frame(ctx_, kModule, "tmrBackupTimer_Timer");
   frame.Run([&] {
-    // Both conditions are read, as the runtime's And reads both.
-    const bool due = mobjVellix_->Config()->BackupDue();
-    const bool processing = mobjMonitor_->Processing();
-    // Until there is a backup manager to run it, a due backup waits.
-    if (due && !processing && forms_.backupManager != nullptr) {
-      forms_.backupManager->Show(true);
-      backup.Load();  // LoadBackup
-    }
+    // A tick while the manager is up (the tick's own, or Backup Now's)
+    // would only open it twice.
+    if (forms_.backupManager != nullptr && forms_.backupManager->Visible()) return;
+    if (!mobjVellix_->Config()->BackupDue()) return;
+    // The engine's work goes first; the next tick looks again. With logging
+    // off there is no monitor to ask, and a due backup waits in the trace.
+    if (mobjMonitor_->Processing()) return;
+    ShowBackupManager();
+    backup.LoadBackup();
   });
 }
 

@@ -90,6 +90,9 @@ class FrmPopup : public Form, public PopupShell {
   void mPopHide_Click();
   void mPopExit_Click();
   void tmrBackupTimer_Timer();
+  // Shows the backup manager modally and returns once it has closed; the
+  // Backup panel's Backup Now and the timer's tick open it.
+  void ShowBackupManager();
 
   void mobjVellix_Configured(bool value);
   void mobjVellix_Run(bool value);

@@ -47,7 +47,8 @@ class LogConnector : public ErrorConnector {
 PopupWorld::PopupWorld()
     : dir(FreshFolder()),
       paths(dir / "data"),
-      popup(ctx, tray, PopupForms{iconTimer, &predictiveStart, nullptr, nullptr, &purgeNotice}) {
+      popup(ctx, tray,
+            PopupForms{iconTimer, &predictiveStart, nullptr, &backupManager, &purgeNotice}) {
   clock.Set(DateTimeSerial(2026, 11, 22, 9, 30, 0));
   services.exeFolder = Resources().string();
   env["HOME"] = (dir / "home").string();

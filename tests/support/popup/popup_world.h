@@ -95,6 +95,8 @@ class PopupWorld : public ServerFactory {
   FrmIconTimer iconTimer{host};
   FrmPredictiveStart predictiveStart{ctx, host};
   FrmPurgeNotice purgeNotice{ctx, host};
+  // Stands in for the backup manager: a form the tests see shown modally.
+  Form backupManager{host, "frmBackupManager"};
   FrmPopup popup;
 
  private:
