@@ -67,6 +67,9 @@ void EngineServer::Configured(bool value) {
   {
     const auto lock = core_->Lock();
     core_->Settings().configured = value;
+    // A first configuration has never been backed up: its first backup is
+    // due at once, and the panel shows when rather than a date of nothing.
+    if (value && core_->Settings().nextBackup.IsZero()) core_->Settings().nextBackup = core_->Now();
     core_->Save();
   }
   Report(ReportKind::Configured, value);

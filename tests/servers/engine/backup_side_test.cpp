@@ -218,9 +218,18 @@ TEST_F(BackupSideTest, AFinishedRunIsRecordedScheduledAndSavedForRecovery) {
   config->BackupEveryCount(2);
   config->BackupEveryUnits("Day");
   config->CreateAgent("Received Emails");
+  // A first configuration's first backup is due at once; a later one keeps its time.
+  engine->Configured(false);
+  config->NextBackup(Date());
+  engine->Configured(true);
+  EXPECT_EQ(config->NextBackup(), clock.Now());
+  EXPECT_TRUE(config->BackupDue());
   const Date first = clock.Now();
   engine->BackupFinished();
   EXPECT_EQ(config->LastBackup(), first);
+  EXPECT_EQ(config->NextBackup(), AddSeconds(first, 2 * 86400.0));
+  engine->Configured(false);
+  engine->Configured(true);
   EXPECT_EQ(config->NextBackup(), AddSeconds(first, 2 * 86400.0));
   EXPECT_FALSE(config->BackupDue());
   clock.AdvanceSeconds(2 * 86400.0 - 1);
