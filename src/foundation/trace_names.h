@@ -21,6 +21,8 @@ struct TraceNames {
   // The Agents panel's txtAgRemove_LostFocus and cboAgName_Change.
   static constexpr const char* txtAgRemove_LostFocus = "txtPeFormat_Click";
   static constexpr const char* cboAgName_Change = "cboAgName_Click";
+  // frmBackupNow's Form_Load.
+  static constexpr const char* frmBackupNow_Form_Load = "LayoutForm";
 };
 
 }  // namespace vellix
