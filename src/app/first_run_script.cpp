@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include "backup/frm_backup_now.h"
 #include "dialogs/frm_predictive_start.h"
 #include "forms/panel.h"
 #include "foundation/controls.h"
@@ -28,7 +29,7 @@ constexpr int kSettleMs = 300;
 constexpr int kWatchdogMs = 60000;
 // How many settle times the script waits for a pass to end.
 constexpr int kPassPolls = 100;
-constexpr int kPictures = 8;
+constexpr int kPictures = 9;
 
 // Whether the control lies in the container, directly or further down.
 bool Inside(const Form& form, const Control& control, const std::string& container) {
@@ -92,6 +93,9 @@ void FirstRunScript::FormShown(Form& form, QWidget& /*window*/) {
   } else if (&form == &predictiveStart_ && !predictiveSeen_) {
     predictiveSeen_ = true;
     QTimer::singleShot(kSettleMs, this, [this] { PredictiveStartStep(); });
+  } else if (&form == backupNotice_ && !backupSeen_) {
+    backupSeen_ = true;
+    QTimer::singleShot(kSettleMs, this, [this, &form] { BackupProblemsShot(form); });
   } else if (form.Name() == "frmSupportMessage" && !supportSeen_) {
     supportSeen_ = true;
     QTimer::singleShot(kSettleMs, this, [this, &form] { SupportMessageShot(form); });
@@ -216,7 +220,32 @@ void FirstRunScript::SupportMessageStep() {
   // The form comes up modal inside the click; its step runs from its event loop.
   if (auto* send = FindControl<CommandButton>(popup_, "cmdLoSendDiagnostics")) send->UserClick();
   if (!supportSeen_) Note("the support message was not shown");
+  BackupProblemsStep();
   Finish();
+}
+
+void FirstRunScript::BackupProblemsStep() {
+  step_ = "backup problems";
+  // Nothing in the panel opens the notice yet: it is shown here only for
+  // its picture, modal, until its step presses OK.
+  FrmBackupNow notice(popup_.ctx(), host_);
+  backupNotice_ = &notice;
+  notice.Show(true);
+  backupNotice_ = nullptr;
+  if (!backupSeen_) Note("the backup problems notice was not shown");
+}
+
+void FirstRunScript::BackupProblemsShot(Form& form) {
+  step_ = "backup problems picture";
+  // What a run's failures read like; no caller fills the list yet.
+  if (auto* list = FindControl<ListBox>(form, "lstMessages")) {
+    list->AddItem("Could not read X:\\Stores\\Vellix 2025.pst: Input/output error");
+    list->AddItem(
+        "Could not copy X:\\Stores\\Vellix 2026.pst: the disk of the backup folder E:\\Backup "
+        "is full");
+  }
+  Shot(form, "backup-problems.png");
+  if (auto* ok = FindControl<CommandButton>(form, "cmdOK")) ok->UserClick();
 }
 
 void FirstRunScript::SupportMessageShot(Form& form) {

@@ -23,7 +23,8 @@ namespace vellix::app {
 // --screenshot: a first start played as a user would, writing a picture of
 // each window it passes to the output folder: the Quick setup page, the
 // Predictive start dialog, the main form on its Summary, Periods and
-// Agents tabs, and the support message opened from the Log tab. A control
+// Agents tabs, the support message opened from the Log tab, and the backup
+// problems notice. A control
 // that isn't there is passed over with a note, so a half-built panel still
 // gives what can be had. Message boxes on the way are answered with their
 // default button and their texts printed.
@@ -58,6 +59,9 @@ class FirstRunScript : public QObject {
   void WaitForPassEnd(int polls);
   void SupportMessageStep();
   void SupportMessageShot(Form& form);
+  // Shows the backup problems notice with two sample lines for its picture.
+  void BackupProblemsStep();
+  void BackupProblemsShot(Form& form);
   void Finish();
   void AnswerMessageBoxes();
   bool Shot(const Form& form, const std::string& file);
@@ -75,6 +79,8 @@ class FirstRunScript : public QObject {
   bool trayShot_ = false;
   bool predictiveSeen_ = false;
   bool supportSeen_ = false;
+  bool backupSeen_ = false;
+  Form* backupNotice_ = nullptr;  // while the notice is up
   bool finished_ = false;
   int written_ = 0;
   std::vector<std::string> notes_;

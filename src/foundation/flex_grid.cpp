@@ -72,7 +72,10 @@ const std::string& FlexGrid::TextMatrix(int32_t row, int32_t col) const {
 void FlexGrid::TextMatrix(int32_t row, int32_t col, std::string value) {
   CheckCell(row, col);
   auto& text = At(row, col).text;
-  if (SetProperty(text, std::move(value))) Changed("TextMatrix");
+  if (!SetProperty(text, std::move(value))) return;
+  changedRow_ = row;
+  changedCol_ = col;
+  Changed("CellText");
 }
 
 int32_t FlexGrid::ColWidth(int32_t col) const {
@@ -196,6 +199,8 @@ void FlexGrid::ResetProperties() {
   col_ = 1;
   mouseRow_ = -1;
   mouseCol_ = -1;
+  changedRow_ = -1;
+  changedCol_ = -1;
 }
 
 void FlexGrid::Reshape(int32_t rows, int32_t cols) {

@@ -88,6 +88,12 @@ class FlexGrid : public Control {
 
   void Clear();
 
+  // The cell whose text changed last. A change of one cell's text is told as
+  // "CellText", so a view can redraw that cell alone; Clear tells
+  // "TextMatrix", for all of them.
+  [[nodiscard]] int32_t ChangedRow() const { return changedRow_; }
+  [[nodiscard]] int32_t ChangedCol() const { return changedCol_; }
+
   std::function<void()> EnterCell;
   std::function<void()> LeaveCell;
 
@@ -118,6 +124,8 @@ class FlexGrid : public Control {
   int32_t col_ = 1;
   int32_t mouseRow_ = -1;
   int32_t mouseCol_ = -1;
+  int32_t changedRow_ = -1;
+  int32_t changedCol_ = -1;
   std::vector<Cell> cells_;  // row by row
   std::vector<int32_t> colWidths_;
   std::vector<int32_t> rowHeights_;

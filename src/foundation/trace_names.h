@@ -26,6 +26,8 @@ struct TraceNames {
   static constexpr const char* txtBaBackupFolder_LostFocus = "txtBaBackupPath_LostFocus";
   static constexpr const char* cmdBaBrowseFolder_Click = "cmdBrowseFolder_Click";
   static constexpr const char* cmdBaBrowseBackup_Click = "cmdBrowseBackup_Click";
+  // frmBackupNow's Form_Load.
+  static constexpr const char* frmBackupNow_Form_Load = "LayoutForm";
 };
 
 }  // namespace vellix

@@ -61,8 +61,15 @@ class FileCopier::Job {
 
   CopyResult ReadFailure(int64_t r) const;
   CopyResult WriteFailure(int64_t r) const;
+  // The disk filled up while the copy was written.
   CopyResult NoSpace() const {
-    return Failed("Not enough space on the backup drive for " + req_.shownFile);
+    return Failed("Could not copy " + req_.shownFile + ": the disk of the backup folder " +
+                  req_.shownLocation + " is full");
+  }
+  // Known before a byte is written: the file can't fit.
+  CopyResult TooLittleSpace() const {
+    return Failed("Could not copy " + req_.shownFile + ": the disk of the backup folder " +
+                  req_.shownLocation + " has too little free space for it");
   }
   CopyResult Disappeared() const { return Failed(req_.shownFile + " disappeared during the copy"); }
   CopyResult Changed() const { return Failed(req_.shownFile + " changed during the copy"); }
@@ -156,7 +163,7 @@ std::optional<CopyResult> FileCopier::Job::Open() {
   // The temporary copy sits beside any older copy until the rename, so the
   // whole size must be free; better to say so now than after gigabytes.
   const int64_t free = io_.FreeSpace(req_.folder);
-  if (free >= 0 && free < src_.size) return NoSpace();
+  if (free >= 0 && free < src_.size) return TooLittleSpace();
   return std::nullopt;
 }
 

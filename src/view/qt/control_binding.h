@@ -94,6 +94,9 @@ std::unique_ptr<ControlBinding> MakeLogBoxBinding(LogBox& box, QWidget* parent,
 // The text of a caption without the runtime's access-key marks: "&File" ->
 // "File", "A && B" -> "A & B".
 QString PlainCaption(const std::string& caption);
+// The share a grid cell shows as a progress bar: 0 to 100 for a text of the
+// form "##0%" ("0%" to "100%"), else -1 and the cell shows its text.
+int CellPercent(const QString& text);
 QString Qs(const std::string& text);
 std::string Std(const QString& text);
 

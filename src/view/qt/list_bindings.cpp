@@ -6,6 +6,9 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMouseEvent>
+#include <QPainter>
+#include <QStyleOptionProgressBar>
+#include <QStyledItemDelegate>
 #include <QTabBar>
 #include <QTableWidget>
 #include <QTreeWidget>
@@ -247,6 +250,42 @@ Qt::Alignment CellAlignment(int32_t alignment, const QString& text) {
   return h | v;
 }
 
+// Draws a cell whose text is a share ("25%") as a progress bar with the
+// text on it; every other cell as the grid always does.
+class ProgressCellDelegate : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const override {
+    const QString text = index.data(Qt::DisplayRole).toString();
+    const int percent = CellPercent(text);
+    if (percent < 0) {
+      QStyledItemDelegate::paint(painter, option, index);
+      return;
+    }
+    const QWidget* widget = option.widget;
+    QStyle* style = widget != nullptr ? widget->style() : QApplication::style();
+    // The cell's own background first, so a selected row still shows as one.
+    QStyleOptionViewItem cell = option;
+    initStyleOption(&cell, index);
+    cell.text.clear();
+    style->drawControl(QStyle::CE_ItemViewItem, &cell, painter, widget);
+
+    QStyleOptionProgressBar bar;
+    bar.initFrom(widget);
+    bar.rect = option.rect.adjusted(1, 1, -1, -1);
+    bar.state = (option.state & QStyle::State_Enabled) | QStyle::State_Horizontal;
+    bar.minimum = 0;
+    bar.maximum = 100;
+    bar.progress = percent;
+    bar.text = text;
+    bar.textVisible = true;
+    bar.textAlignment = Qt::AlignCenter;
+    style->drawControl(QStyle::CE_ProgressBar, &bar, painter, widget);
+  }
+};
+
 class GridBinding : public ControlBinding {
  public:
   GridBinding(FlexGrid& grid, QWidget* parent, const RenderContext& context)
@@ -257,6 +296,7 @@ class GridBinding : public ControlBinding {
     // twips would otherwise pass it by the frame's few pixels.
     widget->horizontalHeader()->setStretchLastSection(true);
     widget->verticalHeader()->hide();
+    widget->setItemDelegate(new ProgressCellDelegate(widget));
     widget->setEditTriggers(QAbstractItemView::NoEditTriggers);
     widget->setSelectionMode(QAbstractItemView::SingleSelection);
     // Tab goes on to the next control; the arrows move between the cells.
@@ -277,7 +317,17 @@ class GridBinding : public ControlBinding {
         property == "FixedCols" || property == "ColWidth" || property == "RowHeight") {
       Shape(widget);
     }
-    if (all || property != "Cell") Texts(widget);
+    if (property == "CellText") {
+      // One cell changed: a progress cell changes many times a second, and
+      // the rest of the grid has nothing new.
+      const int r = grid_.ChangedRow();
+      const int c = grid_.ChangedCol();
+      if (r < widget->rowCount() && c < widget->columnCount() && r >= 0 && c >= 0) {
+        CellTo(widget, r, c, widget->palette().button());
+      }
+    } else if (all || property != "Cell") {
+      Texts(widget);
+    }
     if (grid_.Row() >= 0 && grid_.Col() >= 0 &&
         (widget->currentRow() != grid_.Row() || widget->currentColumn() != grid_.Col())) {
       widget->setCurrentCell(grid_.Row(), grid_.Col());
@@ -314,26 +364,45 @@ class GridBinding : public ControlBinding {
   void Texts(QTableWidget* widget) {
     const QBrush fixed = widget->palette().button();
     for (int r = 0; r < grid_.Rows(); ++r) {
-      for (int c = 0; c < grid_.Cols(); ++c) {
-        QTableWidgetItem* item = widget->item(r, c);
-        if (item == nullptr) {
-          item = new QTableWidgetItem;
-          item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
-          widget->setItem(r, c, item);
-        }
-        const QString text = Qs(grid_.TextMatrix(r, c));
-        if (item->text() != text) item->setText(text);
-        item->setTextAlignment(CellAlignment(grid_.CellAlignmentAt(r, c), text));
-        const bool isFixed = r < grid_.FixedRows() || c < grid_.FixedCols();
-        item->setBackground(isFixed ? fixed : QBrush());
-      }
+      for (int c = 0; c < grid_.Cols(); ++c)
+        CellTo(widget, r, c, fixed);
     }
+  }
+
+  // Puts the model's cell into the widget; the item's setters tell the view
+  // only what differs, so an unchanged cell is not redrawn.
+  void CellTo(QTableWidget* widget, int r, int c, const QBrush& fixed) {
+    QTableWidgetItem* item = widget->item(r, c);
+    if (item == nullptr) {
+      item = new QTableWidgetItem;
+      item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
+      widget->setItem(r, c, item);
+    }
+    const QString text = Qs(grid_.TextMatrix(r, c));
+    if (item->text() != text) item->setText(text);
+    item->setTextAlignment(CellAlignment(grid_.CellAlignmentAt(r, c), text));
+    const bool isFixed = r < grid_.FixedRows() || c < grid_.FixedCols();
+    item->setBackground(isFixed ? fixed : QBrush());
   }
 
   FlexGrid& grid_;
 };
 
 }  // namespace
+
+int CellPercent(const QString& text) {
+  const qsizetype digits = text.size() - 1;
+  if (digits < 1 || digits > 3 || !text.endsWith(QLatin1Char('%'))) return -1;
+  // "##0" writes no leading zeros and no sign.
+  if (digits > 1 && text.front() == QLatin1Char('0')) return -1;
+  int value = 0;
+  for (qsizetype i = 0; i < digits; ++i) {
+    const QChar ch = text[i];
+    if (ch < QLatin1Char('0') || ch > QLatin1Char('9')) return -1;
+    value = value * 10 + (ch.unicode() - '0');
+  }
+  return value <= 100 ? value : -1;
+}
 
 std::unique_ptr<ControlBinding> MakeListBinding(Control& control, QWidget* parent,
                                                 const RenderContext& context) {

@@ -1,6 +1,7 @@
 #include "faulty_file_io.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <vector>
 
 namespace vellix::test {
@@ -17,6 +18,19 @@ int FaultyFileIo::Check(const std::optional<Fault>& fault, int fd, int64_t offse
   if (offset >= fault->afterBytes) return -fault->error;
   count = std::min(count, fault->afterBytes - offset);
   return 0;
+}
+
+int FaultyFileIo::OpenRead(const std::filesystem::path& path) {
+  if (openFault && path.string().find(openFault->pathContains) != std::string::npos) {
+    return -openFault->error;
+  }
+  return SystemFileIo::OpenRead(path);
+}
+
+int FaultyFileIo::Sync(int fd) {
+  int64_t all = INT64_MAX;
+  if (const int e = Check(syncFault, fd, INT64_MAX, all)) return e;
+  return SystemFileIo::Sync(fd);
 }
 
 int64_t FaultyFileIo::ReadAt(int fd, void* buffer, int64_t count, int64_t offset) {

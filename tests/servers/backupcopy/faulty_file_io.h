@@ -18,10 +18,14 @@ class FaultyFileIo : public backupcopy::SystemFileIo {
   };
   std::optional<Fault> readFault;   // sources
   std::optional<Fault> writeFault;  // copies, by their temporary name
+  std::optional<Fault> openFault;   // opening a source to read
+  std::optional<Fault> syncFault;   // making a copy durable
   int refuseInKernelCopy = 0;       // errno for every in-kernel copy
   bool corruptWrites = false;       // flips the first byte of each write
   int64_t freeSpace = -1;           // when set, the free space reported
 
+  int OpenRead(const std::filesystem::path& path) override;
+  int Sync(int fd) override;
   int64_t FreeSpace(const std::filesystem::path& folder) override;
   int64_t ReadAt(int fd, void* buffer, int64_t count, int64_t offset) override;
   int64_t WriteAt(int fd, const void* buffer, int64_t count, int64_t offset) override;
