@@ -21,6 +21,9 @@ struct TraceNames {
   // The Agents panel's txtAgRemove_LostFocus and cboAgName_Change.
   static constexpr const char* txtAgRemove_LostFocus = "txtPeFormat_Click";
   static constexpr const char* cboAgName_Change = "cboAgName_Click";
+  // The backup manager's cmdChange_Click and the mouse handler of its grid.
+  static constexpr const char* cmdChange_Click = "cmdBrowseStore_Click";
+  static constexpr const char* fgcPeriods_MouseMove = "Form_Load";
 };
 
 }  // namespace vellix
