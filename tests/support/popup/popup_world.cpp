@@ -47,7 +47,8 @@ class LogConnector : public ErrorConnector {
 PopupWorld::PopupWorld()
     : dir(FreshFolder()),
       paths(dir / "data"),
-      popup(ctx, tray, PopupForms{iconTimer, &predictiveStart, nullptr, nullptr, &purgeNotice}) {
+      popup(ctx, tray,
+            PopupForms{iconTimer, &predictiveStart, nullptr, &backupManager, &purgeNotice}) {
   clock.Set(DateTimeSerial(2026, 11, 22, 9, 30, 0));
   services.exeFolder = Resources().string();
   env["HOME"] = (dir / "home").string();
@@ -109,7 +110,9 @@ engine::Processor& PopupWorld::UseProcessor() {
   OpenEngine(std::move(processor));
   engine->ShowStoresIn(
       [this] {
-        mail->CreateApplication();  // the profile is read on first use
+        // Read on first use only: a later creation would start a mail
+        // program that has quit.
+        if (!mail->Profile()) mail->CreateApplication();
         return mail->Profile();
       },
       post);
@@ -185,7 +188,7 @@ Ref<EngineConnector> PopupWorld::CreateEngineConnector() {
 }
 
 Ref<BackupServer> PopupWorld::CreateBackupServer() {
-  return nullptr;
+  return backupServer;
 }
 
 }  // namespace vellix::test

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "backup/frm_backup_manager.h"
 #include "dialogs/frm_predictive_start.h"
 #include "dialogs/frm_purge_notice.h"
 #include "foundation/context.h"
@@ -95,6 +96,9 @@ class PopupWorld : public ServerFactory {
   FrmIconTimer iconTimer{host};
   FrmPredictiveStart predictiveStart{ctx, host};
   FrmPurgeNotice purgeNotice{ctx, host};
+  // What CreateBackupServer hands out; nothing until a test sets one.
+  Ref<BackupServer> backupServer;
+  FrmBackupManager backupManager{ctx, host};
   FrmPopup popup;
 
  private:
