@@ -117,12 +117,7 @@ class BackupManager : public ::testing::Test {
     }
   }
   // The mail program holds every store open, as while it runs.
-  void StoresHeldOpen() {
-    w.engine->ShowStoresIn([this] {
-      if (!w.mail->Profile()) w.mail->CreateApplication();
-      return w.mail->Profile();
-    });
-  }
+  void StoresHeldOpen() { w.ShowStoresInProfile(); }
   Ref<EngineConfig> Config() { return w.engine->Config(); }
 
   void Started() {

@@ -108,6 +108,11 @@ engine::Processor& PopupWorld::UseProcessor() {
   auto processor = std::make_unique<engine::Processor>(std::move(work));
   engine::Processor& made = *processor;
   OpenEngine(std::move(processor));
+  ShowStoresInProfile(post);
+  return made;
+}
+
+void PopupWorld::ShowStoresInProfile(std::function<void(std::function<void()>)> post) {
   engine->ShowStoresIn(
       [this] {
         // Read on first use only: a later creation would start a mail
@@ -115,8 +120,7 @@ engine::Processor& PopupWorld::UseProcessor() {
         if (!mail->Profile()) mail->CreateApplication();
         return mail->Profile();
       },
-      post);
-  return made;
+      std::move(post));
 }
 
 void PopupWorld::ReopenServers() {

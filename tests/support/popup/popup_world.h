@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -54,6 +55,9 @@ class PopupWorld : public ServerFactory {
   // events come through the scripted host's Post, their profile is the mail
   // program's.
   engine::Processor& UseProcessor();
+  // The period stores listed in the mail profile, as the application shows
+  // them: held open while the mail program runs.
+  void ShowStoresInProfile(std::function<void(std::function<void()>)> post = {});
 
   // The engine's journal texts, and the state machine's trace lines.
   [[nodiscard]] std::vector<std::string> Journal() const;
