@@ -17,6 +17,7 @@
 #include "app/first_paint_watch.h"
 #include "app/first_run_script.h"
 #include "app/single_instance.h"
+#include "backup/frm_backup_manager.h"
 #include "dialogs/frm_predictive_start.h"
 #include "dialogs/frm_purge_notice.h"
 #include "foundation/context.h"
@@ -159,7 +160,10 @@ int main(int argc, char** argv) {
   // use of the mail profile come back to this thread through the host.
   const auto post = [&host](std::function<void()> fn) { host.Post(std::move(fn)); };
   const auto mailProfile = [&mail] {
-    mail.CreateApplication();  // the profile is read on first use
+    // The profile is read on first use. Only then: creating the application
+    // starts a mail program that has quit, and asking whether a store is free
+    // must not undo the backup manager's Close Outlook.
+    if (!mail.Profile()) mail.CreateApplication();
     return mail.Profile();
   };
   servers.makeProcessingHooks = [post, &servers] {
@@ -195,8 +199,9 @@ int main(int argc, char** argv) {
   FrmIconTimer iconTimer(host);
   FrmPredictiveStart predictiveStart(ctx, host);
   FrmPurgeNotice purgeNotice(ctx, host);
+  FrmBackupManager backupManager(ctx, host);
   FrmPopup popup(ctx, tray,
-                 PopupForms{iconTimer, &predictiveStart, nullptr, nullptr, &purgeNotice});
+                 PopupForms{iconTimer, &predictiveStart, nullptr, &backupManager, &purgeNotice});
 
   std::unique_ptr<app::FirstRunScript> script;
   if (!options.screenshot.empty()) {

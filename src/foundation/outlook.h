@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "foundation/ref.h"
 
@@ -116,6 +117,14 @@ class NameSpace {
   virtual Ref<MAPIFolder> PickFolder() = 0;
 };
 
+// An open item window of the mail program.
+class Inspector {
+ public:
+  virtual ~Inspector() = default;
+  // Closes the window; save mode 0 saves its changes without asking.
+  virtual void Close(int32_t saveMode) = 0;
+};
+
 class OutlookApplication {
  public:
   virtual ~OutlookApplication() = default;
@@ -124,6 +133,8 @@ class OutlookApplication {
   // Ends the mail program, which lets go of every store file it holds open.
   // A mail program that holds nothing open has nothing to let go.
   virtual void Quit() {}
+  // The item windows open at this moment; a mail program with none gives none.
+  virtual std::vector<Ref<Inspector>> Inspectors() { return {}; }
 };
 
 }  // namespace vellix

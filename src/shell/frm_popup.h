@@ -6,6 +6,7 @@
 #include <string>
 
 #include "activity/log_panel.h"
+#include "backup/frm_backup_manager.h"
 #include "forms/layout_metrics.h"
 #include "forms/machine.h"
 #include "forms/panel.h"
@@ -41,7 +42,7 @@ struct PopupForms {
   FrmIconTimer& iconTimer;  // the tray icon's timer lives on it
   FrmPredictiveStart* predictiveStart = nullptr;
   Form* about = nullptr;
-  Form* backupManager = nullptr;
+  FrmBackupManager* backupManager = nullptr;
   FrmPurgeNotice* purgeNotice = nullptr;
 };
 

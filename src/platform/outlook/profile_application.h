@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "foundation/outlook.h"
 #include "platform/outlook/mail_profile.h"
@@ -18,6 +19,8 @@ class ProfileApplication : public OutlookApplication {
   Ref<NameSpace> GetNamespace(const std::string& type) override;
   // Releases every store file the profile holds open (MailProfile::Quit).
   void Quit() override;
+  // The profile opens no item windows: none to close.
+  std::vector<Ref<Inspector>> Inspectors() override { return {}; }
 
  private:
   std::shared_ptr<MailProfile> profile_;

@@ -108,13 +108,19 @@ engine::Processor& PopupWorld::UseProcessor() {
   auto processor = std::make_unique<engine::Processor>(std::move(work));
   engine::Processor& made = *processor;
   OpenEngine(std::move(processor));
+  ShowStoresInProfile(post);
+  return made;
+}
+
+void PopupWorld::ShowStoresInProfile(std::function<void(std::function<void()>)> post) {
   engine->ShowStoresIn(
       [this] {
-        mail->CreateApplication();  // the profile is read on first use
+        // Read on first use only: a later creation would start a mail
+        // program that has quit.
+        if (!mail->Profile()) mail->CreateApplication();
         return mail->Profile();
       },
-      post);
-  return made;
+      std::move(post));
 }
 
 void PopupWorld::ReopenServers() {
@@ -186,7 +192,7 @@ Ref<EngineConnector> PopupWorld::CreateEngineConnector() {
 }
 
 Ref<BackupServer> PopupWorld::CreateBackupServer() {
-  return nullptr;
+  return backupServer;
 }
 
 }  // namespace vellix::test

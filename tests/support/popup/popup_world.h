@@ -1,11 +1,13 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "backup/frm_backup_manager.h"
 #include "dialogs/frm_predictive_start.h"
 #include "dialogs/frm_purge_notice.h"
 #include "foundation/context.h"
@@ -53,6 +55,9 @@ class PopupWorld : public ServerFactory {
   // events come through the scripted host's Post, their profile is the mail
   // program's.
   engine::Processor& UseProcessor();
+  // The period stores listed in the mail profile, as the application shows
+  // them: held open while the mail program runs.
+  void ShowStoresInProfile(std::function<void(std::function<void()>)> post = {});
 
   // The engine's journal texts, and the state machine's trace lines.
   [[nodiscard]] std::vector<std::string> Journal() const;
@@ -95,8 +100,9 @@ class PopupWorld : public ServerFactory {
   FrmIconTimer iconTimer{host};
   FrmPredictiveStart predictiveStart{ctx, host};
   FrmPurgeNotice purgeNotice{ctx, host};
-  // Stands in for the backup manager: a form the tests see shown modally.
-  Form backupManager{host, "frmBackupManager"};
+  // What CreateBackupServer hands out; nothing until a test sets one.
+  Ref<BackupServer> backupServer;
+  FrmBackupManager backupManager{ctx, host};
   FrmPopup popup;
 
  private:

@@ -1,0 +1,479 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "foundation/config_node.h"
+#include "servers/engine/store_file.h"
+#include "support/popup/popup_world.h"
+#include "support/temp_folder.h"
+
+namespace vellix {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+using Manager = FrmBackupManager;
+constexpr int32_t kFree = 4;
+constexpr int32_t kBackup = 7;
+constexpr int32_t kProgress = 8;
+
+// A backup server the test drives event by event.
+class ScriptedServer : public BackupServer {
+ public:
+  Variant AddFile(const std::string& file, const std::string& location) override {
+    added.push_back(file);
+    locations.push_back(location);
+    return Variant(true);
+  }
+  void Start() override { ++starts; }
+  // Raises one event; what the handler answered in Cancel.
+  bool Send(int32_t code, std::string data = "") {
+    bool cancel = false;
+    Status.Raise(code, data, cancel);
+    return cancel;
+  }
+  std::vector<std::string> added;
+  std::vector<std::string> locations;
+  int starts = 0;
+};
+
+// The mail program of the profile, with item windows that record their closing.
+class MailWithInspectors : public MailProgram {
+ public:
+  class Window : public Inspector {
+   public:
+    Window(std::vector<std::string>& calls, std::string name)
+        : calls_(calls), name_(std::move(name)) {}
+    void Close(int32_t saveMode) override {
+      calls_.push_back("close " + name_ + " " + std::to_string(saveMode));
+    }
+
+   private:
+    std::vector<std::string>& calls_;
+    std::string name_;
+  };
+  class App : public OutlookApplication {
+   public:
+    App(Ref<OutlookApplication> real, std::vector<std::string>& calls)
+        : real_(std::move(real)), calls_(calls) {}
+    Ref<NameSpace> GetNamespace(const std::string& type) override {
+      return real_->GetNamespace(type);
+    }
+    void Quit() override {
+      calls_.push_back("quit");
+      real_->Quit();
+    }
+    std::vector<Ref<Inspector>> Inspectors() override {
+      return {MakeRef<Window>(calls_, "draft"), MakeRef<Window>(calls_, "reply")};
+    }
+
+   private:
+    Ref<OutlookApplication> real_;
+    std::vector<std::string>& calls_;
+  };
+  explicit MailWithInspectors(MailProgram& real) : real_(real) {}
+  Ref<OutlookApplication> CreateApplication() override {
+    return MakeRef<App>(real_.CreateApplication(), calls);
+  }
+  std::vector<std::string> calls;
+
+ private:
+  MailProgram& real_;
+};
+
+class BackupManager : public ::testing::Test {
+ protected:
+  BackupManager() { w.backupServer = server; }
+
+  fs::path Store(const std::string& name) const { return w.dir / "store" / (name + ".pst"); }
+
+  // Periods of the engine: a name with a store file, or "-name" without one.
+  void Engine(const std::vector<std::string>& periods) {
+    std::string xml;
+    for (const std::string& entry : periods) {
+      const bool made = entry[0] != '-';
+      const std::string name = made ? entry : entry.substr(1);
+      xml += "<Period Name=\"" + name + "\" FileName=\"" + Store(name).string() + "\" />";
+    }
+    fs::create_directories(w.dir / "store");
+    fs::create_directories(w.dir / "backups");
+    w.LoadEngine("", xml);
+    for (const std::string& entry : periods) {
+      if (entry[0] == '-') continue;
+      std::string error;
+      ASSERT_TRUE(engine::CreateStoreFile(Store(entry), entry, DateSerial(2024, 1, 1),
+                                          DateSerial(2025, 1, 1), &error))
+          << error;
+    }
+  }
+  // The mail program holds every store open, as while it runs.
+  void StoresHeldOpen() { w.ShowStoresInProfile(); }
+  Ref<EngineConfig> Config() { return w.engine->Config(); }
+
+  void Started() {
+    if (!w.popup.Loaded()) w.Start();
+  }
+  // Starts the panel, then runs `step` while the manager is up.
+  void Open(const std::function<void(Manager&)>& step) {
+    Started();
+    w.log->records.clear();
+    w.host.OnModal("frmBackupManager", [&](Form&) { step(w.backupManager); });
+    w.backupManager.Show(true);
+    EXPECT_FALSE(w.backupManager.Loaded());
+  }
+  void Tick(int seconds = 1) { w.host.Advance(1000LL * seconds); }
+  Date Later(double seconds) { return AddSeconds(w.clock.Now(), seconds); }
+  std::string Cell(const Manager& m, int32_t row, int32_t col) {
+    return m.fgcPeriods.TextMatrix(row, col);
+  }
+  void SetKey(const std::string& key, const Variant& value) {
+    w.config->RootNode()
+        ->GetNode(std::string(Manager::kTextNode) + "." + key, true, value.TypeName(), value)
+        ->SetContent(value);
+  }
+
+  test::PopupWorld w;
+  std::shared_ptr<ScriptedServer> server = std::make_shared<ScriptedServer>();
+};
+
+TEST_F(BackupManager, UnattendedCountdownPressesTheButtonAndANewLookStartsItOver) {
+  Engine({"File 2024"});
+  Config()->BackupUnattended(true);
+  Open([&](Manager& m) {
+    Tick();
+    EXPECT_EQ(m.cmdBackup.Caption(), "Backup Now");
+    EXPECT_TRUE(m.lblCountdown.Visible());
+    EXPECT_EQ(m.lblCountdown.Caption(), "Countdown Seconds 29");
+    Tick(2);
+    EXPECT_EQ(m.Countdown(), 27);
+    // Another look: the countdown starts over; the same look goes on counting.
+    m.cboLater.UserPick(1);
+    Tick();
+    EXPECT_EQ(m.cmdBackup.Caption(), "Try Again Later");
+    EXPECT_FALSE(m.lblCountdown.Visible());
+    EXPECT_EQ(m.Countdown(), 29);
+    Tick(40);
+    EXPECT_EQ(server->starts, 0) << "a later look never presses";
+    m.txtLater.UserSetText("");
+    Tick();
+    EXPECT_EQ(m.Countdown(), 29);
+    Tick(28);
+    EXPECT_EQ(server->starts, 0);
+    EXPECT_EQ(m.Countdown(), 1);
+    Tick();
+    EXPECT_EQ(server->starts, 1);
+    EXPECT_THAT(server->added, ElementsAre(Store("File 2024").string()));
+    EXPECT_THAT(server->locations, ElementsAre((w.dir / "backups").string()));
+    EXPECT_TRUE(m.ClosedByButton());
+    Tick();
+    EXPECT_EQ(m.cmdBackup.Caption(), "Cancel Backup");
+    EXPECT_FALSE(m.cmdChange.Enabled());
+    // Closing while the run goes warns first; OK closes.
+    m.UserClose();
+  });
+  EXPECT_THAT(w.host.Prompts(),
+              ElementsAre("Closing the Backup Manager while it is running may result in backed "
+                          "up stored being left corrupt"));
+  EXPECT_EQ(Config()->NextBackup(), Date()) << "a press was made: no postponement";
+  EXPECT_THAT(w.Journal(), Contains("BackupManagerOpen False"));
+  EXPECT_THAT(w.Problems(), IsEmpty());
+}
+
+TEST_F(BackupManager, AttendedTheCountdownStaysHiddenAndTheButtonWaits) {
+  Engine({"File 2024"});
+  Started();
+  SetKey("AutoDelay", Variant(int16_t{3}));
+  Open([&](Manager& m) {
+    Tick(10);
+    EXPECT_EQ(m.cmdBackup.Caption(), "Backup Now");
+    EXPECT_FALSE(m.lblCountdown.Visible());
+    EXPECT_EQ(m.Countdown(), 3);
+    EXPECT_EQ(server->starts, 0);
+    m.UserClose();
+  });
+  EXPECT_EQ(Config()->NextBackup(), Later(300)) << "closed by its frame while due";
+}
+
+TEST_F(BackupManager, ThePressOfEachWaitingLookSetsTheNextBackupAndCloses) {
+  struct Row {
+    const char* what;
+    std::function<void()> setup;
+    std::function<void(Manager&)> act;
+    std::string caption;
+    double seconds;
+  };
+  const std::vector<Row> rows = {
+      {"later by ten minutes", [] {},
+       [](Manager& m) {
+         m.cboLater.UserPick(1);
+         EXPECT_EQ(m.txtLater.Text(), "10");
+         EXPECT_TRUE(m.txtLater.Enabled());
+       },
+       "Try Again Later", 600},
+      {"later by two hours", [] {},
+       [](Manager& m) {
+         m.cboLater.UserPick(2);
+         m.txtLater.UserSetText("2");
+       },
+       "Try Again Later", 7200},
+      {"no location: later without delay", [&] { fs::remove_all(w.dir / "backups"); },
+       [](Manager&) {}, "Try Again Later", 0},
+      {"everything backed up: close until the next is due",
+       [&] {
+         Config()->BackupPolicy(2);
+         Config()->Period("File 2024")->LastBackup(DateSerial(2099, 1, 1));
+       },
+       [](Manager&) {}, "Close", 7 * 86400},
+  };
+  Engine({"File 2024"});
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.what);
+    fs::create_directories(w.dir / "backups");
+    row.setup();
+    Open([&](Manager& m) {
+      Tick();
+      row.act(m);
+      Tick();
+      EXPECT_EQ(m.cmdBackup.Caption(), row.caption);
+      m.cmdBackup.UserClick();
+    });
+    EXPECT_EQ(Config()->NextBackup(), Later(row.seconds));
+    w.clock.AdvanceSeconds(1);
+  }
+  EXPECT_THAT(w.Problems(), IsEmpty());
+}
+
+TEST_F(BackupManager, ABackupRowOfTheLastRefreshGoesAheadWithoutTheLocation) {
+  Engine({"File 2024"});
+  Open([&](Manager& m) {
+    EXPECT_EQ(m.picStoreAvailable.Picture(), m.TickPicture());
+    fs::remove_all(w.dir / "backups");
+    Tick();
+    EXPECT_EQ(Cell(m, 1, kBackup), "Yes") << "only the load and a policy read it";
+    EXPECT_EQ(m.cmdBackup.Caption(), "Backup Now");
+    // The browser cancelled: the location stays, its picture is asked again.
+    m.cmdChange.UserClick();
+    EXPECT_EQ(m.picStoreAvailable.Picture(), m.CrossPicture());
+    EXPECT_EQ(m.lblPath.Caption(), (w.dir / "backups").string());
+    m.UserClose();
+  });
+  EXPECT_THAT(w.host.FolderTitles(),
+              ElementsAre(w.Text(".Strings.ControlPanel.CaptionFindFolder")));
+}
+
+TEST_F(BackupManager, TheGridShowsWhatTheEngineSaysOfEachStore) {
+  Engine({"File 2024", "-Gone", "Held"});
+  Config()->BackupPolicy(7);
+  Config()->Period("File 2024")->LastBackup(DateTimeSerial(2099, 11, 1, 8, 5, 0));
+  // A store open in the mail program isn't free; a missing one isn't valid.
+  w.mail->CreateApplication();
+  StoresHeldOpen();
+  ASSERT_EQ(Config()->Period("Held")->Free(), 0);
+  w.mail->Profile()->UnlistStoreFile(Store("File 2024"));
+  Open([&](Manager& m) {
+    ASSERT_EQ(m.fgcPeriods.Rows(), 4);
+    EXPECT_EQ(Cell(m, 0, kProgress), "Progress");
+    EXPECT_EQ(Cell(m, 1, 1), "01/11/2099 08:05");
+    EXPECT_EQ(Cell(m, 2, 1), "") << "never backed up";
+    EXPECT_EQ(Cell(m, 1, kFree), "Yes");
+    EXPECT_EQ(Cell(m, 3, kFree), "") << "held open";
+    EXPECT_EQ(Cell(m, 2, 5), "");
+    EXPECT_EQ(Cell(m, 2, 6), "") << "no file, no size";
+    EXPECT_EQ(Cell(m, 2, kBackup), "") << "status 0";
+    EXPECT_EQ(Cell(m, 1, kBackup), "Yes") << "no copy in the location";
+    // An unknown policy is shown as the location check and written back so.
+    EXPECT_TRUE(m.optPolicyCheckStore.Value());
+    EXPECT_EQ(Config()->BackupPolicy(), 1);
+    EXPECT_TRUE(m.FlagFilesToRelease());
+    EXPECT_TRUE(m.FlagFilesToBackup());
+    // Under the history check a store backed up since it changed needs nothing.
+    m.optPolicyCheckHistory.UserClick();
+    EXPECT_EQ(Config()->BackupPolicy(), 2);
+    EXPECT_EQ(Cell(m, 1, kBackup), "") << "status 2";
+    EXPECT_FALSE(m.FlagFilesToBackup()) << "the held store needs one but isn't free";
+    m.fgcPeriods.UserMouseMove(m.fgcPeriods.ColWidth(0) + 10, 5000);
+    EXPECT_EQ(m.fgcPeriods.ToolTipText(), "Last recorded backup");
+    m.UserClose();
+  });
+  EXPECT_THAT(w.Problems(), IsEmpty());
+}
+
+TEST_F(BackupManager, NoPeriodsLeaveTheHeadingRowAndNothingToDo) {
+  Engine({});
+  Open([&](Manager& m) {
+    EXPECT_EQ(m.fgcPeriods.Rows(), 1);
+    EXPECT_FALSE(m.FlagFilesToBackup());
+    EXPECT_FALSE(m.FlagFilesToRelease());
+    Tick();
+    EXPECT_EQ(m.cmdBackup.Caption(), "Close");
+    m.UserClose();
+  });
+  EXPECT_THAT(w.Problems(), IsEmpty());
+}
+
+TEST_F(BackupManager, AHeldStoreIsLetGoByClosingTheMailProgram) {
+  Engine({"File 2024"});
+  MailWithInspectors mail(*w.mail);
+  w.services.mailProgram = &mail;
+  w.mail->CreateApplication();
+  StoresHeldOpen();
+  Open([&](Manager& m) {
+    Tick();
+    EXPECT_EQ(m.cmdBackup.Caption(), "Save && Close Outlook");
+    EXPECT_EQ(w.engine->Config()->Period("File 2024")->Free(), 0);
+    w.engine->ClearJournal();
+    m.cmdBackup.UserClick();
+    EXPECT_THAT(mail.calls, ElementsAre("close draft 0", "close reply 0", "quit"));
+    EXPECT_THAT(w.Journal(), Contains("Flush"));
+    Tick();
+    EXPECT_EQ(Cell(m, 1, kFree), "Yes");
+    EXPECT_EQ(m.cmdBackup.Caption(), "Backup Now");
+    m.UserClose();
+  });
+  EXPECT_THAT(w.Problems(), IsEmpty());
+}
+
+// A started run of two stores, the second without a file (size 0).
+class BackupRun : public BackupManager {
+ protected:
+  void Run(const std::function<void(Manager&)>& events) {
+    Engine({"File 2024", "Other"});
+    Open([&](Manager& m) {
+      Tick();
+      m.cmdBackup.UserClick();
+      ASSERT_EQ(server->starts, 1);
+      fs::remove(Store("Other"));
+      EXPECT_FALSE(server->Send(BackupServer::kRunBegins));
+      EXPECT_EQ(m.cmdBackup.Caption(), "Cancel Backup");
+      events(m);
+      if (m.Loaded()) m.UserClose();
+    });
+  }
+  std::string File(const std::string& name) const { return Store(name).string(); }
+  int32_t Size() const { return static_cast<int32_t>(fs::file_size(Store("File 2024"))); }
+};
+
+TEST_F(BackupRun, ProgressAndCompletionFillTheProgressColumn) {
+  Run([&](Manager& m) {
+    server->Send(BackupServer::kFileBegins, File("File 2024"));
+    EXPECT_EQ(Cell(m, 1, kProgress), "Started");
+    EXPECT_EQ(m.CurrentRow(), 1);
+    server->Send(BackupServer::kProgress, std::to_string(Size() / 4));
+    EXPECT_EQ(Cell(m, 1, kProgress), "25%");
+    // A file nobody has changes no cell.
+    server->Send(BackupServer::kFileComplete, "/nowhere/else.pst");
+    EXPECT_EQ(m.CurrentRow(), 0);
+    EXPECT_EQ(Cell(m, 1, kProgress), "25%");
+    // Progress without a row writes over the heading.
+    server->Send(BackupServer::kProgress, std::to_string(Size()));
+    EXPECT_EQ(Cell(m, 0, kProgress), "100%");
+    server->Send(BackupServer::kFileComplete, File("File 2024"));
+    EXPECT_EQ(Cell(m, 1, kProgress), "Complete");
+    EXPECT_EQ(Config()->Period("File 2024")->LastBackup(), w.clock.Now());
+    // An empty file: the share can't be taken, the cell keeps its text.
+    server->Send(BackupServer::kFileBegins, File("Other"));
+    server->Send(BackupServer::kProgress, "10");
+    EXPECT_EQ(Cell(m, 2, kProgress), "Started");
+    server->Send(BackupServer::kFileError, "Disk full");
+    EXPECT_EQ(Cell(m, 2, kProgress), "Disk full");
+    EXPECT_EQ(m.CurrentFileSize(), "0");
+    EXPECT_EQ(Config()->LastBackup(), Date());
+    server->Send(BackupServer::kRunComplete);
+  });
+  const std::vector<test::LogRecord> problems = w.Problems();
+  ASSERT_EQ(problems.size(), 1u);
+  EXPECT_EQ(problems[0].procedure, "mobjBackupServer_Status");
+  EXPECT_EQ(problems[0].number, 11);
+  EXPECT_THAT(w.host.Prompts(), IsEmpty()) << "the run was over when the window closed";
+}
+
+TEST_F(BackupRun, CancelIsAnsweredAtTheNextEventAndTheRowSaysSo) {
+  Run([&](Manager& m) {
+    server->Send(BackupServer::kFileBegins, File("File 2024"));
+    Tick();
+    m.cmdBackup.UserClick();
+    EXPECT_TRUE(m.CancelRequested());
+    EXPECT_TRUE(server->Send(BackupServer::kProgress, "1"));
+    EXPECT_TRUE(server->Send(BackupServer::kCancelled, File("File 2024")));
+    EXPECT_EQ(Cell(m, 1, kProgress), "Cancelled");
+    EXPECT_FALSE(m.FlagBackupRunning());
+    EXPECT_EQ(m.cmdBackup.Caption(), "Backup Now");
+    EXPECT_TRUE(m.cmdChange.Enabled());
+  });
+  EXPECT_EQ(Config()->LastBackup(), Date());
+  EXPECT_THAT(w.Journal(), Not(Contains("BackupFinished")));
+}
+
+TEST_F(BackupRun, ACompleteRunIsRecordedAndTheAttendedWindowStaysOpen) {
+  Run([&](Manager& m) {
+    server->Send(BackupServer::kRunComplete);
+    EXPECT_TRUE(m.Loaded());
+    EXPECT_EQ(m.cmdBackup.Caption(), "Backup Now");
+  });
+  EXPECT_EQ(Config()->LastBackup(), w.clock.Now());
+  EXPECT_THAT(w.Journal(), Contains("BackupFinished"));
+  EXPECT_THAT(w.host.Prompts(), IsEmpty());
+}
+
+TEST_F(BackupRun, AnUnattendedWindowClosesItselfWhenTheRunIsComplete) {
+  Run([&](Manager& m) {
+    Config()->BackupUnattended(true);
+    server->Send(BackupServer::kRunComplete);
+    EXPECT_FALSE(m.Loaded());
+  });
+  EXPECT_EQ(Config()->LastBackup(), w.clock.Now());
+  EXPECT_THAT(w.Journal(), Contains("BackupFinished"));
+  EXPECT_THAT(w.Journal(), Contains("BackupManagerOpen False"));
+}
+
+TEST_F(BackupManager, ClosingDuringARunCanBeCancelled) {
+  Engine({"File 2024"});
+  Open([&](Manager& m) {
+    Tick();
+    m.cmdBackup.UserClick();
+    w.host.AnswerNext(MsgResult::Cancel);
+    EXPECT_FALSE(m.UserClose());
+    EXPECT_TRUE(m.Loaded());
+    m.UserClose();
+  });
+  EXPECT_EQ(w.host.Prompts().size(), 2u);
+}
+
+TEST_F(BackupManager, MissingTextsAreMadeWithTheirDefaults) {
+  Engine({});
+  Open([&](Manager& m) {
+    EXPECT_EQ(m.Caption(), "Orvane Vellix Backup Manager");
+    m.UserClose();
+  });
+  const std::vector<std::pair<std::string, std::string>> made = {
+      {"fraPolicy-Tip", "Select policy to to determine if a Period Store should be backed up"},
+      {"optPolicyCheckHistory-Tip",
+       "For Rermoveable Media - Reference the date and time stamp of last backup to determine if "
+       "a Store requires backup"},
+      {"chkUnattendedOpperation", "Enable unattended opperation"},
+      {"fgcPeriods.Heading0", "Period Store"},
+      {"cboLater.1", "Backup Now"},
+      {"cboLater.4", "Day"},
+      {"txtLater", "10"},
+  };
+  for (const auto& [key, text] : made) {
+    EXPECT_EQ(w.Text(".Strings.frmBackupManager." + key), text) << key;
+  }
+  const ComboBox& list = w.backupManager.cboLater;
+  ASSERT_EQ(list.ListCount(), 4);
+  EXPECT_EQ(list.List(0), "Backup Now");
+  EXPECT_EQ(list.List(3), "Day");
+}
+
+}  // namespace
+}  // namespace vellix
