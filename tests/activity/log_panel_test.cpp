@@ -74,12 +74,14 @@ TEST(LogPanel, TheUserSwitchesTheLevelAndTheBackupTimerKeepsItsTraceOnlyWhileLog
   EXPECT_EQ(Count(w.Journal(), "put LoggingLevel Verbose"), 1);
   EXPECT_FALSE(w.popup.mobjMonitor().IsNothing());
 
-  // With logging off the tick needs the monitor it hasn't got: its error
-  // trace stands, once a minute.
+  // With logging off a due backup's tick needs the monitor it hasn't got:
+  // its error trace stands, once a minute, and the manager waits.
   w.popup.log.optLoOff.UserClick();
   EXPECT_EQ(w.engine->LoggingLevel(), "Off");
   EXPECT_TRUE(w.popup.mobjMonitor().IsNothing());
+  w.engine->Config()->NextBackup(w.clock.Now());
   w.host.Advance(2 * 60 * 1000);
+  EXPECT_FALSE(w.host.IsLoaded("frmBackupManager"));
   std::vector<std::string> ticks;
   for (const test::LogRecord& r : w.Problems())
     ticks.push_back(r.procedure + " " + std::to_string(r.number));

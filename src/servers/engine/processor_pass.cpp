@@ -216,7 +216,8 @@ class Processor::Pass {
     auto each = [&](auto&& fn) {
       for (auto* list : {&lists.folders, &lists.imports})
         for (auto& scans : *list)
-          for (auto& scan : scans) fn(scan);
+          for (auto& scan : scans)
+            fn(scan);
     };
     each([&](FolderScan& scan) {
       const auto [at, isNew] = byPath.emplace(LCase(scan.path), reads.size());

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "foundation/control_startup.h"
+#include "servers/backupcopy/backup_copier.h"
 #include "servers/config/config_tree_node.h"
 #include "servers/engine/engine_server_connector.h"
 #include "support/temp_folder.h"
@@ -192,7 +193,8 @@ Ref<EngineConnector> PopupWorld::CreateEngineConnector() {
 }
 
 Ref<BackupServer> PopupWorld::CreateBackupServer() {
-  return backupServer;
+  if (backupServer) return backupServer;
+  return MakeRef<backupcopy::BackupCopier>(host, paths);
 }
 
 }  // namespace vellix::test

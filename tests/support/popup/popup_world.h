@@ -100,7 +100,8 @@ class PopupWorld : public ServerFactory {
   FrmIconTimer iconTimer{host};
   FrmPredictiveStart predictiveStart{ctx, host};
   FrmPurgeNotice purgeNotice{ctx, host};
-  // What CreateBackupServer hands out; nothing until a test sets one.
+  // What CreateBackupServer hands out; a new backup copier each time while
+  // a test sets none.
   Ref<BackupServer> backupServer;
   FrmBackupManager backupManager{ctx, host};
   FrmPopup popup;
