@@ -58,7 +58,9 @@ class BenchHost : public vellix::UiHost {
   void PopupMenu(vellix::Form&, vellix::Menu&, int32_t, int32_t) override {}
   void StartTimer(vellix::Timer&) override {}
   void StopTimer(vellix::Timer&) override {}
-  std::optional<std::string> BrowseForFolder(const std::string&) override { return std::nullopt; }
+  std::optional<std::string> BrowseForFolder(const std::string&, const std::string&) override {
+    return std::nullopt;
+  }
   vellix::Ref<vellix::MAPIFolder> PickMailFolder(vellix::NameSpace&) override { return nullptr; }
 
   void PumpUntil(const bool& done) {

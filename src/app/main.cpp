@@ -147,11 +147,12 @@ int main(int argc, char** argv) {
   outbox->HandOverWith(outlook::XdgEmailHandOver(desktop::ProcessEnvironment()));
   outbox->MapFilesWith([mapping](const std::string& path) { return mapping.ToNative(path); });
   mail.SendMailWith(outbox);
-  desktop::XdgShell shell(mapping, [&host](const std::string& title) -> std::optional<fs::path> {
-    auto chosen = host.BrowseForFolder(title);
-    if (!chosen) return std::nullopt;
-    return fs::path(*chosen);
-  });
+  desktop::XdgShell shell(
+      mapping, [&host](const std::string& title, const fs::path& start) -> std::optional<fs::path> {
+        auto chosen = host.BrowseForFolder(title, start.string());
+        if (!chosen) return std::nullopt;
+        return fs::path(*chosen);
+      });
   desktop::PosixFileSystem files(mapping);
   qtview::QtWebBrowser browser(
       [mapping](const std::string& path) { return mapping.ToNative(path).string(); });

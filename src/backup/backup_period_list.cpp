@@ -226,7 +226,7 @@ void FrmBackupManager::cmdChange_Click() {
     const std::string title =
         ctx_.rootNode->GetValue(std::string(kBranch) + ".Strings.ControlPanel.CaptionFindFolder")
             .ToString();
-    if (const std::optional<std::string> chosen = ctx_.Shell().BrowseForFolder(title)) {
+    if (const std::optional<std::string> chosen = ctx_.Shell().BrowseForFolder(title, {})) {
       lblPath.Caption(*chosen);
       ctx_.engine->Config()->BackupLocation(*chosen);
     }

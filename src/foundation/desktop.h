@@ -17,9 +17,11 @@ class DesktopShell {
   // The user's personal documents folder (the shell's name space 5, its
   // Self.Path), or nothing when the desktop has none.
   virtual std::optional<std::string> PersonalFolder() = 0;
-  // A modal folder dialog with the title given; the chosen folder's path, or
-  // nothing when the user cancelled.
-  virtual std::optional<std::string> BrowseForFolder(const std::string& title) = 0;
+  // A modal folder dialog with the title given, opened at the folder `start`
+  // when it names one (a path text; empty for none); the chosen folder's
+  // path, or nothing when the user cancelled.
+  virtual std::optional<std::string> BrowseForFolder(const std::string& title,
+                                                     const std::string& start) = 0;
 };
 
 // The file system object.

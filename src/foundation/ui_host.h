@@ -61,9 +61,11 @@ class UiHost {
   virtual void StartTimer(Timer& timer) = 0;
   virtual void StopTimer(Timer& timer) = 0;
 
-  // A modal folder dialog with the title given: the chosen folder's path, or
-  // nothing when the user cancelled.
-  virtual std::optional<std::string> BrowseForFolder(const std::string& title) = 0;
+  // A modal folder dialog with the title given, opened at the native folder
+  // `start` when it names one: the chosen folder's path, or nothing when the
+  // user cancelled.
+  virtual std::optional<std::string> BrowseForFolder(const std::string& title,
+                                                     const std::string& start) = 0;
   // The mail program's modal folder dialog over the stores of a name space:
   // the chosen folder, or nothing when the user cancelled. A mail program
   // without a window system of its own shows its picker through this.

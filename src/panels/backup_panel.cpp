@@ -229,7 +229,9 @@ void BackupPanel::dtpBaNextBackup_Change() {
 }
 
 void BackupPanel::BrowseInto(TextBox& field) {
-  const auto chosen = ctx().Shell().BrowseForFolder(BranchText(ctx(), kCaptionFindFolder));
+  // The dialog opens where the field points, so a folder near it is a click away.
+  const auto chosen =
+      ctx().Shell().BrowseForFolder(BranchText(ctx(), kCaptionFindFolder), field.Text());
   if (chosen) field.Text(*chosen);
 }
 

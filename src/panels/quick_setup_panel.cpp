@@ -327,7 +327,7 @@ void QuickSetupPanel::chkNotFirstDay_Click() {
 
 void QuickSetupPanel::BrowseInto(TextBox& field) {
   const auto chosen =
-      ctx().Shell().BrowseForFolder(Text(".Strings.ControlPanel.CaptionFindFolder"));
+      ctx().Shell().BrowseForFolder(Text(".Strings.ControlPanel.CaptionFindFolder"), {});
   if (chosen) field.Text(*chosen);
 }
 

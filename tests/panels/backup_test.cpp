@@ -227,13 +227,17 @@ TEST(BackupPanel, BrowseFillsTheFieldAndItsCheckFollowsAlsoAfterACancel) {
   BackupPanel& ba = b.ba();
   const std::string chosen = (b.w.dir / "home" / "Documents").string();
 
-  // A folder chosen: the field takes it and the engine gets it.
+  // A folder chosen: the dialog opened where the field pointed, the field
+  // takes the choice and the engine gets it.
+  const std::string before = ba.txtBaBackupFolder.Text();
+  ASSERT_FALSE(before.empty());
   b.w.host.ChooseFolderNext(chosen);
   ASSERT_TRUE(ba.cmdBaBrowseBackup.UserClick());
   EXPECT_EQ(ba.txtBaBackupFolder.Text(), chosen);
   EXPECT_EQ(b.config()->BackupLocation(), chosen);
   EXPECT_THAT(b.w.host.FolderTitles(),
               ElementsAre(b.Msg(".Strings.ControlPanel.CaptionFindFolder")));
+  EXPECT_THAT(b.w.host.FolderStarts(), ElementsAre(b.w.paths.ToNative(before).string()));
 
   // An empty field, then a cancelled dialog: the empty field is questioned.
   ba.txtBaBackupFolder.Text("");

@@ -227,8 +227,10 @@ void ScriptedHost::StopTimer(Timer& timer) {
   std::erase_if(timers_, [&timer](const TimerEntry& e) { return e.timer == &timer; });
 }
 
-std::optional<std::string> ScriptedHost::BrowseForFolder(const std::string& title) {
+std::optional<std::string> ScriptedHost::BrowseForFolder(const std::string& title,
+                                                         const std::string& start) {
   folderTitles_.push_back(title);
+  folderStarts_.push_back(start);
   if (folders_.empty()) return std::nullopt;
   auto folder = std::move(folders_.front());
   folders_.pop_front();

@@ -69,6 +69,8 @@ class ScriptedHost : public UiHost {
   // The next folder dialog's answer; with none queued the user cancels.
   void ChooseFolderNext(std::optional<std::string> folder);
   [[nodiscard]] const std::vector<std::string>& FolderTitles() const { return folderTitles_; }
+  // The native folders the dialogs were asked to open at, empty for none.
+  [[nodiscard]] const std::vector<std::string>& FolderStarts() const { return folderStarts_; }
   // The next mail folder dialog's answer, a folder path ("\\\\Store\\Inbox");
   // with none queued the user cancels.
   void PickMailFolderNext(std::optional<std::string> folderPath);
@@ -106,7 +108,8 @@ class ScriptedHost : public UiHost {
   void PopupMenu(Form& form, Menu& menu, int32_t x, int32_t y) override;
   void StartTimer(Timer& timer) override;
   void StopTimer(Timer& timer) override;
-  std::optional<std::string> BrowseForFolder(const std::string& title) override;
+  std::optional<std::string> BrowseForFolder(const std::string& title,
+                                             const std::string& start) override;
   Ref<MAPIFolder> PickMailFolder(NameSpace& nameSpace) override;
 
  private:
@@ -132,6 +135,7 @@ class ScriptedHost : public UiHost {
   bool runPostedWhileModal_ = true;
   std::deque<std::optional<std::string>> folders_;
   std::vector<std::string> folderTitles_;
+  std::vector<std::string> folderStarts_;
   std::deque<std::optional<std::string>> mailFolders_;
   int mailFolderPicks_ = 0;
   int64_t now_ = 0;

@@ -46,9 +46,10 @@ std::optional<std::string> XdgShell::PersonalFolder() {
   return mapping_.ToLogic(*folder);
 }
 
-std::optional<std::string> XdgShell::BrowseForFolder(const std::string& title) {
+std::optional<std::string> XdgShell::BrowseForFolder(const std::string& title,
+                                                     const std::string& start) {
   if (!picker_) return std::nullopt;
-  auto chosen = picker_(title);
+  auto chosen = picker_(title, start.empty() ? std::filesystem::path() : mapping_.ToNative(start));
   if (!chosen || chosen->empty()) return std::nullopt;
   return mapping_.ToLogic(*chosen);
 }

@@ -14,7 +14,10 @@ namespace vellix::desktop {
 // The modal folder dialog: given its title, the folder chosen on disk, or
 // nothing when the user cancelled. The application hands in its window
 // system's dialog; tests a script.
-using FolderPicker = std::function<std::optional<std::filesystem::path>(const std::string& title)>;
+// Shows a folder dialog with a title, opened at a native folder (empty: the
+// dialog's own choice).
+using FolderPicker = std::function<std::optional<std::filesystem::path>(
+    const std::string& title, const std::filesystem::path& start)>;
 
 // The shell object on a free desktop. The personal folder is the XDG
 // documents folder: $XDG_DOCUMENTS_DIR, else the one named in
@@ -26,7 +29,8 @@ class XdgShell : public DesktopShell {
 
   std::optional<std::string> PersonalFolder() override;
   // Nothing also when no picker was given.
-  std::optional<std::string> BrowseForFolder(const std::string& title) override;
+  std::optional<std::string> BrowseForFolder(const std::string& title,
+                                             const std::string& start) override;
 
   // The documents folder on disk, or nothing.
   [[nodiscard]] std::optional<std::filesystem::path> DocumentsFolder() const;

@@ -296,8 +296,10 @@ Ref<MAPIFolder> QtHost::PickMailFolder(NameSpace& nameSpace) {
   return chosen;
 }
 
-std::optional<std::string> QtHost::BrowseForFolder(const std::string& title) {
-  const QString folder = QFileDialog::getExistingDirectory(QApplication::activeWindow(), Qs(title));
+std::optional<std::string> QtHost::BrowseForFolder(const std::string& title,
+                                                   const std::string& start) {
+  const QString folder =
+      QFileDialog::getExistingDirectory(QApplication::activeWindow(), Qs(title), Qs(start));
   if (folder.isEmpty()) return std::nullopt;
   return Std(folder);
 }

@@ -62,7 +62,8 @@ class QtHost : public UiHost {
   void PopupMenu(Form& form, Menu& menu, int32_t x, int32_t y) override;
   void StartTimer(Timer& timer) override;
   void StopTimer(Timer& timer) override;
-  std::optional<std::string> BrowseForFolder(const std::string& title) override;
+  std::optional<std::string> BrowseForFolder(const std::string& title,
+                                             const std::string& start) override;
   Ref<MAPIFolder> PickMailFolder(NameSpace& nameSpace) override;
 
  private:

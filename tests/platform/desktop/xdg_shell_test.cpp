@@ -63,20 +63,24 @@ TEST(PersonalFolder, IsTheXdgDocumentsFolderWhenOneIsThereAndNothingOtherwise) {
 TEST(BrowseForFolder, GivesTheChosenFolderAsThePanelWritesPathsAndNothingOnCancel) {
   const PathMapping mapping("/data");
   std::vector<std::string> titles;
+  std::vector<std::string> starts;
   std::optional<std::filesystem::path> answer = "/data/drives/d/Backups";
-  XdgShell shell(mapping, [&](const std::string& title) {
+  XdgShell shell(mapping, [&](const std::string& title, const std::filesystem::path& start) {
     titles.push_back(title);
+    starts.push_back(start.string());
     return answer;
   });
 
-  EXPECT_EQ(shell.BrowseForFolder("Find a folder"), "D:\\Backups");
+  EXPECT_EQ(shell.BrowseForFolder("Find a folder", "E:\\Old"), "D:\\Backups");
   answer = "/home/alex/Backups";
-  EXPECT_EQ(shell.BrowseForFolder("Again"), "/home/alex/Backups");
+  EXPECT_EQ(shell.BrowseForFolder("Again", ""), "/home/alex/Backups");
   answer.reset();
-  EXPECT_EQ(shell.BrowseForFolder("Cancel me"), std::nullopt);
+  EXPECT_EQ(shell.BrowseForFolder("Cancel me", "/home/alex"), std::nullopt);
   EXPECT_EQ(titles, (std::vector<std::string>{"Find a folder", "Again", "Cancel me"}));
+  // The dialog opens at the native folder of the path it was given.
+  EXPECT_EQ(starts, (std::vector<std::string>{"/data/drives/e/Old", "", "/home/alex"}));
 
-  EXPECT_EQ(XdgShell(mapping, nullptr).BrowseForFolder("No dialog"), std::nullopt);
+  EXPECT_EQ(XdgShell(mapping, nullptr).BrowseForFolder("No dialog", ""), std::nullopt);
 }
 
 }  // namespace

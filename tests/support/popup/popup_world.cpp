@@ -63,8 +63,8 @@ PopupWorld::PopupWorld()
   mail->ChooseFoldersWith([this](NameSpace& nameSpace) { return host.PickMailFolder(nameSpace); });
   shell = std::make_unique<desktop::XdgShell>(
       paths,
-      [this](const std::string& title) -> std::optional<fs::path> {
-        auto chosen = host.BrowseForFolder(title);
+      [this](const std::string& title, const fs::path& start) -> std::optional<fs::path> {
+        auto chosen = host.BrowseForFolder(title, start.string());
         if (!chosen) return std::nullopt;
         return fs::path(*chosen);
       },
