@@ -211,8 +211,9 @@ void FrmBackupManager::SetFormStatus() {
     }
     PopulateFlexGrid(40);
     // A free store that needs a copy goes ahead although another is held;
-    // only when none can go is the mail program asked to let go.
-    if (FlagLater()) {
+    // only when none can go is the mail program asked to let go. The order of
+    // the tests is the decision, so two of them lead to the same look.
+    if (FlagLater()) {  // NOLINT(bugprone-branch-clone)
       SetFormLater();
     } else if (FlagFilesToBackup()) {
       SetFormBackupNow();
