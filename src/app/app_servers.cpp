@@ -103,7 +103,9 @@ Ref<EngineConnector> AppServers::CreateEngineConnector() {
 
 Ref<BackupServer> AppServers::CreateBackupServer() {
   // Each backup run gets its own copier, as each CreateObject would.
-  return MakeRef<backupcopy::BackupCopier>(host_, mapping_);
+  auto copier = std::make_shared<backupcopy::BackupCopier>(host_, mapping_);
+  if (backupServerMade) backupServerMade(copier);
+  return copier;
 }
 
 }  // namespace vellix::app

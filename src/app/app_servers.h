@@ -18,6 +18,9 @@ class UiHost;
 namespace engine {
 class EngineServer;
 }
+namespace backupcopy {
+class BackupCopier;
+}
 }  // namespace vellix
 
 namespace vellix::app {
@@ -54,6 +57,8 @@ class AppServers final : public ServerFactory {
   std::function<std::unique_ptr<engine::ProcessingHooks>()> makeProcessingHooks;
   // Called once the engine is made, before the panel uses it.
   std::function<void(engine::EngineServer&)> engineMade;
+  // Called with each backup copier as it is made, before the caller sees it.
+  std::function<void(const std::shared_ptr<backupcopy::BackupCopier>&)> backupServerMade;
 
   // The engine, once made; nothing before. The application stops it at exit.
   [[nodiscard]] const std::shared_ptr<engine::EngineServer>& Engine() const { return engine_; }

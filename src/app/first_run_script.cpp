@@ -26,10 +26,10 @@ namespace {
 // Time for a window to lay out and paint before its picture is taken.
 constexpr int kSettleMs = 300;
 // A run that hasn't finished by then is stuck (a dialog nobody answers).
-constexpr int kWatchdogMs = 60000;
+constexpr int kWatchdogMs = 120000;
 // How many settle times the script waits for a pass to end.
 constexpr int kPassPolls = 100;
-constexpr int kPictures = 9;
+constexpr int kPictures = 9 + BackupManagerScript::kPictures;
 
 // Whether the control lies in the container, directly or further down.
 bool Inside(const Form& form, const Control& control, const std::string& container) {
@@ -46,13 +46,19 @@ bool Inside(const Form& form, const Control& control, const std::string& contain
 }  // namespace
 
 FirstRunScript::FirstRunScript(qtview::QtHost& host, FrmPopup& popup,
-                               FrmPredictiveStart& predictiveStart, std::filesystem::path outDir,
-                               std::filesystem::path backupFolder)
+                               FrmPredictiveStart& predictiveStart, FrmBackupManager& backupManager,
+                               std::filesystem::path outDir, std::filesystem::path backupFolder)
     : host_(host),
       popup_(popup),
       predictiveStart_(predictiveStart),
       outDir_(std::move(outDir)),
-      backupFolder_(std::move(backupFolder)) {}
+      backupFolder_(std::move(backupFolder)),
+      backupManager_(backupManager),
+      managerScript_(
+          backupManager,
+          {.shot = [this](const Form& form, const std::string& file) { return Shot(form, file); },
+           .note = [this](std::string text) { Note(std::move(text)); },
+           .step = [this](std::string step) { step_ = std::move(step); }}) {}
 
 bool FirstRunScript::Prepare(std::string& error) {
   std::error_code ec;
@@ -96,6 +102,8 @@ void FirstRunScript::FormShown(Form& form, QWidget& /*window*/) {
   } else if (&form == backupNotice_ && !backupSeen_) {
     backupSeen_ = true;
     QTimer::singleShot(kSettleMs, this, [this, &form] { BackupProblemsShot(form); });
+  } else if (&form == &backupManager_ && step_ == "backup manager") {
+    QTimer::singleShot(kSettleMs, this, [this] { managerScript_.Shown(); });
   } else if (form.Name() == "frmSupportMessage" && !supportSeen_) {
     supportSeen_ = true;
     QTimer::singleShot(kSettleMs, this, [this, &form] { SupportMessageShot(form); });
@@ -221,6 +229,7 @@ void FirstRunScript::SupportMessageStep() {
   if (auto* send = FindControl<CommandButton>(popup_, "cmdLoSendDiagnostics")) send->UserClick();
   if (!supportSeen_) Note("the support message was not shown");
   BackupProblemsStep();
+  BackupManagerStep();
   Finish();
 }
 
@@ -233,6 +242,18 @@ void FirstRunScript::BackupProblemsStep() {
   notice.Show(true);
   backupNotice_ = nullptr;
   if (!backupSeen_) Note("the backup problems notice was not shown");
+}
+
+void FirstRunScript::BackupManagerStep() {
+  step_ = "backup manager";
+  if (!popup_.tabControlOptions.UserSelectTab("Backup")) Note("no Backup tab");
+  // The window is modal: the click returns once the script has closed it.
+  if (auto* now = FindControl<CommandButton>(popup_, "cmdBaBackupNow")) now->UserClick();
+  if (!managerScript_.Seen()) Note("the backup manager was not shown");
+}
+
+void FirstRunScript::BackupCopierMade(const std::shared_ptr<backupcopy::BackupCopier>& copier) {
+  managerScript_.CopierMade(copier);
 }
 
 void FirstRunScript::BackupProblemsShot(Form& form) {

@@ -7,10 +7,13 @@
 #include <string>
 #include <vector>
 
+#include "app/backup_manager_script.h"
+
 class QWidget;
 
 namespace vellix {
 class Form;
+class FrmBackupManager;
 class FrmPopup;
 class FrmPredictiveStart;
 namespace qtview {
@@ -23,15 +26,16 @@ namespace vellix::app {
 // --screenshot: a first start played as a user would, writing a picture of
 // each window it passes to the output folder: the Quick setup page, the
 // Predictive start dialog, the main form on its Summary, Periods and
-// Agents tabs, the support message opened from the Log tab, and the backup
-// problems notice. A control
+// Agents tabs, the support message opened from the Log tab, the backup
+// problems notice, and the backup manager in each look of its button. A control
 // that isn't there is passed over with a note, so a half-built panel still
 // gives what can be had. Message boxes on the way are answered with their
 // default button and their texts printed.
 class FirstRunScript : public QObject {
  public:
   FirstRunScript(qtview::QtHost& host, FrmPopup& popup, FrmPredictiveStart& predictiveStart,
-                 std::filesystem::path outDir, std::filesystem::path backupFolder);
+                 FrmBackupManager& backupManager, std::filesystem::path outDir,
+                 std::filesystem::path backupFolder);
 
   // Before start-up: the output folder is made; false with a message when it can't be.
   bool Prepare(std::string& error);
@@ -42,6 +46,8 @@ class FirstRunScript : public QObject {
   // The tray took a picture: the first processing one is kept, as the
   // tray shows it.
   void TrayPicture(const std::string& picture, const QIcon& icon);
+  // The backup manager made its copier.
+  void BackupCopierMade(const std::shared_ptr<backupcopy::BackupCopier>& copier);
 
   // 0 when every picture was written, 1 otherwise; the notes say what was missed.
   [[nodiscard]] int ExitCode() const;
@@ -62,6 +68,9 @@ class FirstRunScript : public QObject {
   // Shows the backup problems notice with two sample lines for its picture.
   void BackupProblemsStep();
   void BackupProblemsShot(Form& form);
+  // Opens the backup manager from the Storage & Backup tab; its script
+  // runs while it is up and closes it.
+  void BackupManagerStep();
   void Finish();
   void AnswerMessageBoxes();
   bool Shot(const Form& form, const std::string& file);
@@ -81,6 +90,8 @@ class FirstRunScript : public QObject {
   bool supportSeen_ = false;
   bool backupSeen_ = false;
   Form* backupNotice_ = nullptr;  // while the notice is up
+  FrmBackupManager& backupManager_;
+  BackupManagerScript managerScript_;
   bool finished_ = false;
   int written_ = 0;
   std::vector<std::string> notes_;

@@ -206,7 +206,7 @@ int main(int argc, char** argv) {
 
   std::unique_ptr<app::FirstRunScript> script;
   if (!options.screenshot.empty()) {
-    script = std::make_unique<app::FirstRunScript>(host, popup, predictiveStart,
+    script = std::make_unique<app::FirstRunScript>(host, popup, predictiveStart, backupManager,
                                                    fs::absolute(options.screenshot),
                                                    mapping.DataRoot() / "Backups");
     if (!script->Prepare(error)) {
@@ -216,6 +216,7 @@ int main(int argc, char** argv) {
     tray.pictureShown = [&script, &tray](const std::string& picture) {
       script->TrayPicture(picture, tray.Icon().icon());
     };
+    servers.backupServerMade = [&script](const auto& copier) { script->BackupCopierMade(copier); };
   }
   app::FirstPaintWatch firstPaint;
   firstPaint.OnFirstPaint = [] {

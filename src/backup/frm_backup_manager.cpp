@@ -59,51 +59,54 @@ FrmBackupManager::FrmBackupManager(Context& ctx, UiHost& host)
 void FrmBackupManager::Design() {
   // Design texts double as the defaults of the text keys; the title is fixed.
   Caption(kTitle);
-  Width(10320);
-  Height(6960);
+  // Wide enough for a date and time in the grid's date columns and for its
+  // last column to end at the grid's edge; tall enough for a dozen periods
+  // and their headings, so that the grid needs no scroll bar.
+  Width(14280);
+  Height(8580);
   lblDescriptiveTitle.Caption("Backup Period Stores to a network location or removeable media");
-  lblDescriptiveTitle.Move(240, 120, 9600, 285);
+  lblDescriptiveTitle.Move(240, 120, 13800, 285);
 
   fraLocation.Caption("Backup Store Location");
-  fraLocation.Move(240, 480, 9600, 780);
-  lblPath.Move(120, 330, 5280, 285);
-  picStoreAvailable.Move(5520, 300, 240, 240);
+  fraLocation.Move(240, 480, 13800, 780);
+  lblPath.Move(120, 330, 8880, 285);
+  picStoreAvailable.Move(9120, 300, 240, 240);
   lblStoreAvailable.Caption("Backup Location Available");
-  lblStoreAvailable.Move(5880, 330, 2280, 285);
+  lblStoreAvailable.Move(9480, 330, 2880, 285);
   cmdChange.Caption("Change");
-  cmdChange.Move(8280, 270, 1200, 375);
+  cmdChange.Move(12480, 270, 1200, 375);
 
   fraPolicy.Caption("Backup Policy");
   fraPolicy.ToolTipText("Select policy to to determine if a Period Store should be backed up");
-  fraPolicy.Move(240, 1380, 9600, 1200);
+  fraPolicy.Move(240, 1380, 13800, 1200);
   optPolicyAll.Caption("Backup all Period Store files");
   optPolicyAll.ToolTipText("Always backup all Period Stores");
-  optPolicyAll.Move(120, 300, 9360, 285);
+  optPolicyAll.Move(120, 300, 13560, 285);
   optPolicyCheckStore.Caption("Backup only out of date Period Stores based on Store Location");
   optPolicyCheckStore.ToolTipText(
       "For Network - Reference Period Stores in Backup Store Location to determine if a Store "
       "requires backup");
-  optPolicyCheckStore.Move(120, 600, 9360, 285);
+  optPolicyCheckStore.Move(120, 600, 13560, 285);
   optPolicyCheckHistory.Caption("Backup only Period Stores updated since last recorded backup");
   optPolicyCheckHistory.ToolTipText(
       "For Rermoveable Media - Reference the date and time stamp of last backup to determine if a "
       "Store requires backup");
-  optPolicyCheckHistory.Move(120, 900, 9360, 285);
+  optPolicyCheckHistory.Move(120, 900, 13560, 285);
 
-  fgcPeriods.Move(240, 2700, 9600, 2280);
+  fgcPeriods.Move(240, 2700, 13800, 3900);
 
   chkUnattendedOpperation.Caption("Enable unattended opperation");
   chkUnattendedOpperation.ToolTipText(
       "If backup can proceed it will start automatically after a short delay period");
-  chkUnattendedOpperation.Move(240, 5100, 4800, 285);
+  chkUnattendedOpperation.Move(240, 6720, 4800, 285);
   lblTryLaterIn.Caption("Try later in");
-  lblTryLaterIn.Move(240, 5580, 1140, 285);
-  txtLater.Move(1440, 5520, 600, 315);
-  cboLater.Move(2100, 5520, 1560, 315);
+  lblTryLaterIn.Move(240, 7200, 1140, 285);
+  txtLater.Move(1440, 7140, 600, 315);
+  cboLater.Move(2100, 7140, 1560, 315);
   lblCountdown.Caption("Countdown Seconds");
-  lblCountdown.Move(3900, 5580, 2880, 285);
+  lblCountdown.Move(3900, 7200, 2880, 285);
   cmdBackup.Caption("Wait");
-  cmdBackup.Move(7200, 5460, 2640, 435);
+  cmdBackup.Move(11400, 7080, 2640, 435);
   cmdBackup.Default(true);
   tmrStatus.Enabled(false);
 }

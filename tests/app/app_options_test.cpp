@@ -4,6 +4,8 @@
 
 #include <sys/wait.h>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "foundation/date.h"
@@ -63,8 +65,10 @@ TEST(CommandLine, AMistypedOptionOrAMissingValueIsRefusedWithAMessage) {
 
 // The built program, as a user starts it from a terminal: its exit status
 // and what it said on standard error.
-std::pair<int, std::string> RunProgram(const std::string& arguments) {
-  const std::string command = std::string(VELLIX_APP_EXE) + " " + arguments + " 2>&1";
+std::pair<int, std::string> RunProgram(const std::string& arguments,
+                                       const std::string& environment = "") {
+  const std::string command =
+      environment + " " + std::string(VELLIX_APP_EXE) + " " + arguments + " 2>&1";
   FILE* pipe = ::popen(command.c_str(), "r");
   if (!pipe) return {-1, ""};
   std::string output;
@@ -114,6 +118,40 @@ TEST(CommandLine, AStoreIsExportedWithoutAWindow) {
   EXPECT_EQ(test::ReadText(mbox),
             "From ann@example.com Thu Feb  1 00:00:00 2024\nFrom: Ann <ann@example.com>\n"
             "Subject: Hi\n\n>From here.\n\n");
+}
+
+TEST(CommandLine, TheScreenshotRunPicturesEachLookOfTheBackupManagerAndReallyBacksUp) {
+  namespace fs = std::filesystem;
+  const test::TempFolder scratch;
+  const auto data = scratch / "data";
+  const auto shots = scratch / "shots";
+  const auto [status, output] =
+      RunProgram("--data-dir '" + data.string() + "' --screenshot '" + shots.string() + "'",
+                 "QT_QPA_PLATFORM=offscreen");
+  ASSERT_EQ(status, 0) << output;
+  EXPECT_NE(output.find("16 of 16 pictures written"), std::string::npos) << output;
+  // Each look came as the run went; none had to be forced.
+  EXPECT_EQ(output.find("gave up"), std::string::npos) << output;
+  EXPECT_EQ(output.find("set directly"), std::string::npos) << output;
+  for (const char* file :
+       {"backup-manager-close-outlook.png", "backup-manager-backup-now.png",
+        "backup-manager-later.png", "backup-manager-running.png", "backup-manager-done.png",
+        "backup-manager-close.png", "backup-manager-wait.png", "backup-problems.png"}) {
+    std::ifstream in(shots / file, std::ios::binary);
+    std::string magic(4, '\0');
+    in.read(magic.data(), 4);
+    EXPECT_EQ(magic, "\x89PNG") << file;
+  }
+  // The pictured run copied every period store to the backup folder whole.
+  int stores = 0;
+  for (const auto& entry : fs::recursive_directory_iterator(data / "drives")) {
+    if (entry.path().extension() != ".pst") continue;
+    ++stores;
+    const auto copy = data / "Backups" / entry.path().filename();
+    ASSERT_TRUE(fs::exists(copy)) << copy;
+    EXPECT_EQ(fs::file_size(copy), entry.file_size()) << copy;
+  }
+  EXPECT_GT(stores, 1);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "foundation/control_startup.h"
 #include "foundation/engine.h"
 #include "platform/outlook/profile_mail_program.h"
+#include "servers/backupcopy/backup_copier.h"
 #include "servers/errorlog/error_log_file.h"
 #include "shell/frm_icon_timer.h"
 #include "shell/frm_popup.h"
@@ -71,7 +72,22 @@ TEST_F(AppServersTest, AFirstStartKeepsItsSettingsLogAndEngineInTheDataFolder) {
     EXPECT_EQ(run.servers.CreateConfigConnector(), run.ctx.configConnector);
     ASSERT_NE(run.servers.Engine(), nullptr);
     EXPECT_EQ(run.servers.CreateEngineConnector()->Engine(), run.ctx.engine);
-    EXPECT_FALSE(run.servers.CreateBackupServer().IsNothing());
+    // Each backup run gets a copier of its own, which the application may
+    // tune before the window has it.
+    std::vector<const BackupServer*> tuned;
+    run.servers.backupServerMade = [&](const std::shared_ptr<backupcopy::BackupCopier>& copier) {
+      copier->ChunkBytes(4096);
+      tuned.push_back(copier.get());
+    };
+    const Ref<BackupServer> first = run.servers.CreateBackupServer();
+    const Ref<BackupServer> second = run.servers.CreateBackupServer();
+    ASSERT_FALSE(first.IsNothing());
+    EXPECT_EQ(tuned,
+              (std::vector<const BackupServer*>{first.Shared().get(), second.Shared().get()}));
+    EXPECT_NE(first.Shared(), second.Shared());
+    const auto* copier = dynamic_cast<const backupcopy::BackupCopier*>(first.Shared().get());
+    ASSERT_NE(copier, nullptr);
+    EXPECT_EQ(copier->ChunkBytes(), 4096);
     // The shared formats came from the seed beside the executable.
     EXPECT_EQ(run.ctx.externalDateFormat, "yyyy-mm-dd");
 
