@@ -200,13 +200,21 @@ int main(int argc, char** argv) {
   FrmIconTimer iconTimer(host);
   FrmPredictiveStart predictiveStart(ctx, host);
   FrmPurgeNotice purgeNotice(ctx, host);
-  FrmBackupManager backupManager(ctx, host);
+  // Made when first opened, so that a start pays nothing for it; the
+  // screenshot run drives it and has it made at once.
+  std::unique_ptr<FrmBackupManager> backupManager;
+  auto makeBackupManager = [&ctx, &host, &backupManager] {
+    if (!backupManager) backupManager = std::make_unique<FrmBackupManager>(ctx, host);
+    return backupManager.get();
+  };
+  if (!options.screenshot.empty()) makeBackupManager();
   FrmPopup popup(ctx, tray,
-                 PopupForms{iconTimer, &predictiveStart, nullptr, &backupManager, &purgeNotice});
+                 PopupForms{iconTimer, &predictiveStart, nullptr, backupManager.get(), &purgeNotice,
+                            makeBackupManager});
 
   std::unique_ptr<app::FirstRunScript> script;
   if (!options.screenshot.empty()) {
-    script = std::make_unique<app::FirstRunScript>(host, popup, predictiveStart, backupManager,
+    script = std::make_unique<app::FirstRunScript>(host, popup, predictiveStart, *backupManager,
                                                    fs::absolute(options.screenshot),
                                                    mapping.DataRoot() / "Backups");
     if (!script->Prepare(error)) {

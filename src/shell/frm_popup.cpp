@@ -488,6 +488,8 @@ void FrmPopup::cmdSuHelp_Click() {
 }
 
 void FrmPopup::ShowBackupManager() {
+  if (forms_.backupManager == nullptr && forms_.makeBackupManager)
+    forms_.backupManager = forms_.makeBackupManager();
   Need(forms_.backupManager).Show(true);
 }
 

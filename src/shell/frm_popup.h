@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -44,6 +45,9 @@ struct PopupForms {
   Form* about = nullptr;
   FrmBackupManager* backupManager = nullptr;
   FrmPurgeNotice* purgeNotice = nullptr;
+  // Makes the backup manager the first time it is opened, where none was
+  // given: a start then pays nothing for it.
+  std::function<FrmBackupManager*()> makeBackupManager;
 };
 
 // The three hidden states: the window is meant to be out of sight.

@@ -49,7 +49,9 @@ PopupWorld::PopupWorld()
     : dir(FreshFolder()),
       paths(dir / "data"),
       popup(ctx, tray,
-            PopupForms{iconTimer, &predictiveStart, nullptr, &backupManager, &purgeNotice}) {
+            PopupForms{iconTimer, &predictiveStart, nullptr, nullptr, &purgeNotice,
+                       // Handed over when first opened, as the application makes it.
+                       [this] { return &backupManager; }}) {
   clock.Set(DateTimeSerial(2026, 11, 22, 9, 30, 0));
   services.exeFolder = Resources().string();
   env["HOME"] = (dir / "home").string();
