@@ -68,31 +68,41 @@ void AppendDate(std::string& out, Date d) {
 // character references so that a carriage return or a tab survives the
 // parser's line-end and attribute normalisation.
 void AppendEscaped(std::string& out, std::string_view s, bool attribute) {
-  for (char ch : s) {
+  // Runs of plain characters go in whole: a first start writes the whole tree.
+  std::size_t plain = 0;
+  for (std::size_t i = 0; i < s.size(); ++i) {
+    const char ch = s[i];
     const auto c = static_cast<unsigned char>(ch);
+    const char* entity = nullptr;
     switch (ch) {
       case '&':
-        out += "&amp;";
+        entity = "&amp;";
         break;
       case '<':
-        out += "&lt;";
+        entity = "&lt;";
         break;
       case '>':
-        out += "&gt;";
+        entity = "&gt;";
         break;
       case '"':
-        out += attribute ? "&quot;" : "\"";
+        if (attribute) entity = "&quot;";
         break;
       default:
-        if (c < 0x20 && (attribute || (ch != '\n' && ch != '\t'))) {
-          out += "&#";
-          AppendNumber(out, static_cast<int>(c));
-          out += ';';
-        } else {
-          out += ch;
-        }
+        break;
+    }
+    const bool control = c < 0x20 && (attribute || (ch != '\n' && ch != '\t'));
+    if (entity == nullptr && !control) continue;
+    out.append(s.substr(plain, i - plain));
+    plain = i + 1;
+    if (entity != nullptr) {
+      out += entity;
+    } else {
+      out += "&#";
+      AppendNumber(out, static_cast<int>(c));
+      out += ';';
     }
   }
+  out.append(s.substr(plain));
 }
 
 void WriteNode(std::string& out, const ConfigTreeNode& node, int level) {
