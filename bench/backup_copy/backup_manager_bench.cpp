@@ -151,8 +151,11 @@ class WatchedServers : public vellix::ServerFactory {
     // Connected before the manager connects: it sees each event first.
     watch_ = server->Status.Connect(
         [this](int32_t& code, std::string& data, bool& cancel) { status(code, data, cancel); });
+    last_ = server.Shared();
     return server;
   }
+  // The server handed out last, while someone holds it.
+  [[nodiscard]] std::shared_ptr<BackupServer> Last() const { return last_.lock(); }
   [[nodiscard]] std::string WhyUnreachable() const override { return servers_.WhyUnreachable(); }
 
   std::function<void(int32_t, const std::string&, bool)> status = [](int32_t, const std::string&,
@@ -161,6 +164,41 @@ class WatchedServers : public vellix::ServerFactory {
  private:
   vellix::app::AppServers& servers_;
   vellix::Connection watch_;
+  std::weak_ptr<BackupServer> last_;
+};
+
+// How long the manager's handler took over each kind of event: the time
+// from the first handler (the bench's, connected before the manager's) to
+// the last (connected after it).
+class HandlerTimes {
+ public:
+  void Begin(int32_t code) {
+    code_ = code;
+    began_ = Clock::now();
+  }
+  void End(int32_t code) {
+    if (code != code_ || code < 0 || code >= kCodes) return;
+    const double ms = Seconds(Clock::now() - began_) * 1000;
+    count_[code] += 1;
+    total_[code] += ms;
+    longest_[code] = std::max(longest_[code], ms);
+    code_ = -1;
+  }
+  void Print() const {
+    for (int code = 0; code < kCodes; ++code) {
+      if (count_[code] == 0) continue;
+      std::printf("  event %d: %3d handled, %8.1f ms in all, longest %6.1f ms\n", code,
+                  count_[code], total_[code], longest_[code]);
+    }
+  }
+
+ private:
+  static constexpr int kCodes = 8;
+  int32_t code_ = -1;
+  Clock::time_point began_;
+  int count_[kCodes] = {};
+  double total_[kCodes] = {};
+  double longest_[kCodes] = {};
 };
 
 // Start-up needs a first window to show; the bench's is empty.
@@ -173,6 +211,7 @@ struct RunResult {
   double seconds = 0;
   double stallMs = 0;
   int ticks = 0;
+  HandlerTimes handlers;  // of the manager's run
 };
 
 class Bench {
@@ -247,7 +286,9 @@ class Bench {
     bool complete = false;
     int failures = 0;
     Clock::time_point start;
+    vellix::Connection after;
     watched_.status = [&](int32_t code, const std::string& data, bool) {
+      result.handlers.Begin(code);
       if (code == BackupServer::kFileError) {
         ++failures;
         std::fprintf(stderr, "copy failed: %s\n", data.c_str());
@@ -272,10 +313,14 @@ class Bench {
         window->close();  // the window's close box
         return;
       }
-      if (pressed || manager_.cmdBackup.Caption() != "Backup Now") return;
+      if (pressed || manager_.cmdBackup.Caption() != "Backup Now" || !Settled()) return;
       auto* button = window->findChild<QAbstractButton*>("cmdBackup");
       if (button == nullptr || !button->isEnabled()) return;
       pressed = true;
+      if (auto server = watched_.Last()) {
+        after = server->Status.Connect(
+            [&](int32_t& code, std::string&, bool&) { result.handlers.End(code); });
+      }
       stall_.Start();
       start = Clock::now();
       button->click();
@@ -316,6 +361,12 @@ class Bench {
     });
     for (const std::string& file : sources_)
       copier->AddFile(file, backup().string());
+    if (!Settled()) {
+      QTimer::singleShot(
+          std::chrono::duration_cast<std::chrono::milliseconds>(ready_ - Clock::now()), &loop,
+          &QEventLoop::quit);
+      loop.exec();
+    }
     stall_.Start();
     const auto start = Clock::now();
     copier->Start();
@@ -331,7 +382,17 @@ class Bench {
 
   fs::path backup() const { return work_ / "backup"; }
 
+  // Empties the backup folder. On this machine a copy that starts right
+  // after the sync goes faster than one that starts seconds later, and the
+  // window lets a press through only after its first tick: every run of
+  // either kind starts the same fixed time after the clearing.
+  void ClearBackup() {
+    vellix::bench::ClearDestination(backup());
+    ready_ = Clock::now() + kSettle;
+  }
+
  private:
+  [[nodiscard]] bool Settled() const { return Clock::now() >= ready_; }
   static void WriteFile(const fs::path& file, const std::string& text) {
     std::FILE* f = std::fopen(file.c_str(), "wb");
     if (f == nullptr) throw std::runtime_error("cannot write " + file.string());
@@ -369,6 +430,8 @@ class Bench {
   vellix::FrmBackupManager manager_;
   StallWatch stall_;
   std::vector<std::string> sources_;
+  static constexpr auto kSettle = std::chrono::seconds(3);
+  Clock::time_point ready_;
 };
 
 void Report(const char* what, const std::vector<RunResult>& runs) {
@@ -400,21 +463,23 @@ int main(int argc, char** argv) {
                 options.rounds);
     std::vector<RunResult> manager, alone;
     const auto print = [](int round, const char* what, const RunResult& r) {
-      std::printf("round %d %-14s %.3f s  longest stall %.1f ms (%d ticks)\n", round, what,
+      const std::string name = round == 0 ? "warm-up" : "round " + std::to_string(round);
+      std::printf("%-8s %-14s %.3f s  longest stall %.1f ms (%d ticks)\n", name.c_str(), what,
                   r.seconds, r.stallMs, r.ticks);
       std::fflush(stdout);
     };
-    for (int r = 0; r < options.rounds; ++r) {
+    // A first round of each kind warms up what a first run pays for (the
+    // window's first paint, the first allocation of the backup folder's
+    // blocks); it is shown but not counted.
+    for (int r = 0; r <= options.rounds; ++r) {
       // Each kind of run takes each place in the order in turn.
       for (int k = 0; k < 2; ++k) {
-        vellix::bench::ClearDestination(bench->backup());
-        if ((r + k) % 2 == 0) {
-          manager.push_back(bench->ThroughManager());
-          print(r + 1, "manager", manager.back());
-        } else {
-          alone.push_back(bench->CopierAlone());
-          print(r + 1, "copier alone", alone.back());
-        }
+        bench->ClearBackup();
+        const bool throughManager = (r + k) % 2 == 1;
+        RunResult run = throughManager ? bench->ThroughManager() : bench->CopierAlone();
+        print(r, throughManager ? "manager" : "copier alone", run);
+        if (throughManager) run.handlers.Print();
+        if (r > 0) (throughManager ? manager : alone).push_back(std::move(run));
       }
     }
     Report("manager", manager);
