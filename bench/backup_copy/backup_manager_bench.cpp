@@ -287,6 +287,8 @@ class Bench {
     int failures = 0;
     Clock::time_point start;
     vellix::Connection after;
+    // What a posted call finds gone once this run has returned.
+    auto alive = std::make_shared<bool>(true);
     watched_.status = [&](int32_t code, const std::string& data, bool) {
       result.handlers.Begin(code);
       if (code == BackupServer::kFileError) {
@@ -295,7 +297,8 @@ class Bench {
       }
       if (code != BackupServer::kRunComplete && code != BackupServer::kCancelled) return;
       // Posted: it runs once the manager's own handler of this event is done.
-      host_.Post([&] {
+      host_.Post([&, run = std::weak_ptr<bool>(alive)] {
+        if (run.expired()) return;
         result.seconds = Seconds(Clock::now() - start);
         stall_.Stop();
         result.stallMs = stall_.LongestMs();
