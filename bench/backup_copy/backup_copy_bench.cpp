@@ -24,6 +24,7 @@
 #include <string>
 #include <vector>
 
+#include "bench_support.h"
 #include "platform/desktop/path_mapping.h"
 #include "servers/backupcopy/backup_copier.h"
 #include "servers/backupcopy/content_hash.h"
@@ -33,9 +34,12 @@ extern char** environ;
 namespace {
 
 namespace fs = std::filesystem;
-using Clock = std::chrono::steady_clock;
 using vellix::BackupServer;
 using vellix::backupcopy::BackupCopier;
+using vellix::bench::ClearDestination;
+using vellix::bench::Clock;
+using vellix::bench::Median;
+using vellix::bench::Seconds;
 
 // Runs posted work on the main thread, as the window's event loop would.
 class BenchHost : public vellix::UiHost {
@@ -117,22 +121,6 @@ int Spawn(std::vector<std::string> args) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-double Seconds(Clock::duration d) {
-  return std::chrono::duration<double>(d).count();
-}
-
-double Median(std::vector<double> v) {
-  std::sort(v.begin(), v.end());
-  const size_t n = v.size();
-  return n % 2 == 1 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
-}
-
-void ClearDestination(const fs::path& dst) {
-  for (const auto& e : fs::directory_iterator(dst))
-    fs::remove(e.path());
-  ::sync();  // the next run starts with nothing left to write back
-}
-
 double RunCopier(BenchHost& host, const std::vector<fs::path>& files, const fs::path& dst,
                  bool verify) {
   BackupCopier copier(host, vellix::desktop::PathMapping(dst.parent_path()));
@@ -181,22 +169,11 @@ double HashSpeed() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  fs::path base = fs::temp_directory_path();
-  int rounds = 5;
-  int fileCount = 4;
-  int64_t mib = 512;
-  for (int i = 1; i < argc; ++i) {
-    const std::string arg = argv[i];
-    if (arg == "--rounds" && i + 1 < argc) {
-      rounds = std::max(1, std::atoi(argv[++i]));
-    } else if (arg == "--files" && i + 1 < argc) {
-      fileCount = std::max(1, std::atoi(argv[++i]));
-    } else if (arg == "--mib" && i + 1 < argc) {
-      mib = std::max(1, std::atoi(argv[++i]));
-    } else {
-      base = arg;
-    }
-  }
+  const vellix::bench::Options options = vellix::bench::ParseOptions(argc, argv);
+  const fs::path base = options.base;
+  const int rounds = options.rounds;
+  const int fileCount = options.files;
+  const int64_t mib = options.mib;
 
   const fs::path work = base / ("vellix-backup-bench-" + std::to_string(::getpid()));
   const fs::path src = work / "store";
