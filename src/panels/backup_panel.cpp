@@ -95,21 +95,19 @@ void BackupPanel::LayoutBackup() {
     const Ref<ConfigNode> node = ctx().rootNode->GetNode(kTextNode, false, "", Variant());
     RowLayout rows(m, node);
 
-    // The two folders, each with its Browse button after it.
-    rows.PlaceLabel(lblBaFolder);
-    rows.PlaceData(txtBaFolder, m.DataColumnWidth);
-    txtBaFolder.Text(rows.Text("txtBaFolder"));
-    rows.PlaceNext(cmdBaBrowseFolder, txtBaFolder, m.ButtonWidth);
-    cmdBaBrowseFolder.Caption(rows.Text("cmdBaBrowseFolder"));
-    rows.NextRow();
-
-    rows.PlaceLabel(lblBaBackupFolder);
-    rows.ApplyTip(lblBaBackupFolder);
-    rows.PlaceData(txtBaBackupFolder, m.DataColumnWidth);
-    txtBaBackupFolder.Text(rows.Text("txtBaBackupFolder"));
-    rows.PlaceNext(cmdBaBrowseBackup, txtBaBackupFolder, m.ButtonWidth);
-    cmdBaBrowseBackup.Caption(rows.Text("cmdBaBrowseBackup"));
-    rows.NextRow();
+    // The two folders, each with its Browse button after it. The store
+    // folder's label has no tip of its own in the tree.
+    const auto folderRow = [&](Label& label, bool tip, TextBox& field, CommandButton& browse) {
+      rows.PlaceLabel(label);
+      if (tip) rows.ApplyTip(label);
+      rows.PlaceData(field, m.DataColumnWidth);
+      field.Text(rows.Text(field.Name()));
+      rows.PlaceNext(browse, field, m.ButtonWidth);
+      browse.Caption(rows.Text(browse.Name()));
+      rows.NextRow();
+    };
+    folderRow(lblBaFolder, false, txtBaFolder, cmdBaBrowseFolder);
+    folderRow(lblBaBackupFolder, true, txtBaBackupFolder, cmdBaBrowseBackup);
 
     // The interval: a count with its up-down, then the unit.
     rows.PlaceLabel(lblBaEvery);
