@@ -7,6 +7,7 @@
 #include "foundation/ui_host.h"
 
 #include "servers/backupcopy/backup_copier.h"
+#include "servers/common/write_behind.h"
 #include "servers/config/config_server.h"
 #include "servers/config/config_tree_node.h"
 #include "servers/engine/engine_server.h"
@@ -24,7 +25,11 @@ AppServers::AppServers(DataPaths paths, std::filesystem::path seedFile,
       clock_(clock),
       host_(host) {}
 
-AppServers::~AppServers() = default;
+// The program does not end with a save still on its way to the disk, whoever
+// holds the engine last.
+AppServers::~AppServers() {
+  servers::WriteBehind::Shared().WaitAll();
+}
 
 std::filesystem::path AppServers::EngineFile() const {
   return paths_.configDir / "Engine.xml";

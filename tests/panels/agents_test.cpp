@@ -11,6 +11,7 @@
 
 #include "foundation/agent.h"
 #include "foundation/engine_config.h"
+#include "servers/common/write_behind.h"
 #include "support/popup/popup_world.h"
 #include "support/temp_folder.h"
 
@@ -497,6 +498,7 @@ TEST(AgentsPanel, AnAgentMadeWithTwoPickedFoldersAndItsFormatIsThereAfterARestar
     w.host.AnswerNext(MsgResult::OK);  // yes, close the control panel
     ASSERT_TRUE(w.popup.cmdExit.UserClick());
     EXPECT_FALSE(w.host.IsLoaded("frmPopup"));
+    servers::WriteBehind::Shared().WaitAll();  // as the program's end does
     engineFile = test::ReadText(w.dir / "Engine.xml");
     treeFile = test::ReadText(w.dir / "ConfigTree.xml");
   }

@@ -8,6 +8,7 @@
 
 #include "foundation/text.h"
 #include "servers/common/file_trouble.h"
+#include "servers/common/write_behind.h"
 #include "servers/config/atomic_file.h"
 #include "servers/engine/agent_object.h"
 #include "servers/engine/config_object.h"
@@ -43,9 +44,17 @@ EngineCore::EngineCore(std::filesystem::path engineFile, desktop::PathMapping pa
       monitor_(std::make_shared<MonitorObject>()),
       data_(Defaults(clock.Now())) {}
 
-EngineCore::~EngineCore() = default;
+EngineCore::~EngineCore() {
+  WaitForWrites();
+}
+
+void EngineCore::WaitForWrites() {
+  servers::WriteBehind::Shared().WaitAll();
+}
 
 void EngineCore::Load() {
+  // An engine closed on this file a moment ago may still be writing it.
+  servers::WriteBehind::Shared().Wait(file_.string());
   std::string error;
   if (file_.has_parent_path() && !servers::FolderTakesFiles(file_.parent_path(), &error)) {
     openError_ = error;
@@ -256,7 +265,10 @@ void EngineCore::Log(std::string_view procedure, const std::string& message) {
 void EngineCore::Save() {
   const auto lock = Lock();
   if (!openError_.empty()) return;  // a file that couldn't be read stays as it is
-  WriteText(EngineFileText(data_), ++textsMade_);
+  servers::WriteBehind::Shared().Queue(
+      file_.string(), [this, text = EngineFileText(data_), generation = ++textsMade_] {
+        WriteText(text, generation);
+      });
 }
 
 void EngineCore::SaveUnlocked() {

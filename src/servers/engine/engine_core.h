@@ -127,15 +127,20 @@ class EngineCore : public std::enable_shared_from_this<EngineCore> {
   // none, or when asked off the profile's thread.
   std::shared_ptr<outlook::MailProfile> Profile();
 
-  // Persists the data; a failure is logged and the data stay in memory.
+  // Persists the data, written behind: the caller (mostly the window) does
+  // not wait for the disk. A failure is logged and the data stay in memory.
   void Save();
-  // As Save, for a caller that does not hold the lock: the file's text is
-  // made under the lock and written after it is let go, so that whoever
-  // reads the data meanwhile does not wait for the disk. Writes keep their
-  // order: a text older than one on the disk already is dropped.
+  // As Save, written before it returns, for a caller that does not hold the
+  // lock and must know the file holds the data before it goes on (a pass
+  // about to purge what it filed). The text is made under the lock and
+  // written after it is let go, so that whoever reads the data meanwhile does
+  // not wait for the disk. Writes keep their order: a text older than one on
+  // the disk already is dropped.
   void SaveUnlocked();
-  // Writes a saved copy of the configuration into the backup folder.
+  // Writes a saved copy of the configuration into the backup folder, behind.
   void SaveCopyToBackup();
+  // Returns once every file written behind is on the disk.
+  void WaitForWrites();
   // Replaces the configuration by a saved copy; see docs/engine-standin.md.
   bool Recover(const std::string& source, const std::string& destination,
                const std::string& configFile);
@@ -177,6 +182,7 @@ class EngineCore : public std::enable_shared_from_this<EngineCore> {
   std::mutex writeMutex_;
   uint64_t textsMade_ = 0;    // under mutex_
   uint64_t textWritten_ = 0;  // under writeMutex_
+  uint64_t copiesMade_ = 0;   // under mutex_
   std::filesystem::path file_;
   desktop::PathMapping paths_;
   const Clock& clock_;

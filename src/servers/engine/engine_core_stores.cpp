@@ -6,6 +6,8 @@
 #include "foundation/format.h"
 #include "foundation/text.h"
 #include "servers/common/file_trouble.h"
+#include "servers/common/write_behind.h"
+#include "servers/config/atomic_file.h"
 #include "servers/engine/engine_core.h"
 #include "servers/engine/engine_file.h"
 #include "servers/engine/period_calendar.h"
@@ -32,6 +34,15 @@ std::string NameOnDisk(const std::filesystem::path& folder, const std::string& n
 bool IsAbsoluteLogicPath(std::string_view path) {
   return (path.size() >= 2 && path[1] == ':') || path.starts_with("\\\\") ||
          path.starts_with("/") || path.starts_with("\\");
+}
+
+// The backup folder exists and takes a file. Checked before the probe, which
+// would make a missing folder: a drive that isn't there must not be stood in
+// for by a folder of that name. Permissions alone don't tell (a read-only
+// mount, a full share, an ACL): a file is made and removed.
+bool FolderTakesCopies(const std::filesystem::path& folder) {
+  std::error_code ec;
+  return std::filesystem::is_directory(folder, ec) && servers::FolderTakesFiles(folder, nullptr);
 }
 
 }  // namespace
@@ -68,15 +79,7 @@ std::string EngineCore::FreePeriodName(const std::string& wanted) const {
 
 bool EngineCore::BackupLocationAvailable() const {
   const std::string& location = data_.settings.backupLocation;
-  if (Trim(location).empty()) return false;
-  const auto folder = Native(location);
-  std::error_code ec;
-  // Checked before the probe, which would make a missing folder: a drive
-  // that isn't there must not be stood in for by a folder of that name.
-  if (!std::filesystem::is_directory(folder, ec)) return false;
-  // Permissions alone don't tell (a read-only mount, a full share, an ACL):
-  // a file is made and removed.
-  return servers::FolderTakesFiles(folder, nullptr);
+  return !Trim(location).empty() && FolderTakesCopies(Native(location));
 }
 
 void EngineCore::RecordBackupRun() {
@@ -123,26 +126,31 @@ bool EngineCore::AttachPeriod(std::string_view fileName) {
 }
 
 void EngineCore::SaveCopyToBackup() {
-  if (!BackupLocationAvailable()) {
-    Log("BackupFinished", "The backup folder \"" + data_.settings.backupLocation +
-                              "\" can't be reached, so no copy of the configuration was saved");
-    return;
-  }
+  const std::string location = data_.settings.backupLocation;
   EngineData copy = data_;
   copy.savedTime = Now();
   const std::string stem = "Vellix Engine Configuration " +
                            Format(copy.savedTime, "yyyy-mm-dd hhnnss", Locale::English());
-  std::filesystem::path file = Native(JoinLogic(data_.settings.backupLocation, stem + ".xml"));
-  std::error_code ec;
-  for (int n = 2; std::filesystem::exists(file, ec); ++n) {
-    file =
-        Native(JoinLogic(data_.settings.backupLocation, stem + " (" + std::to_string(n) + ").xml"));
-  }
-  std::string error;
-  if (!WriteEngineFile(file, copy, &error)) {
-    Log("BackupFinished",
-        "The configuration copy " + file.string() + " can't be written: " + error);
-  }
+  // Written behind, the folder checked and the name chosen then: this is the
+  // last step of a backup run, and the window must not wait for a busy disk.
+  auto write = [this, location, stem, text = EngineFileText(copy)] {
+    if (Trim(location).empty() || !FolderTakesCopies(Native(location))) {
+      Log("BackupFinished", "The backup folder \"" + location +
+                                "\" can't be reached, so no copy of the configuration was saved");
+      return;
+    }
+    std::filesystem::path file = Native(JoinLogic(location, stem + ".xml"));
+    std::error_code ec;
+    for (int n = 2; std::filesystem::exists(file, ec); ++n)
+      file = Native(JoinLogic(location, stem + " (" + std::to_string(n) + ").xml"));
+    std::string error;
+    if (!WriteFileAtomically(file, text, &error)) {
+      Log("BackupFinished",
+          "The configuration copy " + file.string() + " can't be written: " + error);
+    }
+  };
+  servers::WriteBehind::Shared().Queue(file_.string() + " copy " + std::to_string(++copiesMade_),
+                                       std::move(write));
 }
 
 bool EngineCore::Recover(const std::string& source, const std::string& destination,

@@ -243,6 +243,7 @@ TEST_F(BackupSideTest, AFinishedRunIsRecordedScheduledAndSavedForRecovery) {
   const Date second = clock.Now();
   engine->BackupFinished();
   EXPECT_EQ(config->NextBackup(), AddSeconds(second, 2 * 3600.0));
+  servers::WriteBehind::Shared().WaitAll();  // the copies are written behind
 
   // Each run left its own copy; each reads back with its own time and content.
   EngineServerConnector connector(engine, paths);
@@ -270,6 +271,7 @@ TEST_F(BackupSideTest, AFinishedRunIsRecordedScheduledAndSavedForRecovery) {
   config->BackupLocation("e:\\Gone");
   engine->BackupFinished();
   EXPECT_EQ(config->LastBackup(), clock.Now());
+  servers::WriteBehind::Shared().WaitAll();
   EXPECT_EQ(log->records.back().message,
             "The backup folder \"e:\\Gone\" can't be reached, so no copy of the configuration "
             "was saved");

@@ -239,7 +239,7 @@ TEST_F(EngineTest, WhatThePanelWritesIsThereAfterARestart) {
   agent->ImportTime(Date(45430.75));
   engine->Running(true);
   config->Periods().Item(1)->LastBackup(Date(45420.5));
-  const std::string before = ReadText(engineFile);
+  const std::string before = WrittenEngineText();
 
   log->records.clear();
   Restart();
@@ -256,7 +256,7 @@ TEST_F(EngineTest, WhatThePanelWritesIsThereAfterARestart) {
             std::tuple("Quarter", 7, true, false, Date(45430.75), "\\\\Mailbox\\Calendar"));
   // The restart changed nothing, so the file is written back the same.
   config->BackupUnattended(true);
-  EXPECT_EQ(ReadText(engineFile), before);
+  EXPECT_EQ(WrittenEngineText(), before);
   EXPECT_TRUE(log->records.empty()) << log->records.front().message;
 }
 
@@ -306,7 +306,7 @@ TEST_F(EngineTest, AMissingOrUnreadableEngineFileStartsAnUnconfiguredEngineAndKe
     // A fresh start: the defaults, and a change writes a fresh file.
     EXPECT_EQ(Config()->ReferenceDate(), DateSerial(2024, 1, 1));
     Config()->CreateAgent("Notes");
-    EXPECT_EQ(ParseEngineText(ReadText(engineFile)).outcome, EngineFileRead::Outcome::Loaded);
+    EXPECT_EQ(ParseEngineText(WrittenEngineText()).outcome, EngineFileRead::Outcome::Loaded);
   }
 
   // A file that can't be had is no reason to start afresh: the engine can't
@@ -324,6 +324,7 @@ TEST_F(EngineTest, AnEngineFileThatCannotBeWrittenIsLoggedAndTheValuesStay) {
   auto config = Config();
   config->BackupEveryCount(5);
   EXPECT_EQ(config->BackupEveryCount(), 5);
+  servers::WriteBehind::Shared().WaitAll();
   EXPECT_TRUE(LogSays(*log, "can't be written"));
 }
 

@@ -10,6 +10,7 @@
 #include "foundation/engine.h"
 #include "foundation/vb_error.h"
 #include "platform/desktop/path_mapping.h"
+#include "servers/common/write_behind.h"
 #include "servers/engine/engine_server.h"
 #include "support/expect_vb_error.h"
 #include "support/manual_clock.h"
@@ -29,6 +30,11 @@ class EngineTest : public ::testing::Test {
     return engine;
   }
   [[nodiscard]] Ref<EngineConfig> Config() const { return engine->Config(); }
+  // The engine file once what was saved has been written (saves are written behind).
+  [[nodiscard]] std::string WrittenEngineText() const {
+    servers::WriteBehind::Shared().WaitAll();
+    return vellix::test::ReadText(engineFile);
+  }
   // The native folder of a logic path, made on the disk.
   std::filesystem::path MakeFolder(const std::string& logicPath) const {
     std::filesystem::create_directories(Native(logicPath));

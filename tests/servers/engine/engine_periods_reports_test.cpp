@@ -191,6 +191,7 @@ TEST_F(EngineTest, AFinishedBackupSavesTheConfigurationThatRecoveryBringsBack) {
   std::filesystem::copy_file(Native(config->Period("File 2024")->FileName()),
                              Native("e:\\Backups\\File 2024.pst"));
   engine->BackupFinished();
+  servers::WriteBehind::Shared().WaitAll();  // the copy is written behind
 
   // The saved copy is read by a configuration file reader; the engine's own file is not one.
   EngineServerConnector connector(engine, paths);

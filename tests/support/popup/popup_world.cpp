@@ -4,6 +4,7 @@
 
 #include "foundation/control_startup.h"
 #include "servers/backupcopy/backup_copier.h"
+#include "servers/common/write_behind.h"
 #include "servers/config/config_tree_node.h"
 #include "servers/engine/engine_server_connector.h"
 #include "support/temp_folder.h"
@@ -22,6 +23,9 @@ fs::path FreshFolder() {
   const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
   std::string name = "vellix-world";
   if (info != nullptr) name += std::string("-") + info->test_suite_name() + "-" + info->name();
+  // A test may hold two worlds at once; each has a folder of its own.
+  static int made = 0;
+  name += "-" + std::to_string(++made);
   for (char& c : name) {
     if (c == '/') c = '_';
   }
@@ -81,6 +85,8 @@ PopupWorld::PopupWorld()
 }
 
 PopupWorld::~PopupWorld() {
+  // The engine may be written still: its saves are written behind.
+  servers::WriteBehind::Shared().WaitAll();
   std::error_code ec;
   fs::remove_all(dir, ec);
 }
