@@ -215,10 +215,9 @@ int main(int argc, char** argv) {
     if (!recover) recover = std::make_unique<FrmRecover>(ctx, host);
     return recover.get();
   };
-  if (!options.screenshot.empty()) makeRecover();
   FrmPopup popup(ctx, tray,
                  PopupForms{iconTimer, &predictiveStart, nullptr, backupManager.get(), &purgeNotice,
-                            makeBackupManager, recover.get(), makeRecover});
+                            makeBackupManager, nullptr, makeRecover});
 
   std::unique_ptr<app::FirstRunScript> script;
   if (!options.screenshot.empty()) {

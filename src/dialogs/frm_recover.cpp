@@ -93,10 +93,19 @@ void FrmRecover::LayoutForm() {
       cmdRecover.Caption(caption);
     }
 
+    // The dialog's width from its texts, where they give one: the values and
+    // the list then take what the label column leaves. Without it the data
+    // column sets the width.
+    const int32_t width = ctx_.rootNode->GetValue(std::string(kTextNode) + ".Width").ToInteger();
+    const int16_t inner =
+        width > 0 ? Twips(int64_t{width} - 2 * int64_t{m.Border} - 2 * int64_t{m.FormBLRBorder})
+                  : Twips(int64_t{m.LabelColumnWidth} + m.Border + m.DataColumnWidth);
+    const int16_t valueWidth = Twips(int64_t{inner} - m.LabelColumnWidth - m.Border);
+
     // Each value is a label too: it stands on its caption's line.
     const auto row = [&](Label& caption, Label& value) {
       rows.PlaceLabel(caption);
-      value.Move(rows.DataLeft(), caption.Top(), m.DataColumnWidth, m.RowHeight);
+      value.Move(rows.DataLeft(), caption.Top(), valueWidth, m.RowHeight);
       rows.ApplyTip(value);
       rows.NextRow();
     };
@@ -104,8 +113,6 @@ void FrmRecover::LayoutForm() {
     row(lblTo, lblDestinationPath);
     row(lblUsing, lblChosenConfig);
 
-    const int16_t inner =
-        Twips(int64_t{m.LabelColumnWidth} + int64_t{m.Border} + int64_t{m.DataColumnWidth});
     lstConfigFiles.Move(m.Border, rows.Row(), inner, Twips(kListRows * int64_t{m.RowHeight}));
     rows.ApplyTip(lstConfigFiles);
 

@@ -313,6 +313,52 @@ TEST_F(Recover, AClickedRowIsRecoveredAndOnceOneSucceededEvenACancelReportsAReco
   EXPECT_THAT(w.host.Prompts(), SizeIs(1));
 }
 
+TEST_F(Recover, TheDialogIsLaidOutInRowsWithTheListUnderThemAndTheButtonsBottomRight) {
+  SaveThree();
+  const FrmRecover& dialog = w.recover;
+  auto check = [&](int32_t expectedWidth) {
+    Open(source, store, [&](FrmRecover& d) {
+      const LayoutMetrics& lm = d.Metrics();
+      EXPECT_EQ(d.Width(), expectedWidth);
+      EXPECT_EQ(d.lblFrom.Caption(), Text("lblFrom"));
+      EXPECT_EQ(d.cmdRecover.Caption(), Text("cmdRecover"));
+      // Three rows, a value on its caption's line, right of the label column.
+      const Label* rows[][2] = {{&d.lblFrom, &d.lblSourcePath},
+                                {&d.lblTo, &d.lblDestinationPath},
+                                {&d.lblUsing, &d.lblChosenConfig}};
+      for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(rows[i][0]->Top(), lm.Border + i * (lm.Border + lm.RowHeight) + lm.TextOffset);
+        EXPECT_EQ(rows[i][1]->Top(), rows[i][0]->Top());
+        EXPECT_EQ(rows[i][1]->Left(), 2 * lm.Border + lm.LabelColumnWidth);
+        EXPECT_EQ(rows[i][1]->Left() + rows[i][1]->Width(),
+                  d.lstConfigFiles.Left() + d.lstConfigFiles.Width());
+      }
+      EXPECT_EQ(d.lstConfigFiles.Top(), lm.Border + 3 * (lm.Border + lm.RowHeight));
+      EXPECT_EQ(
+          d.lstConfigFiles.Left() + d.lstConfigFiles.Width() + lm.Border + 2 * lm.FormBLRBorder,
+          d.Width());
+      // Recover, then Cancel at the right end, under the list.
+      EXPECT_EQ(d.cmdCancel.Left() + d.cmdCancel.Width(),
+                d.lstConfigFiles.Left() + d.lstConfigFiles.Width());
+      EXPECT_EQ(d.cmdRecover.Left() + d.cmdRecover.Width() + lm.Border, d.cmdCancel.Left());
+      EXPECT_EQ(d.cmdCancel.Top(), d.lstConfigFiles.Top() + d.lstConfigFiles.Height() + lm.Border);
+      EXPECT_EQ(d.cmdCancel.Top() + lm.RowHeight + lm.Border + lm.FormTopBorder + lm.FormBLRBorder,
+                d.Height());
+      ASSERT_TRUE(d.cmdCancel.UserClick());
+    });
+  };
+  const auto width = w.config->RootNode()->GetValue(std::string(FrmRecover::kTextNode) + ".Width");
+  ASSERT_GT(width.ToInteger(), 0);
+  check(width.ToInteger());
+  // Without a width of its own the data column sets it.
+  w.config->RootNode()
+      ->GetNode(std::string(FrmRecover::kTextNode) + ".Width", false, "", Variant())
+      ->SetContent(Variant(0));
+  const LayoutMetrics& lm = dialog.Metrics();
+  check(3 * lm.Border + lm.LabelColumnWidth + lm.DataColumnWidth + 2 * lm.FormBLRBorder);
+  EXPECT_THAT(w.Problems(), IsEmpty());
+}
+
 std::string Contents(const fs::path& file) {
   return test::ReadText(file);
 }
