@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <filesystem>
 #include <functional>
@@ -68,7 +69,7 @@ std::string WriteSaved(const fs::path& file, Date saved, int agents) {
     data.agents.push_back(agent);
   }
   data.nextAgentId = static_cast<int16_t>(agents + 1);
-  const std::string text = engine::EngineFileText(data);
+  std::string text = engine::EngineFileText(data);
   test::WriteText(file, text);
   return text;
 }
@@ -82,6 +83,7 @@ int RecoverEvents(const test::PopupWorld& w) {
 
 std::vector<std::string> Rows(const ListBox& list) {
   std::vector<std::string> rows;
+  rows.reserve(static_cast<size_t>(list.ListCount()));
   for (int32_t i = 0; i < list.ListCount(); ++i)
     rows.push_back(list.List(i));
   return rows;
@@ -161,10 +163,11 @@ TEST_F(Recover, TheListRunsOldestFirstWithTheNewestChosenAndEqualTimesInReverseO
   fs::create_directories(source / "older");
   WriteSaved(source / "older" / "h deep.xml", DateTimeSerial(2026, 10, 1, 10, 0, 0), 5);
 
-  const struct {
+  struct Case {
     bool descending;
     std::vector<std::string> listed;
-  } cases[] = {
+  };
+  const std::vector<Case> cases = {
       {false, {"a early.xml", "c same.xml", "b same.xml", "d late.xml"}},
       {true, {"a early.xml", "b same.xml", "c same.xml", "d late.xml"}},
   };
@@ -209,7 +212,7 @@ TEST_F(Recover, FolderThatCannotServeLeaveTheButtonAsTheyShouldAndOnlyAMissingSo
   ASSERT_FALSE(invalid.empty());
   ASSERT_FALSE(none.empty());
 
-  const struct {
+  struct Case {
     const char* what;
     fs::path from;
     fs::path to;
@@ -220,7 +223,8 @@ TEST_F(Recover, FolderThatCannotServeLeaveTheButtonAsTheyShouldAndOnlyAMissingSo
     std::string chosenFile;
     bool enabled;
     int loggedFailures;
-  } cases[] = {
+  };
+  const std::vector<Case> cases = {
       {"an empty source folder", w.dir / "empty", store, (w.dir / "empty").string(), store.string(),
        0, none, "", false, 0},
       {"a source of no configurations", w.dir / "strangers", store, (w.dir / "strangers").string(),
@@ -271,10 +275,11 @@ TEST_F(Recover, AClickedRowIsRecoveredAndOnceOneSucceededEvenACancelReportsAReco
   // Each click chooses the member at the row's position; the engine refuses.
   w.engine->FailRecoverConfig(true);
   Open(source, store, [&](FrmRecover& d) {
-    const struct {
+    struct Click {
       int32_t row;
       const char* file;
-    } clicks[] = {{0, "a.xml"}, {2, "d.xml"}, {1, "b.xml"}};
+    };
+    const std::vector<Click> clicks = {{0, "a.xml"}, {2, "d.xml"}, {1, "b.xml"}};
     for (const auto& click : clicks) {
       ASSERT_TRUE(d.lstConfigFiles.UserClickRow(click.row));
       EXPECT_EQ(d.ChosenFile(), Saved(click.file)) << click.row;
@@ -323,9 +328,9 @@ TEST_F(Recover, TheDialogIsLaidOutInRowsWithTheListUnderThemAndTheButtonsBottomR
       EXPECT_EQ(d.lblFrom.Caption(), Text("lblFrom"));
       EXPECT_EQ(d.cmdRecover.Caption(), Text("cmdRecover"));
       // Three rows, a value on its caption's line, right of the label column.
-      const Label* rows[][2] = {{&d.lblFrom, &d.lblSourcePath},
-                                {&d.lblTo, &d.lblDestinationPath},
-                                {&d.lblUsing, &d.lblChosenConfig}};
+      const std::array<std::array<const Label*, 2>, 3> rows = {{{&d.lblFrom, &d.lblSourcePath},
+                                                                {&d.lblTo, &d.lblDestinationPath},
+                                                                {&d.lblUsing, &d.lblChosenConfig}}};
       for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(rows[i][0]->Top(), lm.Border + i * (lm.Border + lm.RowHeight) + lm.TextOffset);
         EXPECT_EQ(rows[i][1]->Top(), rows[i][0]->Top());
@@ -406,7 +411,7 @@ TEST(RecoverStory, AConfigurationSavedByARealBackupComesBackWithItsStores) {
       ASSERT_EQ(m.Mode(), FrmBackupManager::ModeNothingToDo);
       ASSERT_TRUE(m.cmdBackup.UserClick());
     });
-    w.host.Advance(60 * 1000);  // the backup timer's tick
+    w.host.Advance(int64_t{60} * 1000);  // the backup timer's tick
     ASSERT_FALSE(config->BackupDue()) << "the backup ran";
     servers::WriteBehind::Shared().WaitAll();  // the configuration copy is written behind
 
