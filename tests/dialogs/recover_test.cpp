@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <filesystem>
 #include <functional>
@@ -202,7 +201,7 @@ TEST_F(Recover, TheListRunsOldestFirstWithTheNewestChosenAndEqualTimesInReverseO
   EXPECT_EQ(w.recover.Recovered(), "False");
 }
 
-TEST_F(Recover, FolderThatCannotServeLeaveTheButtonAsTheyShouldAndOnlyAMissingSourceIsLogged) {
+TEST_F(Recover, FoldersThatCannotServeLeaveTheButtonAsTheyShouldAndOnlyAMissingSourceIsLogged) {
   fs::create_directories(w.dir / "empty");
   fs::create_directories(w.dir / "strangers");
   test::WriteText(w.dir / "strangers" / "notes.txt", "not a configuration");
@@ -319,53 +318,31 @@ TEST_F(Recover, AClickedRowIsRecoveredAndOnceOneSucceededEvenACancelReportsAReco
 }
 
 TEST_F(Recover, TheDialogIsLaidOutInRowsWithTheListUnderThemAndTheButtonsBottomRight) {
-  SaveThree();
-  const FrmRecover& dialog = w.recover;
-  auto check = [&](int32_t expectedWidth) {
+  const std::string widthKey = std::string(FrmRecover::kTextNode) + ".Width";
+  for (const bool ownWidth : {true, false}) {
+    if (!ownWidth)
+      w.config->RootNode()->GetNode(widthKey, false, "", Variant())->SetContent(Variant(0));
     Open(source, store, [&](FrmRecover& d) {
       const LayoutMetrics& lm = d.Metrics();
-      EXPECT_EQ(d.Width(), expectedWidth);
-      EXPECT_EQ(d.lblFrom.Caption(), Text("lblFrom"));
-      EXPECT_EQ(d.cmdRecover.Caption(), Text("cmdRecover"));
-      // Three rows, a value on its caption's line, right of the label column.
-      const std::array<std::array<const Label*, 2>, 3> rows = {{{&d.lblFrom, &d.lblSourcePath},
-                                                                {&d.lblTo, &d.lblDestinationPath},
-                                                                {&d.lblUsing, &d.lblChosenConfig}}};
-      for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(rows[i][0]->Top(), lm.Border + i * (lm.Border + lm.RowHeight) + lm.TextOffset);
-        EXPECT_EQ(rows[i][1]->Top(), rows[i][0]->Top());
-        EXPECT_EQ(rows[i][1]->Left(), 2 * lm.Border + lm.LabelColumnWidth);
-        EXPECT_EQ(rows[i][1]->Left() + rows[i][1]->Width(),
-                  d.lstConfigFiles.Left() + d.lstConfigFiles.Width());
-      }
+      const int32_t right = d.lstConfigFiles.Left() + d.lstConfigFiles.Width();
+      // Without a width of its own the data column sets it.
+      EXPECT_EQ(d.Width(), ownWidth ? w.config->RootNode()->GetValue(widthKey).ToInteger()
+                                    : 3 * lm.Border + lm.LabelColumnWidth + lm.DataColumnWidth +
+                                          2 * lm.FormBLRBorder);
+      EXPECT_EQ(right + lm.Border + 2 * lm.FormBLRBorder, d.Width());
+      // The third row's value on its caption's line, as wide as the list reaches.
+      EXPECT_EQ(d.lblChosenConfig.Top(), d.lblUsing.Top());
+      EXPECT_EQ(d.lblChosenConfig.Left() + d.lblChosenConfig.Width(), right);
       EXPECT_EQ(d.lstConfigFiles.Top(), lm.Border + 3 * (lm.Border + lm.RowHeight));
-      EXPECT_EQ(
-          d.lstConfigFiles.Left() + d.lstConfigFiles.Width() + lm.Border + 2 * lm.FormBLRBorder,
-          d.Width());
       // Recover, then Cancel at the right end, under the list.
-      EXPECT_EQ(d.cmdCancel.Left() + d.cmdCancel.Width(),
-                d.lstConfigFiles.Left() + d.lstConfigFiles.Width());
+      EXPECT_EQ(d.cmdCancel.Left() + d.cmdCancel.Width(), right);
       EXPECT_EQ(d.cmdRecover.Left() + d.cmdRecover.Width() + lm.Border, d.cmdCancel.Left());
-      EXPECT_EQ(d.cmdCancel.Top(), d.lstConfigFiles.Top() + d.lstConfigFiles.Height() + lm.Border);
       EXPECT_EQ(d.cmdCancel.Top() + lm.RowHeight + lm.Border + lm.FormTopBorder + lm.FormBLRBorder,
                 d.Height());
       ASSERT_TRUE(d.cmdCancel.UserClick());
     });
-  };
-  const auto width = w.config->RootNode()->GetValue(std::string(FrmRecover::kTextNode) + ".Width");
-  ASSERT_GT(width.ToInteger(), 0);
-  check(width.ToInteger());
-  // Without a width of its own the data column sets it.
-  w.config->RootNode()
-      ->GetNode(std::string(FrmRecover::kTextNode) + ".Width", false, "", Variant())
-      ->SetContent(Variant(0));
-  const LayoutMetrics& lm = dialog.Metrics();
-  check(3 * lm.Border + lm.LabelColumnWidth + lm.DataColumnWidth + 2 * lm.FormBLRBorder);
+  }
   EXPECT_THAT(w.Problems(), IsEmpty());
-}
-
-std::string Contents(const fs::path& file) {
-  return test::ReadText(file);
 }
 
 // The way back after a lost store: a first backup leaves the configuration
@@ -466,7 +443,7 @@ TEST(RecoverStory, AConfigurationSavedByARealBackupComesBackWithItsStores) {
     const fs::path file = w.paths.ToNative(period->FileName());
     EXPECT_EQ(file.parent_path(), storeFolder) << period->Name();
     ASSERT_TRUE(fs::exists(file)) << file;
-    EXPECT_EQ(Contents(file), Contents(backups / file.filename())) << file;
+    EXPECT_EQ(test::ReadText(file), test::ReadText(backups / file.filename())) << file;
   }
   EXPECT_THAT(periods, ElementsAreArray(periodNames));
   EXPECT_EQ(config->StoreLocation(), storeFolder.string());
