@@ -29,7 +29,7 @@ constexpr int kSettleMs = 300;
 constexpr int kWatchdogMs = 120000;
 // How many settle times the script waits for a pass to end.
 constexpr int kPassPolls = 100;
-constexpr int kPictures = 9 + BackupManagerScript::kPictures;
+constexpr int kPictures = 9 + BackupManagerScript::kPictures + RecoverScript::kPictures;
 
 // Whether the control lies in the container, directly or further down.
 bool Inside(const Form& form, const Control& control, const std::string& container) {
@@ -56,6 +56,11 @@ FirstRunScript::FirstRunScript(qtview::QtHost& host, FrmPopup& popup,
       backupManager_(backupManager),
       managerScript_(
           backupManager,
+          {.shot = [this](const Form& form, const std::string& file) { return Shot(form, file); },
+           .note = [this](std::string text) { Note(std::move(text)); },
+           .step = [this](std::string step) { step_ = std::move(step); }}),
+      recoverScript_(
+          popup, backupFolder_,
           {.shot = [this](const Form& form, const std::string& file) { return Shot(form, file); },
            .note = [this](std::string text) { Note(std::move(text)); },
            .step = [this](std::string step) { step_ = std::move(step); }}) {}
@@ -104,6 +109,8 @@ void FirstRunScript::FormShown(Form& form, QWidget& /*window*/) {
     QTimer::singleShot(kSettleMs, this, [this, &form] { BackupProblemsShot(form); });
   } else if (&form == &backupManager_ && step_ == "backup manager") {
     QTimer::singleShot(kSettleMs, this, [this] { managerScript_.Shown(); });
+  } else if (form.Name() == "frmRecover") {
+    recoverScript_.Shown(form);
   } else if (form.Name() == "frmSupportMessage" && !supportSeen_) {
     supportSeen_ = true;
     QTimer::singleShot(kSettleMs, this, [this, &form] { SupportMessageShot(form); });
@@ -230,6 +237,7 @@ void FirstRunScript::SupportMessageStep() {
   if (!supportSeen_) Note("the support message was not shown");
   BackupProblemsStep();
   BackupManagerStep();
+  recoverScript_.Open();
   Finish();
 }
 

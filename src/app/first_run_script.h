@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/backup_manager_script.h"
+#include "app/recover_script.h"
 
 class QWidget;
 
@@ -27,7 +28,8 @@ namespace vellix::app {
 // each window it passes to the output folder: the Quick setup page, the
 // Predictive start dialog, the main form on its Summary, Periods and
 // Agents tabs, the support message opened from the Log tab, the backup
-// problems notice, and the backup manager in each look of its button. A control
+// problems notice, the backup manager in each look of its button, and the
+// recover dialog with the configurations the backup saved. A control
 // that isn't there is passed over with a note, so a half-built panel still
 // gives what can be had. Message boxes on the way are answered with their
 // default button and their texts printed.
@@ -92,6 +94,7 @@ class FirstRunScript : public QObject {
   Form* backupNotice_ = nullptr;  // while the notice is up
   FrmBackupManager& backupManager_;
   BackupManagerScript managerScript_;
+  RecoverScript recoverScript_;
   bool finished_ = false;
   int written_ = 0;
   std::vector<std::string> notes_;

@@ -20,6 +20,7 @@
 #include "backup/frm_backup_manager.h"
 #include "dialogs/frm_predictive_start.h"
 #include "dialogs/frm_purge_notice.h"
+#include "dialogs/frm_recover.h"
 #include "foundation/context.h"
 #include "foundation/control_startup.h"
 #include "foundation/date.h"
@@ -208,9 +209,15 @@ int main(int argc, char** argv) {
     return backupManager.get();
   };
   if (!options.screenshot.empty()) makeBackupManager();
+  // Quick setup's recover dialog, likewise made when first opened.
+  std::unique_ptr<FrmRecover> recover;
+  auto makeRecover = [&ctx, &host, &recover] {
+    if (!recover) recover = std::make_unique<FrmRecover>(ctx, host);
+    return recover.get();
+  };
   FrmPopup popup(ctx, tray,
                  PopupForms{iconTimer, &predictiveStart, nullptr, backupManager.get(), &purgeNotice,
-                            makeBackupManager});
+                            makeBackupManager, nullptr, makeRecover});
 
   std::unique_ptr<app::FirstRunScript> script;
   if (!options.screenshot.empty()) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 // The desktop services the logic asks for: the shell's folders and folder
 // dialog, the file system object, and the program that opens web pages.
@@ -45,6 +46,10 @@ class FileSystem {
   // Deletes a file; raises 53 when there is none.
   virtual void DeleteFile(const std::string& path) = 0;
   virtual bool FileExists(const std::string& path) = 0;
+  // The files directly in a folder (no sub-folders, no recursion), as path
+  // texts, in the order the file system gives them. Raises 76 when the folder
+  // isn't there.
+  virtual std::vector<std::string> FilesIn(const std::string& folder) = 0;
 };
 
 // What finding the program for a file gave: a result above 32 and the

@@ -31,6 +31,9 @@ struct TraceNames {
   // The backup manager's cmdChange_Click and the mouse handler of its grid.
   static constexpr const char* cmdChange_Click = "cmdBrowseStore_Click";
   static constexpr const char* fgcPeriods_MouseMove = "Form_Load";
+  // frmRecover's cmdCancel_Click and Form_Unload.
+  static constexpr const char* frmRecover_cmdCancel_Click = "cmdOK_Click";
+  static constexpr const char* frmRecover_Form_Unload = "lstConfigFiles_Click";
 };
 
 }  // namespace vellix

@@ -17,6 +17,7 @@
 #include "foundation/text.h"
 #include "foundation/ui_host.h"
 #include "foundation/utils.h"
+#include "foundation/vb_error.h"
 
 namespace vellix {
 
@@ -344,8 +345,9 @@ void QuickSetupPanel::cmdBrowseBackup_Click() {
 void QuickSetupPanel::cmdRecover_Click() {
   Frame frame(ctx(), kModule, "cmdRecover_Click");
   frame.Run([&] {
-    // The recover dialog isn't part of this build yet: until it is, the
-    // button does nothing, and no Recover event is sent.
+    if (!ShowRecover) Raise(err::kObjectNotSet);
+    if (ShowRecover(txtBackupPath.Text(), txtStorePath.Text()))
+      shell().StateMonitor(MachineEvent::Recover);
   });
 }
 

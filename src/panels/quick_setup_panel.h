@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "forms/panel.h"
@@ -39,6 +40,11 @@ class QuickSetupPanel : public Panel {
   void cmdConfigMore_Click();
   void cmdCancel_Click();
   void cmdOK_Click();
+
+  // The main form's way to show the recover dialog modally for a backup
+  // (source) and a store (destination) folder; true when the dialog reports
+  // a recovered configuration. Unset, the button ends in the trace.
+  std::function<bool(const std::string& source, const std::string& destination)> ShowRecover;
 
   FrameControl fraPeriod;
   OptionButton optAnnual;

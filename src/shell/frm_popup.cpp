@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "dialogs/frm_predictive_start.h"
+#include "dialogs/frm_recover.h"
 #include "forms/texts.h"
 #include "foundation/config_node.h"
 #include "foundation/engine.h"
@@ -106,6 +107,9 @@ FrmPopup::FrmPopup(Context& ctx, TrayPlatform& trayPlatform, PopupForms forms)
   cmdExit.Click = [this] { cmdExit_Click(); };
   tmrBackupTimer.Tick = [this] { tmrBackupTimer_Timer(); };
   backup.ShowBackupManager = [this] { ShowBackupManager(); };
+  quickSetup.ShowRecover = [this](const std::string& source, const std::string& destination) {
+    return ShowRecover(source, destination);
+  };
   mPopAbout.Click = [this] { mPopAbout_Click(); };
   mPopStart.Click = [this] { mPopStart_Click(); };
   mPopStop.Click = [this] { mPopStop_Click(); };
@@ -493,6 +497,15 @@ void FrmPopup::ShowBackupManager() {
   Need(forms_.backupManager).Show(true);
 }
 
+bool FrmPopup::ShowRecover(const std::string& source, const std::string& destination) {
+  if (forms_.recover == nullptr && forms_.makeRecover) forms_.recover = forms_.makeRecover();
+  FrmRecover& recover = Need(forms_.recover);
+  recover.SourceFolder(source);
+  recover.DestinationFolder(destination);
+  recover.Show(true);
+  return CBool(recover.Recovered());
+}
+
 void FrmPopup::tmrBackupTimer_Timer() {
   Frame frame(ctx_, kModule, "tmrBackupTimer_Timer");
   frame.Run([&] {
@@ -579,6 +592,7 @@ void FrmPopup::Form_Unload(bool& /*cancel*/) {
     ctx_.rootNode->Commit("");
     trayIcon_.reset();
     UnloadOtherForm(forms_.backupManager);
+    UnloadOtherForm(forms_.recover);
     UnloadOtherForm(&forms_.iconTimer);
     mobjMonitor(nullptr);
     ConnectEngine(nullptr);

@@ -31,6 +31,7 @@ class ConfigNode;
 class FrmIconTimer;
 class FrmPredictiveStart;
 class FrmPurgeNotice;
+class FrmRecover;
 class Monitor;
 class PurgeDetails;
 class TrayIcon;
@@ -48,6 +49,9 @@ struct PopupForms {
   // Makes the backup manager the first time it is opened, where none was
   // given: a start then pays nothing for it.
   std::function<FrmBackupManager*()> makeBackupManager;
+  // The recover dialog, made the same way the first time Quick setup opens it.
+  FrmRecover* recover = nullptr;
+  std::function<FrmRecover*()> makeRecover;
 };
 
 // The three hidden states: the window is meant to be out of sight.
@@ -98,6 +102,9 @@ class FrmPopup : public Form, public PopupShell {
   // Shows the backup manager modally and returns once it has closed; the
   // Backup panel's Backup Now and the timer's tick open it.
   void ShowBackupManager();
+  // Shows the recover dialog modally for those folders; true when it reports
+  // a recovered configuration (Quick setup's Recover opens it).
+  bool ShowRecover(const std::string& source, const std::string& destination);
 
   void mobjVellix_Configured(bool value);
   void mobjVellix_Run(bool value);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "foundation/controls.h"
+#include "foundation/list_box.h"
 #include "view/qt/form_window.h"
 #include "view/qt/qt_host.h"
 
@@ -135,6 +136,48 @@ TEST_F(Keyboard, EnterPressesTheDefaultButtonAndEscapeTheCancelButton) {
   // As a click would: the button takes the focus, then its Click runs.
   EXPECT_THAT(form.log, ElementsAre("txtFirst_LostFocus", "cmdOK_Click", "cmdCancel_Click"));
   EXPECT_TRUE(window->isVisible());
+}
+
+// A list that is the first field of its dialog, with no row chosen.
+class ListForm : public Form {
+ public:
+  explicit ListForm(UiHost& host) : Form(host, "frmList") {
+    lstRows.Click = [this] { clicks.push_back(lstRows.ListIndex()); };
+  }
+  std::vector<int32_t> clicks;
+  ListBox lstRows{*this, "lstRows"};
+  CommandButton cmdOK{*this, "cmdOK"};
+
+ protected:
+  void Design() override {
+    Width(4000);
+    Height(3000);
+    lstRows.Move(120, 120, 3000, 1500);
+    for (const char* row : {"Oldest", "Older", "Newest"})
+      lstRows.AddItem(row);
+    cmdOK.Move(120, 1800, 1000, 375);
+  }
+};
+
+TEST(KeyboardList, TakingTheFocusChoosesNoRowButTheArrowKeysDo) {
+  qtview::QtHost host;
+  ListForm form(host);
+  form.Show();
+  auto* window = host.WindowOf(form);
+  ASSERT_NE(window, nullptr);
+  window->activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+  QWidget* list = QApplication::focusWidget();
+  ASSERT_NE(list, nullptr);
+  ASSERT_EQ(list->objectName().toStdString(), "lstRows");
+  EXPECT_EQ(form.lstRows.ListIndex(), -1);
+  EXPECT_THAT(form.clicks, ::testing::IsEmpty());
+
+  QTest::keyClick(list, Qt::Key_Down);
+  QTest::keyClick(list, Qt::Key_Down);
+  EXPECT_EQ(form.lstRows.ListIndex(), 2);
+  EXPECT_THAT(form.clicks, ElementsAre(1, 2));
+  form.Unload();
 }
 
 TEST_F(Keyboard, CtrlTabTurnsThePageAsAClickOnTheStripWould) {

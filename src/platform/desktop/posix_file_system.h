@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "foundation/desktop.h"
 #include "platform/desktop/path_mapping.h"
@@ -28,6 +29,8 @@ class PosixFileSystem : public FileSystem {
   void WriteTextFile(const std::string& path, const std::string& text) override;
   void DeleteFile(const std::string& path) override;
   bool FileExists(const std::string& path) override;
+  // Raises 70 when the folder may not be read.
+  std::vector<std::string> FilesIn(const std::string& folder) override;
 
  private:
   // The native path, with the root of its drive or share made when missing.

@@ -81,11 +81,16 @@ class ListBinding : public ControlBinding {
       User([this, row, extend] { list_.UserClickRow(row, extend); });
     });
     // Moving with the keys; a mouse press moves the row too, and its click follows.
-    connect(widget, &QListWidget::currentRowChanged, this, [this](int row) {
-      if (Applying() || row < 0 || row == list_.ListIndex()) return;
-      if (QApplication::mouseButtons() != Qt::NoButton) return;
-      User([this, row] { list_.UserClickRow(row); });
-    });
+    connect(widget, &QListWidget::currentItemChanged, this,
+            [this, widget](QListWidgetItem* current, QListWidgetItem* previous) {
+              const int row = widget->row(current);
+              if (Applying() || row < 0 || row == list_.ListIndex()) return;
+              if (QApplication::mouseButtons() != Qt::NoButton) return;
+              // A list taking the focus with no current row makes its first
+              // row current without selecting it: no user chose anything.
+              if (previous == nullptr && !current->isSelected()) return;
+              User([this, row] { list_.UserClickRow(row); });
+            });
   }
 
  protected:

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <regex>
 #include <set>
+#include <string>
+#include <vector>
 
 #include "foundation/text.h"
 #include "support/expect_vb_error.h"
@@ -96,6 +99,31 @@ TEST(FileSystem, CreatesFoldersOneLevelDeepAndWritesTheHelpPageBesideTheTemporar
   EXPECT_EQ(ErrorNumber([&] { fs.WriteTextFile(temp, "x"); }), 70);
   EXPECT_TRUE(fs.FolderExists(temp)) << "the folder survives a refused write";
   EXPECT_EQ(ErrorNumber([&] { fs.GetSpecialFolder(3); }), 5);
+}
+
+TEST(FileSystem, ListsTheFilesDirectlyInAFolderAsPathTextsAndRefusesAMissingOne) {
+  const vellix::test::TempFolder scratch;
+  PosixFileSystem fs{PathMapping(scratch.Path())};
+  fs.CreateFolder("E:\\Backups");
+  fs.CreateFolder("E:\\Backups\\Older");
+  fs.WriteTextFile("E:\\Backups\\Older\\deep.xml", "x");
+  fs.WriteTextFile("E:\\Backups\\Saved.xml", "x");
+  fs.WriteTextFile("E:\\Backups\\File 2024.pst", "x");
+  const auto native = PathMapping(scratch.Path()).ToNative("E:\\Backups");
+  std::filesystem::create_symlink(native / "Saved.xml", native / "Link.xml");
+  std::filesystem::create_symlink(native / "gone.xml", native / "Broken.xml");
+
+  std::vector<std::string> files = fs.FilesIn("e:\\Backups\\");
+  std::sort(files.begin(), files.end());
+  // Sub-folders and what they hold, and a link to nothing, are no files here.
+  EXPECT_EQ(files, (std::vector<std::string>{"E:\\Backups\\File 2024.pst", "E:\\Backups\\Link.xml",
+                                             "E:\\Backups\\Saved.xml"}));
+  EXPECT_EQ(fs.FilesIn("E:\\Backups\\Older\\..\\Older").size(), 1U);
+  fs.CreateFolder("E:\\Empty");
+  EXPECT_TRUE(fs.FilesIn("E:\\Empty").empty());
+
+  for (const char* missing : {"", " ", "E:\\Gone", "E:\\Backups\\Saved.xml"})
+    EXPECT_EQ(ErrorNumber([&] { (void)fs.FilesIn(missing); }), 76) << missing;
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "backup/frm_backup_manager.h"
 #include "dialogs/frm_predictive_start.h"
 #include "dialogs/frm_purge_notice.h"
+#include "dialogs/frm_recover.h"
 #include "foundation/context.h"
 #include "foundation/server_factory.h"
 #include "platform/desktop/path_mapping.h"
@@ -104,6 +105,8 @@ class PopupWorld : public ServerFactory {
   // a test sets none.
   Ref<BackupServer> backupServer;
   FrmBackupManager backupManager{ctx, host};
+  // Handed to the main form when Quick setup first opens it.
+  FrmRecover recover{ctx, host};
   FrmPopup popup;
 
  private:

@@ -1,0 +1,453 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "foundation/agent.h"
+#include "foundation/date.h"
+#include "foundation/desktop.h"
+#include "foundation/engine_config.h"
+#include "foundation/period.h"
+#include "servers/common/write_behind.h"
+#include "servers/engine/engine_file.h"
+#include "support/popup/popup_world.h"
+#include "support/temp_folder.h"
+
+namespace vellix {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+// The real file system, but each folder's files are listed by name, A to Z
+// or Z to A: the order the dialog reads them in is then the test's to choose.
+class ListedByName : public FileSystem {
+ public:
+  explicit ListedByName(FileSystem& real) : real_(real) {}
+  bool descending = false;
+
+  bool FolderExists(const std::string& path) override { return real_.FolderExists(path); }
+  void CreateFolder(const std::string& path) override { real_.CreateFolder(path); }
+  std::string GetSpecialFolder(int32_t which) override { return real_.GetSpecialFolder(which); }
+  std::string GetTempName() override { return real_.GetTempName(); }
+  void WriteTextFile(const std::string& path, const std::string& text) override {
+    real_.WriteTextFile(path, text);
+  }
+  void DeleteFile(const std::string& path) override { real_.DeleteFile(path); }
+  bool FileExists(const std::string& path) override { return real_.FileExists(path); }
+  std::vector<std::string> FilesIn(const std::string& folder) override {
+    std::vector<std::string> files = real_.FilesIn(folder);
+    std::sort(files.begin(), files.end());
+    if (descending) std::reverse(files.begin(), files.end());
+    return files;
+  }
+
+ private:
+  FileSystem& real_;
+};
+
+// A configuration copy as the engine saves it beside a backup: `agents`
+// agents, saved at `saved`. Returns its text.
+std::string WriteSaved(const fs::path& file, Date saved, int agents) {
+  engine::EngineData data;
+  data.settings.configured = true;
+  data.savedTime = saved;
+  for (int i = 1; i <= agents; ++i) {
+    engine::AgentData agent;
+    agent.id = static_cast<int16_t>(i);
+    agent.name = "Agent " + std::to_string(i);
+    data.agents.push_back(agent);
+  }
+  data.nextAgentId = static_cast<int16_t>(agents + 1);
+  std::string text = engine::EngineFileText(data);
+  test::WriteText(file, text);
+  return text;
+}
+
+int RecoverEvents(const test::PopupWorld& w) {
+  const auto trace = w.StateTrace();
+  return static_cast<int>(std::count_if(trace.begin(), trace.end(), [](const std::string& line) {
+    return line.ends_with("Event: Recover");
+  }));
+}
+
+std::vector<std::string> Rows(const ListBox& list) {
+  std::vector<std::string> rows;
+  rows.reserve(static_cast<size_t>(list.ListCount()));
+  for (int32_t i = 0; i < list.ListCount(); ++i)
+    rows.push_back(list.List(i));
+  return rows;
+}
+
+std::vector<std::string> FileNames(const FrmRecover& dialog) {
+  std::vector<std::string> names;
+  for (const Ref<ConfigFileInfo>& info : dialog.ConfigFiles())
+    names.push_back(info->FileName());
+  return names;
+}
+
+// A first start, Quick setup on screen, whose folder listings the test orders.
+class Recover : public ::testing::Test {
+ protected:
+  Recover() : listed_(*w.files) {
+    w.services.fileSystem = &listed_;
+    fs::create_directories(source);
+    fs::create_directories(store);
+    w.PresetHidden(false);
+    w.Start();
+    w.log->records.clear();  // the start's own report of an unconfigured engine
+  }
+
+  // Quick setup's Recover for these folders; `step` is what the user does in
+  // the dialog, which must close it.
+  void Open(const fs::path& from, const fs::path& to, const std::function<void(FrmRecover&)>& step,
+            bool byButton = true) {
+    QuickSetupPanel& qs = w.popup.quickSetup;
+    qs.txtBackupPath.Text(from.string());
+    qs.txtStorePath.Text(to.string());
+    int shown = 0;
+    w.host.OnModal("frmRecover", [&](Form& form) {
+      ++shown;
+      step(dynamic_cast<FrmRecover&>(form));
+    });
+    if (byButton) {
+      ASSERT_TRUE(qs.cmdRecover.UserClick());
+    } else {
+      qs.cmdRecover_Click();  // the page is no longer in sight
+    }
+    ASSERT_EQ(shown, 1);
+    EXPECT_FALSE(w.recover.Loaded());
+  }
+
+  // Three saved configurations, each with its own number of agents.
+  void SaveThree() {
+    WriteSaved(source / "a.xml", DateTimeSerial(2026, 3, 1, 10, 0, 0), 1);
+    WriteSaved(source / "b.xml", DateTimeSerial(2026, 6, 1, 10, 0, 0), 2);
+    WriteSaved(source / "d.xml", DateTimeSerial(2026, 9, 1, 10, 0, 0), 4);
+  }
+
+  std::string Text(const std::string& key) const { return w.Text(".Strings.frmRecover." + key); }
+  std::string Saved(const std::string& name) const { return (source / name).string(); }
+
+  test::PopupWorld w;
+  ListedByName listed_;
+  const fs::path source = w.dir / "backups";
+  const fs::path store = w.dir / "store";
+};
+
+TEST_F(Recover, TheListRunsOldestFirstWithTheNewestChosenAndEqualTimesInReverseOfTheirReading) {
+  const Date early = DateTimeSerial(2026, 3, 1, 10, 0, 0);
+  const Date same = DateTimeSerial(2026, 6, 1, 10, 0, 0);
+  WriteSaved(source / "a early.xml", early, 1);
+  WriteSaved(source / "b same.xml", same, 2);
+  WriteSaved(source / "c same.xml", same, 3);
+  const std::string late =
+      WriteSaved(source / "d late.xml", DateTimeSerial(2026, 9, 1, 10, 0, 0), 4);
+  // What else a backup folder may hold, none of it a saved configuration.
+  test::WriteText(source / "e cut.xml", late.substr(0, late.size() / 2));
+  test::WriteText(source / "f notes.txt", "not a configuration");
+  test::WriteText(source / "File 2026.pst", std::string("\x00\x01SQLite", 8));
+  engine::EngineData working;  // the engine's own file has no saved time
+  test::WriteText(source / "g Engine.xml", engine::EngineFileText(working));
+  // A later copy in a sub-folder: only the folder itself is searched.
+  fs::create_directories(source / "older");
+  WriteSaved(source / "older" / "h deep.xml", DateTimeSerial(2026, 10, 1, 10, 0, 0), 5);
+
+  struct Case {
+    bool descending;
+    std::vector<std::string> listed;
+  };
+  const std::vector<Case> cases = {
+      {false, {"a early.xml", "c same.xml", "b same.xml", "d late.xml"}},
+      {true, {"a early.xml", "b same.xml", "c same.xml", "d late.xml"}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.descending ? "read Z to A" : "read A to Z");
+    listed_.descending = c.descending;
+    Open(source, store, [&](FrmRecover& d) {
+      std::vector<std::string> expected;
+      std::vector<std::string> descriptions;
+      for (const auto& name : c.listed)
+        expected.push_back(Saved(name));
+      ASSERT_EQ(FileNames(d), expected);
+      for (const Ref<ConfigFileInfo>& info : d.ConfigFiles())
+        descriptions.push_back(info->Description());
+      EXPECT_EQ(Rows(d.lstConfigFiles), descriptions);
+      EXPECT_THAT(descriptions[3], ::testing::StartsWith("01 September 2026 10:00 - 4 agents"));
+      // Without a click the newest is used, and no row shows as chosen.
+      EXPECT_EQ(d.lstConfigFiles.ListIndex(), -1);
+      EXPECT_EQ(d.ChosenFile(), Saved("d late.xml"));
+      EXPECT_EQ(d.lblChosenConfig.Caption(), descriptions[3]);
+      EXPECT_EQ(d.lblSourcePath.Caption(), source.string());
+      EXPECT_EQ(d.lblDestinationPath.Caption(), store.string());
+      EXPECT_TRUE(d.cmdRecover.Enabled());
+      ASSERT_TRUE(d.cmdCancel.UserClick());
+    });
+    EXPECT_THAT(w.recover.ConfigFiles().Values(), IsEmpty()) << "dropped at unload";
+  }
+  // The strangers were passed over without a word.
+  EXPECT_THAT(w.host.Prompts(), IsEmpty());
+  EXPECT_THAT(w.Problems(), IsEmpty());
+  EXPECT_EQ(RecoverEvents(w), 0);
+  EXPECT_EQ(w.recover.Recovered(), "False");
+}
+
+TEST_F(Recover, FoldersThatCannotServeLeaveTheButtonAsTheyShouldAndOnlyAMissingSourceIsLogged) {
+  fs::create_directories(w.dir / "empty");
+  fs::create_directories(w.dir / "strangers");
+  test::WriteText(w.dir / "strangers" / "notes.txt", "not a configuration");
+  WriteSaved(source / "a.xml", DateTimeSerial(2026, 3, 1, 10, 0, 0), 1);
+  const std::string invalid = Text("InvalidFolder");
+  const std::string none = Text("NoConfigFile");
+  ASSERT_FALSE(invalid.empty());
+  ASSERT_FALSE(none.empty());
+
+  struct Case {
+    const char* what;
+    fs::path from;
+    fs::path to;
+    std::string sourceShown;
+    std::string destinationShown;
+    int rows;
+    std::string chosenShown;
+    std::string chosenFile;
+    bool enabled;
+    int loggedFailures;
+  };
+  const std::vector<Case> cases = {
+      {"an empty source folder", w.dir / "empty", store, (w.dir / "empty").string(), store.string(),
+       0, none, "", false, 0},
+      {"a source of no configurations", w.dir / "strangers", store, (w.dir / "strangers").string(),
+       store.string(), 0, none, "", false, 0},
+      {"a missing store folder", source, w.dir / "gone", source.string(), invalid, 1, "",
+       Saved("a.xml"), false, 0},
+      // Listing the missing folder fails and ends the load before the button
+      // is looked at: it stays as it starts, with nothing chosen.
+      {"a missing source folder", w.dir / "nowhere", store, invalid, store.string(), 0, "", "",
+       true, 1},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    w.log->records.clear();
+    Open(c.from, c.to, [&](FrmRecover& d) {
+      EXPECT_EQ(d.lblSourcePath.Caption(), c.sourceShown);
+      EXPECT_EQ(d.lblDestinationPath.Caption(), c.destinationShown);
+      EXPECT_EQ(d.lstConfigFiles.ListCount(), c.rows);
+      if (c.rows == 0 || !c.chosenShown.empty()) {
+        EXPECT_EQ(d.lblChosenConfig.Caption(), c.chosenShown);
+      }
+      EXPECT_EQ(d.ChosenFile(), c.chosenFile);
+      EXPECT_EQ(d.cmdRecover.Enabled(), c.enabled);
+      ASSERT_TRUE(d.cmdCancel.UserClick());
+    });
+    const auto problems = w.Problems();
+    ASSERT_THAT(problems, SizeIs(c.loggedFailures));
+    if (c.loggedFailures == 1) {
+      EXPECT_EQ(problems[0].module, "frmRecover");
+      EXPECT_EQ(problems[0].procedure, "LoadForm");
+      EXPECT_EQ(problems[0].number, 76);
+    }
+  }
+
+  // Recover pressed with nothing chosen: the engine refuses, the user is told.
+  Open(w.dir / "nowhere", store, [&](FrmRecover& d) { ASSERT_TRUE(d.cmdRecover.UserClick()); });
+  EXPECT_THAT(w.host.Prompts(), ElementsAre(Text("RecoveryFailed")));
+  EXPECT_THAT(w.Journal(), Contains("RecoverConfig " + (w.dir / "nowhere").string() + ", " +
+                                    store.string() + ", "));
+  EXPECT_EQ(RecoverEvents(w), 0);
+}
+
+TEST_F(Recover, AClickedRowIsRecoveredAndOnceOneSucceededEvenACancelReportsARecovery) {
+  SaveThree();
+  const std::string failed = Text("RecoveryFailed");
+  ASSERT_FALSE(failed.empty());
+
+  // Each click chooses the member at the row's position; the engine refuses.
+  w.engine->FailRecoverConfig(true);
+  Open(source, store, [&](FrmRecover& d) {
+    struct Click {
+      int32_t row;
+      const char* file;
+    };
+    const std::vector<Click> clicks = {{0, "a.xml"}, {2, "d.xml"}, {1, "b.xml"}};
+    for (const auto& click : clicks) {
+      ASSERT_TRUE(d.lstConfigFiles.UserClickRow(click.row));
+      EXPECT_EQ(d.ChosenFile(), Saved(click.file)) << click.row;
+      EXPECT_EQ(d.lblChosenConfig.Caption(), d.lstConfigFiles.List(click.row));
+    }
+    ASSERT_TRUE(d.cmdRecover.UserClick());
+  });
+  EXPECT_THAT(w.host.Prompts(), ElementsAre(failed));
+  EXPECT_THAT(w.Journal(), Contains("RecoverConfig " + source.string() + ", " + store.string() +
+                                    ", " + Saved("b.xml")));
+  EXPECT_EQ(RecoverEvents(w), 0);
+  EXPECT_EQ(w.recover.Recovered(), "False");
+  EXPECT_FALSE(w.engine->Configured());
+
+  // The oldest, clicked, is what comes back; the machine hears of it.
+  w.engine->FailRecoverConfig(false);
+  Open(source, store, [&](FrmRecover& d) {
+    ASSERT_TRUE(d.lstConfigFiles.UserClickRow(0));
+    ASSERT_TRUE(d.cmdRecover.UserClick());
+  });
+  EXPECT_THAT(w.host.Prompts(), ElementsAre(failed)) << "no second message";
+  EXPECT_EQ(RecoverEvents(w), 1);
+  EXPECT_EQ(w.recover.Recovered(), "True");
+  EXPECT_TRUE(w.engine->Configured());
+  EXPECT_EQ(w.popup.ControlState(), MachineState::ConfiguredVisible);
+  const auto agents = w.engine->Config()->Agents();
+  ASSERT_EQ(agents.Count(), 1);
+  EXPECT_EQ(agents.Item(1)->Name(), "Agent 1");
+
+  // The one instance keeps its answer: a cancelled dialog reports it again.
+  w.log->records.clear();
+  Open(
+      source, store, [&](FrmRecover& d) { ASSERT_TRUE(d.cmdCancel.UserClick()); }, false);
+  EXPECT_EQ(RecoverEvents(w), 1);
+  EXPECT_EQ(w.recover.Recovered(), "True");
+  EXPECT_THAT(w.host.Prompts(), SizeIs(1));
+}
+
+TEST_F(Recover, TheDialogIsLaidOutInRowsWithTheListUnderThemAndTheButtonsBottomRight) {
+  const std::string widthKey = std::string(FrmRecover::kTextNode) + ".Width";
+  for (const bool ownWidth : {true, false}) {
+    if (!ownWidth)
+      w.config->RootNode()->GetNode(widthKey, false, "", Variant())->SetContent(Variant(0));
+    Open(source, store, [&](FrmRecover& d) {
+      const LayoutMetrics& lm = d.Metrics();
+      const int32_t right = d.lstConfigFiles.Left() + d.lstConfigFiles.Width();
+      // Without a width of its own the data column sets it.
+      EXPECT_EQ(d.Width(), ownWidth ? w.config->RootNode()->GetValue(widthKey).ToInteger()
+                                    : 3 * lm.Border + lm.LabelColumnWidth + lm.DataColumnWidth +
+                                          2 * lm.FormBLRBorder);
+      EXPECT_EQ(right + lm.Border + 2 * lm.FormBLRBorder, d.Width());
+      // The third row's value on its caption's line, as wide as the list reaches.
+      EXPECT_EQ(d.lblChosenConfig.Top(), d.lblUsing.Top());
+      EXPECT_EQ(d.lblChosenConfig.Left() + d.lblChosenConfig.Width(), right);
+      EXPECT_EQ(d.lstConfigFiles.Top(), lm.Border + 3 * (lm.Border + lm.RowHeight));
+      // Recover, then Cancel at the right end, under the list.
+      EXPECT_EQ(d.cmdCancel.Left() + d.cmdCancel.Width(), right);
+      EXPECT_EQ(d.cmdRecover.Left() + d.cmdRecover.Width() + lm.Border, d.cmdCancel.Left());
+      EXPECT_EQ(d.cmdCancel.Top() + lm.RowHeight + lm.Border + lm.FormTopBorder + lm.FormBLRBorder,
+                d.Height());
+      ASSERT_TRUE(d.cmdCancel.UserClick());
+    });
+  }
+  EXPECT_THAT(w.Problems(), IsEmpty());
+}
+
+// The way back after a lost store: a first backup leaves the configuration
+// beside the stores' copies; on a later start with the configuration gone
+// and the store folder emptied, Quick setup's Recover brings both back.
+TEST(RecoverStory, AConfigurationSavedByARealBackupComesBackWithItsStores) {
+  std::vector<std::string> agentNames;
+  std::vector<std::string> periodNames;
+  std::vector<std::string> storeFiles;
+  fs::path backups;
+  fs::path storeFolder;
+  test::PopupWorld before;
+  {
+    test::PopupWorld& w = before;
+    engine::Processor& work = w.UseProcessor();
+    w.PresetHidden(false);
+    w.Start();
+    backups = w.dir / "backup";
+    fs::create_directories(backups);
+    ASSERT_TRUE(w.popup.quickSetup.txtBackupPath.UserSetText(backups.string()));
+    w.host.OnModal("frmPredictiveStart", [&](Form& form) {
+      ASSERT_TRUE(dynamic_cast<FrmPredictiveStart&>(form).cmdRunNow.UserClick());
+    });
+    ASSERT_TRUE(w.popup.quickSetup.cmdOK.UserClick());
+    ASSERT_TRUE(w.host.PumpUntil([&] { return work.PassesDone() >= 1 && !work.Busy(); },
+                                 std::chrono::seconds(30)));
+    w.host.Pump();
+    const Ref<EngineConfig> config = w.engine->Config();
+    ASSERT_TRUE(config->BackupDue());
+    w.host.OnModal("frmBackupManager", [&](Form& form) {
+      auto& m = dynamic_cast<FrmBackupManager&>(form);
+      w.host.Advance(1000);
+      ASSERT_EQ(m.Mode(), FrmBackupManager::ModeCloseOutlook);
+      ASSERT_TRUE(m.cmdBackup.UserClick());
+      w.host.Advance(1000);
+      ASSERT_EQ(m.Mode(), FrmBackupManager::ModeBackupNow);
+      ASSERT_TRUE(m.cmdBackup.UserClick());
+      ASSERT_TRUE(
+          w.host.PumpUntil([&] { return !m.FlagBackupRunning(); }, std::chrono::seconds(30)));
+      w.host.Advance(1000);
+      ASSERT_TRUE(m.optPolicyCheckStore.UserClick());
+      w.host.Advance(1000);
+      ASSERT_EQ(m.Mode(), FrmBackupManager::ModeNothingToDo);
+      ASSERT_TRUE(m.cmdBackup.UserClick());
+    });
+    w.host.Advance(int64_t{60} * 1000);  // the backup timer's tick
+    ASSERT_FALSE(config->BackupDue()) << "the backup ran";
+    servers::WriteBehind::Shared().WaitAll();  // the configuration copy is written behind
+
+    for (const Ref<Agent>& agent : config->Agents())
+      agentNames.push_back(agent->Name());
+    const auto periods = config->Periods();
+    ASSERT_GE(periods.Count(), 2) << "the demo mail spans two periods";
+    for (const Ref<Period>& period : periods) {
+      periodNames.push_back(period->Name());
+      const fs::path file = w.paths.ToNative(period->FileName());
+      storeFiles.push_back(file.filename().string());
+      storeFolder = file.parent_path();
+    }
+    ASSERT_FALSE(agentNames.empty());
+  }
+  // The store is lost; its folder is still there, empty.
+  for (const auto& name : storeFiles) {
+    ASSERT_TRUE(fs::remove(storeFolder / name)) << name;
+  }
+  ASSERT_TRUE(fs::is_empty(storeFolder));
+
+  // A later start, its configuration gone with the store.
+  test::PopupWorld w;
+  w.PresetHidden(false);
+  w.Start();
+  ASSERT_EQ(w.popup.ControlState(), MachineState::UnconfiguredVisible);
+  ASSERT_TRUE(w.popup.quickSetup.txtBackupPath.UserSetText(backups.string()));
+  ASSERT_TRUE(w.popup.quickSetup.txtStorePath.UserSetText(storeFolder.string()));
+  std::string listed;
+  w.host.OnModal("frmRecover", [&](Form& form) {
+    auto& d = dynamic_cast<FrmRecover&>(form);
+    ASSERT_EQ(d.lstConfigFiles.ListCount(), 1) << "the stores' copies are no configurations";
+    listed = d.lstConfigFiles.List(0);
+    ASSERT_TRUE(d.cmdRecover.Enabled());
+    ASSERT_TRUE(d.cmdRecover.UserClick());
+  });
+  ASSERT_TRUE(w.popup.quickSetup.cmdRecover.UserClick());
+  EXPECT_THAT(listed, ::testing::HasSubstr(std::to_string(agentNames.size()) + " agent"));
+  EXPECT_THAT(w.host.Prompts(), IsEmpty());
+  EXPECT_EQ(RecoverEvents(w), 1);
+  EXPECT_TRUE(w.engine->Configured());
+  EXPECT_EQ(w.popup.ControlState(), MachineState::ConfiguredVisible);
+
+  const Ref<EngineConfig> config = w.engine->Config();
+  std::vector<std::string> agents;
+  for (const Ref<Agent>& agent : config->Agents())
+    agents.push_back(agent->Name());
+  EXPECT_THAT(agents, ElementsAreArray(agentNames));
+  std::vector<std::string> periods;
+  for (const Ref<Period>& period : config->Periods()) {
+    periods.push_back(period->Name());
+    const fs::path file = w.paths.ToNative(period->FileName());
+    EXPECT_EQ(file.parent_path(), storeFolder) << period->Name();
+    ASSERT_TRUE(fs::exists(file)) << file;
+    EXPECT_EQ(test::ReadText(file), test::ReadText(backups / file.filename())) << file;
+  }
+  EXPECT_THAT(periods, ElementsAreArray(periodNames));
+  EXPECT_EQ(config->StoreLocation(), storeFolder.string());
+}
+
+}  // namespace
+}  // namespace vellix
