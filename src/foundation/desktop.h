@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 // The desktop services the logic asks for: the shell's folders and folder
 // dialog, the file system object, and the program that opens web pages.
@@ -22,6 +23,13 @@ class DesktopShell {
   // path, or nothing when the user cancelled.
   virtual std::optional<std::string> BrowseForFolder(const std::string& title,
                                                      const std::string& start) = 0;
+};
+
+// A file of a folder: its name, and its path as the file system object gives
+// it (the folder's path, a separator, the name).
+struct FolderFile {
+  std::string name;
+  std::string path;
 };
 
 // The file system object.
@@ -45,6 +53,9 @@ class FileSystem {
   // Deletes a file; raises 53 when there is none.
   virtual void DeleteFile(const std::string& path) = 0;
   virtual bool FileExists(const std::string& path) = 0;
+  // The files of a folder, its sub-folders left out, in the order the file
+  // system gives them. Raises 76 when the folder isn't there.
+  virtual std::vector<FolderFile> FilesOf(const std::string& folder) = 0;
 };
 
 // What finding the program for a file gave: a result above 32 and the

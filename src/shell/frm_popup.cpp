@@ -3,6 +3,7 @@
 #include <array>
 #include <utility>
 
+#include "dialogs/frm_attach_period.h"
 #include "dialogs/frm_predictive_start.h"
 #include "forms/texts.h"
 #include "foundation/config_node.h"
@@ -106,13 +107,15 @@ FrmPopup::FrmPopup(Context& ctx, TrayPlatform& trayPlatform, PopupForms forms)
   cmdExit.Click = [this] { cmdExit_Click(); };
   tmrBackupTimer.Tick = [this] { tmrBackupTimer_Timer(); };
   backup.ShowBackupManager = [this] { ShowBackupManager(); };
-  mPopAbout.Click = [this] { mPopAbout_Click(); };
-  mPopStart.Click = [this] { mPopStart_Click(); };
-  mPopStop.Click = [this] { mPopStop_Click(); };
-  mPopView.Click = [this] { mPopView_Click(); };
-  mPopHide.Click = [this] { mPopHide_Click(); };
-  mPopExit.Click = [this] { mPopExit_Click(); };
-}
+  import.ShowAttachPeriod = [this] { ShowAttachPeriod();
+};
+mPopAbout.Click = [this] { mPopAbout_Click(); };
+mPopStart.Click = [this] { mPopStart_Click(); };
+mPopStop.Click = [this] { mPopStop_Click(); };
+mPopView.Click = [this] { mPopView_Click(); };
+mPopHide.Click = [this] { mPopHide_Click(); };
+mPopExit.Click = [this] { mPopExit_Click(); };
+}  // namespace vellix
 
 FrmPopup::~FrmPopup() = default;
 
@@ -487,6 +490,12 @@ void FrmPopup::cmdSuHelp_Click() {
   summary.cmdSuHelp_Click();
 }
 
+void FrmPopup::ShowAttachPeriod() {
+  if (forms_.attachPeriod == nullptr && forms_.makeAttachPeriod)
+    forms_.attachPeriod = forms_.makeAttachPeriod();
+  Need(forms_.attachPeriod).Show(false);
+}
+
 void FrmPopup::ShowBackupManager() {
   if (forms_.backupManager == nullptr && forms_.makeBackupManager)
     forms_.backupManager = forms_.makeBackupManager();
@@ -579,6 +588,9 @@ void FrmPopup::Form_Unload(bool& /*cancel*/) {
     ctx_.rootNode->Commit("");
     trayIcon_.reset();
     UnloadOtherForm(forms_.backupManager);
+    // A dialog left open without its main form would keep the program
+    // running with its servers gone.
+    UnloadOtherForm(forms_.attachPeriod);
     UnloadOtherForm(&forms_.iconTimer);
     mobjMonitor(nullptr);
     ConnectEngine(nullptr);

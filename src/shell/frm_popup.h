@@ -28,6 +28,7 @@ namespace vellix {
 
 class ConfigConnector;
 class ConfigNode;
+class FrmAttachPeriod;
 class FrmIconTimer;
 class FrmPredictiveStart;
 class FrmPurgeNotice;
@@ -48,6 +49,9 @@ struct PopupForms {
   // Makes the backup manager the first time it is opened, where none was
   // given: a start then pays nothing for it.
   std::function<FrmBackupManager*()> makeBackupManager;
+  // The attach period dialog, made likewise when first opened.
+  FrmAttachPeriod* attachPeriod = nullptr;
+  std::function<FrmAttachPeriod*()> makeAttachPeriod;
 };
 
 // The three hidden states: the window is meant to be out of sight.
@@ -98,6 +102,8 @@ class FrmPopup : public Form, public PopupShell {
   // Shows the backup manager modally and returns once it has closed; the
   // Backup panel's Backup Now and the timer's tick open it.
   void ShowBackupManager();
+  // Shows the attach period dialog, not modal: the Import panel's Attach.
+  void ShowAttachPeriod();
 
   void mobjVellix_Configured(bool value);
   void mobjVellix_Run(bool value);

@@ -127,4 +127,20 @@ bool PosixFileSystem::FileExists(const std::string& path) {
   return std::filesystem::is_regular_file(Native(path), ec);
 }
 
+std::vector<FolderFile> PosixFileSystem::FilesOf(const std::string& folder) {
+  if (Trim(folder).empty()) Raise(err::kPathNotFound);
+  const auto native = Native(folder);
+  std::error_code ec;
+  if (!std::filesystem::is_directory(native, ec)) Raise(err::kPathNotFound);
+  std::vector<FolderFile> files;
+  for (std::filesystem::directory_iterator it(native, ec), end; !ec && it != end;
+       it.increment(ec)) {
+    std::error_code kind;
+    if (!it->is_regular_file(kind)) continue;
+    files.push_back({it->path().filename().string(), mapping_.ToLogic(it->path())});
+  }
+  if (ec) Raise(err::kPathNotFound);
+  return files;
+}
+
 }  // namespace vellix::desktop

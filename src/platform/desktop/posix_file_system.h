@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "foundation/desktop.h"
 #include "platform/desktop/path_mapping.h"
@@ -28,6 +29,9 @@ class PosixFileSystem : public FileSystem {
   void WriteTextFile(const std::string& path, const std::string& text) override;
   void DeleteFile(const std::string& path) override;
   bool FileExists(const std::string& path) override;
+  // Each path as the logic writes it, so it compares with the paths the
+  // engine keeps.
+  std::vector<FolderFile> FilesOf(const std::string& folder) override;
 
  private:
   // The native path, with the root of its drive or share made when missing.

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "backup/frm_backup_manager.h"
+#include "dialogs/frm_attach_period.h"
 #include "dialogs/frm_predictive_start.h"
 #include "dialogs/frm_purge_notice.h"
 #include "foundation/context.h"
@@ -104,6 +105,7 @@ class PopupWorld : public ServerFactory {
   // a test sets none.
   Ref<BackupServer> backupServer;
   FrmBackupManager backupManager{ctx, host};
+  FrmAttachPeriod attachPeriod{ctx, host};
   FrmPopup popup;
 
  private:
