@@ -1,6 +1,7 @@
 #include "app/import_script.h"
 
 #include <QTimer>
+#include <array>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -20,10 +21,10 @@ constexpr int kSettleMs = 300;
 // A dialog not shown by then never will be.
 constexpr int kShowMs = 5000;
 // The folders the first agent is given, from the demo mail profile.
-constexpr const char* kFolders[] = {"\\\\Mailbox - Alex Morgan\\Inbox\\Projects",
-                                    "\\\\Mailbox - Alex Morgan\\Sent Items"};
+constexpr std::array<const char*, 2> kFolders = {R"(\\Mailbox - Alex Morgan\Inbox\Projects)",
+                                                 R"(\\Mailbox - Alex Morgan\Sent Items)"};
 // Names of the two stores that came back from elsewhere.
-constexpr const char* kLooseStores[] = {"Vellix 2019.pst", "Vellix 2020.pst"};
+constexpr std::array<const char*, 2> kLooseStores = {"Vellix 2019.pst", "Vellix 2020.pst"};
 }  // namespace
 
 ImportScript::ImportScript(FrmPopup& popup, Tools tools)
@@ -37,7 +38,7 @@ void ImportScript::Run(std::function<void()> next) {
   if (agents.Count() == 0) {
     tools_.note("no agent to give folders to import");
   } else {
-    const Ref<Agent> agent = agents.Item(1);
+    const Ref<Agent>& agent = agents.Item(1);
     for (const char* folder : kFolders)
       agent->AddImport(folder, false);
   }

@@ -22,6 +22,7 @@ using ::testing::UnorderedElementsAreArray;
 
 std::vector<std::string> Rows(const ListBox& list) {
   std::vector<std::string> out;
+  out.reserve(static_cast<size_t>(list.ListCount()));
   for (int32_t i = 0; i < list.ListCount(); ++i)
     out.push_back(list.List(i));
   return out;
@@ -33,8 +34,13 @@ class AttachPeriod : public ::testing::Test {
   // file's path as the engine keeps it.
   void Engine(const std::vector<std::pair<std::string, std::string>>& periods) {
     std::string xml;
-    for (const auto& [name, file] : periods)
-      xml += "<Period Name=\"" + name + "\" FileName=\"" + file + "\" />";
+    for (const auto& [name, file] : periods) {
+      xml += "<Period Name=\"";
+      xml += name;
+      xml += "\" FileName=\"";
+      xml += file;
+      xml += "\" />";
+    }
     w.LoadEngine("", xml);
     w.Start();
     w.log->records.clear();
@@ -58,7 +64,7 @@ TEST_F(AttachPeriod, OffersTheStoreFilesOfTheStoreFolderThatNoPeriodClaims) {
     const char* file;
     bool offered;
   };
-  const Case cases[] = {
+  const std::vector<Case> cases = {
       {"Loose 2023.pst", true},
       {"LOOSE 2022.PST", true},
       {"Mixed.Pst", true},

@@ -20,10 +20,10 @@ using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 
-constexpr const char* kInbox = "\\\\Mailbox - Alex Morgan\\Inbox";
-constexpr const char* kSent = "\\\\Mailbox - Alex Morgan\\Sent Items";
-constexpr const char* kDrafts = "\\\\Mailbox - Alex Morgan\\Drafts";
-constexpr const char* kCalendar = "\\\\Mailbox - Alex Morgan\\Calendar";
+constexpr const char* kInbox = R"(\\Mailbox - Alex Morgan\Inbox)";
+constexpr const char* kSent = R"(\\Mailbox - Alex Morgan\Sent Items)";
+constexpr const char* kDrafts = R"(\\Mailbox - Alex Morgan\Drafts)";
+constexpr const char* kCalendar = R"(\\Mailbox - Alex Morgan\Calendar)";
 
 // The window on screen with the Import tab open, and nothing recorded yet.
 ImportPanel& OpenImport(test::PopupWorld& w) {
@@ -42,6 +42,7 @@ Ref<Agent> AgentOf(test::PopupWorld& w, const std::string& name) {
 
 std::vector<std::string> Rows(const ListControl& list) {
   std::vector<std::string> out;
+  out.reserve(static_cast<size_t>(list.ListCount()));
   for (int32_t i = 0; i < list.ListCount(); ++i)
     out.push_back(list.List(i));
   return out;
@@ -49,6 +50,7 @@ std::vector<std::string> Rows(const ListControl& list) {
 
 std::vector<bool> Ticks(const ListBox& list) {
   std::vector<bool> out;
+  out.reserve(static_cast<size_t>(list.ListCount()));
   for (int32_t i = 0; i < list.ListCount(); ++i)
     out.push_back(list.Selected(i));
   return out;
@@ -119,33 +121,32 @@ TEST(ImportPanel, AFolderIsTakenOnlyOfTheAgentsTypeAndNeverFromAPeriodStore) {
     const char* agent;
     std::optional<std::string> picked;  // nothing: the user cancels
     bool withSubFolders;
-    const char* message;  // key of the message shown, "" for none
     bool reloaded;
+    const char* message;               // key of the message shown, "" for none
     std::vector<std::string> imports;  // the agent's afterwards
     const char* type;                  // the agent's afterwards
   };
   const std::string incorrectType = ".Strings.ControlPanel.Agents.MsgIncorrectFolderType";
   const std::string unable = ".Strings.ControlPanel.Import.MsgUnableToImport";
-  const std::string periodInbox = "\\\\Archive 2025\\Inbox";
+  const std::string periodInbox = R"(\\Archive 2025\Inbox)";
   const std::string inboxWithSub = std::string(kInbox) + " +sub";
   // clang-format off
-  const Case cases[] = {
-      {"Mail", kCalendar, false, incorrectType.c_str(), false, {}, "Mail and Post"},
-      {"Mail", kInbox, true, "", true, {inboxWithSub}, "Mail and Post"},
-      {"Mail", periodInbox, true, unable.c_str(), false, {inboxWithSub}, "Mail and Post"},
-      {"Mail", std::nullopt, true, "", true, {inboxWithSub}, "Mail and Post"},
+  const std::vector<Case> cases = {
+      {"Mail", kCalendar, false, false, incorrectType.c_str(), {}, "Mail and Post"},
+      {"Mail", kInbox, true, true, "", {inboxWithSub}, "Mail and Post"},
+      {"Mail", periodInbox, true, false, unable.c_str(), {inboxWithSub}, "Mail and Post"},
+      {"Mail", std::nullopt, true, true, "", {inboxWithSub}, "Mail and Post"},
       // Clearing the box clears the rows shown, and is the default for the next.
-      {"Mail", kSent, false, "", true, {kInbox, kSent}, "Mail and Post"},
+      {"Mail", kSent, false, true, "", {kInbox, kSent}, "Mail and Post"},
       // A new agent takes the type of its first folder, then holds to it.
-      {"New", kCalendar, false, "", true, {kCalendar}, "Calendar"},
-      {"New", kSent, false, incorrectType.c_str(), false, {kCalendar}, "Calendar"},
+      {"New", kCalendar, false, true, "", {kCalendar}, "Calendar"},
+      {"New", kSent, false, false, incorrectType.c_str(), {kCalendar}, "Calendar"},
   };
   // clang-format on
   test::PopupWorld w;
-  w.LoadEngine(
-      "<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" />"
-      "<Agent Id=\"2\" Name=\"New\" />",
-      "<Period Name=\"Archive 2025\" FileName=\"Archive 2025.pst\" />");
+  w.LoadEngine(R"(<Agent Id="1" Name="Mail" MonitorType="Mail and Post" />)"
+               R"(<Agent Id="2" Name="New" />)",
+               R"(<Period Name="Archive 2025" FileName="Archive 2025.pst" />)");
   // The period's store is open in the mail program, as the engine keeps it.
   ASSERT_TRUE(w.mail->CreateApplication());
   w.mail->Profile()->AddStore("Archive 2025")->AddFolder("Inbox", 0);
@@ -184,7 +185,7 @@ TEST(ImportPanel, RemoveTakesTheFirstTickedRowAndTicksItsNeighbour) {
     std::vector<std::string> left;
     std::vector<bool> ticksAfter;
   };
-  const Case cases[] = {
+  const std::vector<Case> cases = {
       // No tick: nothing goes, and the last row is ticked.
       {{}, {kInbox, kSent, kDrafts}, {false, false, true}},
       // Of two ticks the upper goes; the row above it is ticked.
@@ -194,7 +195,7 @@ TEST(ImportPanel, RemoveTakesTheFirstTickedRowAndTicksItsNeighbour) {
       {{2}, {kInbox, kSent}, {false, true}},
   };
   test::PopupWorld w;
-  w.LoadEngine("<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" />");
+  w.LoadEngine(R"(<Agent Id="1" Name="Mail" MonitorType="Mail and Post" />)");
   ImportPanel& im = OpenImport(w);
   const Ref<Agent> agent = AgentOf(w, "Mail");
   for (const Case& c : cases) {
@@ -221,9 +222,8 @@ TEST(ImportPanel, RemoveTakesTheFirstTickedRowAndTicksItsNeighbour) {
 
 TEST(ImportPanel, TheSubFolderBoxSetsEveryRowAndLoadingLeavesItAlone) {
   test::PopupWorld w;
-  w.LoadEngine(
-      "<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" />"
-      "<Agent Id=\"2\" Name=\"Other\" MonitorType=\"Mail and Post\" />");
+  w.LoadEngine(R"(<Agent Id="1" Name="Mail" MonitorType="Mail and Post" />)"
+               R"(<Agent Id="2" Name="Other" MonitorType="Mail and Post" />)");
   const Ref<Agent> agent = AgentOf(w, "Mail");
   agent->AddImport(kInbox, true);
   agent->AddImport(kSent, false);
@@ -248,9 +248,8 @@ TEST(ImportPanel, TheSubFolderBoxSetsEveryRowAndLoadingLeavesItAlone) {
 
 TEST(ImportPanel, ImportNowSetsTheTimeAndAWaitingImportHoldsTheButtonWhateverTheEngine) {
   test::PopupWorld w;
-  w.LoadEngine(
-      "<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" />"
-      "<Agent Id=\"2\" Name=\"Other\" MonitorType=\"Mail and Post\" />");
+  w.LoadEngine(R"(<Agent Id="1" Name="Mail" MonitorType="Mail and Post" />)"
+               R"(<Agent Id="2" Name="Other" MonitorType="Mail and Post" />)");
   ImportPanel& im = OpenImport(w);
   const Ref<Agent> agent = AgentOf(w, "Mail");
   ASSERT_TRUE(im.cmdImRun.Enabled());
@@ -269,7 +268,7 @@ TEST(ImportPanel, ImportNowSetsTheTimeAndAWaitingImportHoldsTheButtonWhateverThe
     bool running;
     bool enabled;
   };
-  const Case cases[] = {
+  const std::vector<Case> cases = {
       {"Mail", true, false},
       {"Mail", false, false},
       {"Other", true, true},
@@ -291,7 +290,7 @@ TEST(ImportPanel, ImportNowSetsTheTimeAndAWaitingImportHoldsTheButtonWhateverThe
 // the tab, entered again, offers Import Now once more.
 TEST(ImportPanel, TheEngineRunsAScheduledImportIntoThePeriodStoresAndClearsIt) {
   test::PopupWorld w;
-  w.LoadEngine("<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" />");
+  w.LoadEngine(R"(<Agent Id="1" Name="Mail" MonitorType="Mail and Post" />)");
   engine::Processor& work = w.UseProcessor();
   w.Start();
   ASSERT_TRUE(w.popup.cmdStopStart.UserClick());
@@ -324,7 +323,7 @@ TEST(ImportPanel, TheEngineRunsAScheduledImportIntoThePeriodStoresAndClearsIt) {
   EXPECT_FALSE(im.cmdImRun.Enabled());
 
   // The engine's next pass falls due.
-  w.host.Advance(6 * 60 * 1000);
+  w.host.Advance(int64_t{6} * 60 * 1000);
   ASSERT_TRUE(w.host.PumpUntil([&] { return work.PassesDone() >= 2 && !work.Busy(); },
                                std::chrono::seconds(30)));
   w.host.Pump();
