@@ -29,7 +29,8 @@ constexpr int kSettleMs = 300;
 constexpr int kWatchdogMs = 120000;
 // How many settle times the script waits for a pass to end.
 constexpr int kPassPolls = 100;
-constexpr int kPictures = 9 + BackupManagerScript::kPictures + RecoverScript::kPictures;
+constexpr int kPictures =
+    9 + BackupManagerScript::kPictures + RecoverScript::kPictures + ImportScript::kPictures;
 
 // Whether the control lies in the container, directly or further down.
 bool Inside(const Form& form, const Control& control, const std::string& container) {
@@ -63,7 +64,13 @@ FirstRunScript::FirstRunScript(qtview::QtHost& host, FrmPopup& popup,
           popup, backupFolder_,
           {.shot = [this](const Form& form, const std::string& file) { return Shot(form, file); },
            .note = [this](std::string text) { Note(std::move(text)); },
-           .step = [this](std::string step) { step_ = std::move(step); }}) {}
+           .step = [this](std::string step) { step_ = std::move(step); }}),
+      importScript_(
+          popup,
+          {.shot = [this](const Form& form, const std::string& file) { return Shot(form, file); },
+           .note = [this](std::string text) { Note(std::move(text)); },
+           .step = [this](std::string step) { step_ = std::move(step); },
+           .toNative = [this](const std::string& path) { return toNative(path); }}) {}
 
 bool FirstRunScript::Prepare(std::string& error) {
   std::error_code ec;
@@ -111,6 +118,8 @@ void FirstRunScript::FormShown(Form& form, QWidget& /*window*/) {
     QTimer::singleShot(kSettleMs, this, [this] { managerScript_.Shown(); });
   } else if (form.Name() == "frmRecover") {
     recoverScript_.Shown(form);
+  } else if (form.Name() == "frmAttachPeriod") {
+    importScript_.FormShown(form);
   } else if (form.Name() == "frmSupportMessage" && !supportSeen_) {
     supportSeen_ = true;
     QTimer::singleShot(kSettleMs, this, [this, &form] { SupportMessageShot(form); });
@@ -226,7 +235,7 @@ void FirstRunScript::WaitForPassEnd(int polls) {
     return;
   }
   if (processing) Note("the pass was still going at exit");
-  SupportMessageStep();
+  importScript_.Run([this] { SupportMessageStep(); });
 }
 
 void FirstRunScript::SupportMessageStep() {

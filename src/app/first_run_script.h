@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/backup_manager_script.h"
+#include "app/import_script.h"
 #include "app/recover_script.h"
 
 class QWidget;
@@ -27,9 +28,10 @@ namespace vellix::app {
 // --screenshot: a first start played as a user would, writing a picture of
 // each window it passes to the output folder: the Quick setup page, the
 // Predictive start dialog, the main form on its Summary, Periods and
-// Agents tabs, the support message opened from the Log tab, the backup
-// problems notice, the backup manager in each look of its button, and the
-// recover dialog with the configurations the backup saved. A control
+// Agents tabs, the Import tab with its attach period dialog, the support
+// message opened from the Log tab, the backup problems notice, the backup
+// manager in each look of its button, and the recover dialog with the
+// configurations the backup saved. A control
 // that isn't there is passed over with a note, so a half-built panel still
 // gives what can be had. Message boxes on the way are answered with their
 // default button and their texts printed.
@@ -50,6 +52,10 @@ class FirstRunScript : public QObject {
   void TrayPicture(const std::string& picture, const QIcon& icon);
   // The backup manager made its copier.
   void BackupCopierMade(const std::shared_ptr<backupcopy::BackupCopier>& copier);
+
+  // The file system path of a path text of the logic: the import visit
+  // puts files in the store folder.
+  std::function<std::filesystem::path(const std::string&)> toNative;
 
   // 0 when every picture was written, 1 otherwise; the notes say what was missed.
   [[nodiscard]] int ExitCode() const;
@@ -95,6 +101,7 @@ class FirstRunScript : public QObject {
   FrmBackupManager& backupManager_;
   BackupManagerScript managerScript_;
   RecoverScript recoverScript_;
+  ImportScript importScript_;
   bool finished_ = false;
   int written_ = 0;
   std::vector<std::string> notes_;

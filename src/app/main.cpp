@@ -18,6 +18,7 @@
 #include "app/first_run_script.h"
 #include "app/single_instance.h"
 #include "backup/frm_backup_manager.h"
+#include "dialogs/frm_attach_period.h"
 #include "dialogs/frm_predictive_start.h"
 #include "dialogs/frm_purge_notice.h"
 #include "dialogs/frm_recover.h"
@@ -215,15 +216,23 @@ int main(int argc, char** argv) {
     if (!recover) recover = std::make_unique<FrmRecover>(ctx, host);
     return recover.get();
   };
-  FrmPopup popup(ctx, tray,
-                 PopupForms{iconTimer, &predictiveStart, nullptr, backupManager.get(), &purgeNotice,
-                            makeBackupManager, nullptr, makeRecover});
+  std::unique_ptr<FrmAttachPeriod> attachPeriod;
+  auto makeAttachPeriod = [&ctx, &host, &attachPeriod] {
+    if (!attachPeriod) attachPeriod = std::make_unique<FrmAttachPeriod>(ctx, host);
+    return attachPeriod.get();
+  };
+  if (!options.screenshot.empty()) makeAttachPeriod();
+  FrmPopup popup(
+      ctx, tray,
+      PopupForms{iconTimer, &predictiveStart, nullptr, backupManager.get(), &purgeNotice,
+                 makeBackupManager, nullptr, makeRecover, attachPeriod.get(), makeAttachPeriod});
 
   std::unique_ptr<app::FirstRunScript> script;
   if (!options.screenshot.empty()) {
     script = std::make_unique<app::FirstRunScript>(host, popup, predictiveStart, *backupManager,
                                                    fs::absolute(options.screenshot),
                                                    mapping.DataRoot() / "Backups");
+    script->toNative = [mapping](const std::string& path) { return mapping.ToNative(path); };
     if (!script->Prepare(error)) {
       std::fprintf(stderr, "vellix-control: %s\n", error.c_str());
       return 1;

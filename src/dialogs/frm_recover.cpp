@@ -156,11 +156,11 @@ void FrmRecover::LoadForm() {
 
     // A missing source folder fails here into the trace: the button then
     // stays as the form starts, enabled, with nothing chosen.
-    for (const std::string& file : files.FilesIn(sourceFolder_)) {
+    for (const FolderFile& file : files.FilesOf(sourceFolder_)) {
       Ref<ConfigFileInfo> info = ctx_.engineConnector->NewConfigFileInfo();
       // Anything else in the backup folder (the stores' copies) is no
       // concern of this dialog.
-      if (!info->Load(file)) continue;
+      if (!info->Load(file.path)) continue;
       AddSorted(info);
     }
 

@@ -25,6 +25,13 @@ class DesktopShell {
                                                      const std::string& start) = 0;
 };
 
+// A file of a folder: its name, and its path as the file system object gives
+// it (the folder's path, a separator, the name).
+struct FolderFile {
+  std::string name;
+  std::string path;
+};
+
 // The file system object.
 class FileSystem {
  public:
@@ -46,10 +53,9 @@ class FileSystem {
   // Deletes a file; raises 53 when there is none.
   virtual void DeleteFile(const std::string& path) = 0;
   virtual bool FileExists(const std::string& path) = 0;
-  // The files directly in a folder (no sub-folders, no recursion), as path
-  // texts, in the order the file system gives them. Raises 76 when the folder
-  // isn't there.
-  virtual std::vector<std::string> FilesIn(const std::string& folder) = 0;
+  // The files of a folder, its sub-folders left out, in the order the file
+  // system gives them. Raises 76 when the folder isn't there.
+  virtual std::vector<FolderFile> FilesOf(const std::string& folder) = 0;
 };
 
 // What finding the program for a file gave: a result above 32 and the

@@ -3,6 +3,7 @@
 #include <array>
 #include <utility>
 
+#include "dialogs/frm_attach_period.h"
 #include "dialogs/frm_predictive_start.h"
 #include "dialogs/frm_recover.h"
 #include "forms/texts.h"
@@ -110,13 +111,15 @@ FrmPopup::FrmPopup(Context& ctx, TrayPlatform& trayPlatform, PopupForms forms)
   quickSetup.ShowRecover = [this](const std::string& source, const std::string& destination) {
     return ShowRecover(source, destination);
   };
-  mPopAbout.Click = [this] { mPopAbout_Click(); };
-  mPopStart.Click = [this] { mPopStart_Click(); };
-  mPopStop.Click = [this] { mPopStop_Click(); };
-  mPopView.Click = [this] { mPopView_Click(); };
-  mPopHide.Click = [this] { mPopHide_Click(); };
-  mPopExit.Click = [this] { mPopExit_Click(); };
-}
+  import.ShowAttachPeriod = [this] { ShowAttachPeriod();
+};
+mPopAbout.Click = [this] { mPopAbout_Click(); };
+mPopStart.Click = [this] { mPopStart_Click(); };
+mPopStop.Click = [this] { mPopStop_Click(); };
+mPopView.Click = [this] { mPopView_Click(); };
+mPopHide.Click = [this] { mPopHide_Click(); };
+mPopExit.Click = [this] { mPopExit_Click(); };
+}  // namespace vellix
 
 FrmPopup::~FrmPopup() = default;
 
@@ -491,6 +494,12 @@ void FrmPopup::cmdSuHelp_Click() {
   summary.cmdSuHelp_Click();
 }
 
+void FrmPopup::ShowAttachPeriod() {
+  if (forms_.attachPeriod == nullptr && forms_.makeAttachPeriod)
+    forms_.attachPeriod = forms_.makeAttachPeriod();
+  Need(forms_.attachPeriod).Show(false);
+}
+
 void FrmPopup::ShowBackupManager() {
   if (forms_.backupManager == nullptr && forms_.makeBackupManager)
     forms_.backupManager = forms_.makeBackupManager();
@@ -593,6 +602,9 @@ void FrmPopup::Form_Unload(bool& /*cancel*/) {
     trayIcon_.reset();
     UnloadOtherForm(forms_.backupManager);
     UnloadOtherForm(forms_.recover);
+    // A dialog left open without its main form would keep the program
+    // running with its servers gone.
+    UnloadOtherForm(forms_.attachPeriod);
     UnloadOtherForm(&forms_.iconTimer);
     mobjMonitor(nullptr);
     ConnectEngine(nullptr);

@@ -28,6 +28,7 @@ namespace vellix {
 
 class ConfigConnector;
 class ConfigNode;
+class FrmAttachPeriod;
 class FrmIconTimer;
 class FrmPredictiveStart;
 class FrmPurgeNotice;
@@ -52,6 +53,9 @@ struct PopupForms {
   // The recover dialog, made the same way the first time Quick setup opens it.
   FrmRecover* recover = nullptr;
   std::function<FrmRecover*()> makeRecover;
+  // The attach period dialog, made likewise when first opened.
+  FrmAttachPeriod* attachPeriod = nullptr;
+  std::function<FrmAttachPeriod*()> makeAttachPeriod;
 };
 
 // The three hidden states: the window is meant to be out of sight.
@@ -105,6 +109,8 @@ class FrmPopup : public Form, public PopupShell {
   // Shows the recover dialog modally for those folders; true when it reports
   // a recovered configuration (Quick setup's Recover opens it).
   bool ShowRecover(const std::string& source, const std::string& destination);
+  // Shows the attach period dialog, not modal: the Import panel's Attach.
+  void ShowAttachPeriod();
 
   void mobjVellix_Configured(bool value);
   void mobjVellix_Run(bool value);

@@ -55,7 +55,8 @@ struct PanelRun {
   FrmPredictiveStart predictiveStart{ctx, host};
   FrmPopup popup{
       ctx, tray,
-      PopupForms{iconTimer, &predictiveStart, nullptr, nullptr, nullptr, {}, nullptr, {}}};
+      PopupForms{
+          iconTimer, &predictiveStart, nullptr, nullptr, nullptr, {}, nullptr, {}, nullptr, {}}};
 };
 
 class AppServersTest : public ::testing::Test {

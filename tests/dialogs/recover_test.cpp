@@ -44,9 +44,10 @@ class ListedByName : public FileSystem {
   }
   void DeleteFile(const std::string& path) override { real_.DeleteFile(path); }
   bool FileExists(const std::string& path) override { return real_.FileExists(path); }
-  std::vector<std::string> FilesIn(const std::string& folder) override {
-    std::vector<std::string> files = real_.FilesIn(folder);
-    std::sort(files.begin(), files.end());
+  std::vector<FolderFile> FilesOf(const std::string& folder) override {
+    std::vector<FolderFile> files = real_.FilesOf(folder);
+    std::sort(files.begin(), files.end(),
+              [](const FolderFile& a, const FolderFile& b) { return a.name < b.name; });
     if (descending) std::reverse(files.begin(), files.end());
     return files;
   }

@@ -191,6 +191,8 @@ TEST_F(FormRendering, UserActionsOnEachKindOfControlReachTheModel) {
 
   auto* list = Find<QListWidget>("lstTicks");
   ASSERT_EQ(list->count(), 2);
+  // An unticked row shows its empty box, so that it can be ticked at all.
+  EXPECT_EQ(list->item(1)->data(Qt::CheckStateRole), QVariant(Qt::Unchecked));
   list->item(1)->setCheckState(Qt::Checked);
   EXPECT_TRUE(form.lstTicks.Selected(1));
   form.lstTicks.Selected(0, true);

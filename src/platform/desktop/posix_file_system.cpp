@@ -127,17 +127,18 @@ bool PosixFileSystem::FileExists(const std::string& path) {
   return std::filesystem::is_regular_file(Native(path), ec);
 }
 
-std::vector<std::string> PosixFileSystem::FilesIn(const std::string& folder) {
+std::vector<FolderFile> PosixFileSystem::FilesOf(const std::string& folder) {
   if (Trim(folder).empty()) Raise(err::kPathNotFound);
   const auto native = Native(folder);
   std::error_code ec;
   if (!std::filesystem::is_directory(native, ec)) Raise(err::kPathNotFound);
-  std::vector<std::string> files;
+  std::vector<FolderFile> files;
   std::filesystem::directory_iterator it(native, ec);
   for (const std::filesystem::directory_iterator end; !ec && it != end; it.increment(ec)) {
     std::error_code kindError;
     // A link counts as what it points at; a folder or a broken link is no file.
-    if (it->is_regular_file(kindError)) files.push_back(mapping_.ToLogic(it->path()));
+    if (it->is_regular_file(kindError))
+      files.push_back({it->path().filename().string(), mapping_.ToLogic(it->path())});
   }
   if (ec) RaiseFileError(kPermissionDenied);
   return files;

@@ -29,8 +29,9 @@ class PosixFileSystem : public FileSystem {
   void WriteTextFile(const std::string& path, const std::string& text) override;
   void DeleteFile(const std::string& path) override;
   bool FileExists(const std::string& path) override;
-  // Raises 70 when the folder may not be read.
-  std::vector<std::string> FilesIn(const std::string& folder) override;
+  // Each path as the logic writes it, so it compares with the paths the
+  // engine keeps. Raises 70 when the folder may not be read.
+  std::vector<FolderFile> FilesOf(const std::string& folder) override;
 
  private:
   // The native path, with the root of its drive or share made when missing.

@@ -119,7 +119,9 @@ class ListBinding : public ControlBinding {
       if (ticks) {
         item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
         const auto state = list_.Selected(i) ? Qt::Checked : Qt::Unchecked;
-        if (item->checkState() != state) item->setCheckState(state);
+        // A row that was never given a state draws no box at all.
+        if (item->data(Qt::CheckStateRole).isNull() || item->checkState() != state)
+          item->setCheckState(state);
       } else {
         item->setFlags(item->flags() & ~Qt::ItemIsUserCheckable);
         item->setData(Qt::CheckStateRole, QVariant());

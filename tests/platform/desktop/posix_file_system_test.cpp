@@ -113,17 +113,21 @@ TEST(FileSystem, ListsTheFilesDirectlyInAFolderAsPathTextsAndRefusesAMissingOne)
   std::filesystem::create_symlink(native / "Saved.xml", native / "Link.xml");
   std::filesystem::create_symlink(native / "gone.xml", native / "Broken.xml");
 
-  std::vector<std::string> files = fs.FilesIn("e:\\Backups\\");
+  std::vector<std::string> files;
+  for (const FolderFile& file : fs.FilesOf("e:\\Backups\\")) {
+    EXPECT_EQ(file.path, "E:\\Backups\\" + file.name);
+    files.push_back(file.path);
+  }
   std::sort(files.begin(), files.end());
   // Sub-folders and what they hold, and a link to nothing, are no files here.
   EXPECT_EQ(files, (std::vector<std::string>{"E:\\Backups\\File 2024.pst", "E:\\Backups\\Link.xml",
                                              "E:\\Backups\\Saved.xml"}));
-  EXPECT_EQ(fs.FilesIn("E:\\Backups\\Older\\..\\Older").size(), 1U);
+  EXPECT_EQ(fs.FilesOf("E:\\Backups\\Older\\..\\Older").size(), 1U);
   fs.CreateFolder("E:\\Empty");
-  EXPECT_TRUE(fs.FilesIn("E:\\Empty").empty());
+  EXPECT_TRUE(fs.FilesOf("E:\\Empty").empty());
 
   for (const char* missing : {"", " ", "E:\\Gone", "E:\\Backups\\Saved.xml"})
-    EXPECT_EQ(ErrorNumber([&] { (void)fs.FilesIn(missing); }), 76) << missing;
+    EXPECT_EQ(ErrorNumber([&] { (void)fs.FilesOf(missing); }), 76) << missing;
 }
 
 }  // namespace

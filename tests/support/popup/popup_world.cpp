@@ -55,7 +55,8 @@ PopupWorld::PopupWorld()
       popup(ctx, tray,
             PopupForms{iconTimer, &predictiveStart, nullptr, nullptr, &purgeNotice,
                        // Handed over when first opened, as the application makes it.
-                       [this] { return &backupManager; }, nullptr, [this] { return &recover; }}) {
+                       [this] { return &backupManager; }, nullptr, [this] { return &recover; },
+                       nullptr, [this] { return &attachPeriod; }}) {
   clock.Set(DateTimeSerial(2026, 11, 22, 9, 30, 0));
   services.exeFolder = Resources().string();
   env["HOME"] = (dir / "home").string();

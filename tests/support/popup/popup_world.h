@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "backup/frm_backup_manager.h"
+#include "dialogs/frm_attach_period.h"
 #include "dialogs/frm_predictive_start.h"
 #include "dialogs/frm_purge_notice.h"
 #include "dialogs/frm_recover.h"
@@ -107,6 +108,7 @@ class PopupWorld : public ServerFactory {
   FrmBackupManager backupManager{ctx, host};
   // Handed to the main form when Quick setup first opens it.
   FrmRecover recover{ctx, host};
+  FrmAttachPeriod attachPeriod{ctx, host};
   FrmPopup popup;
 
  private:
