@@ -18,6 +18,7 @@
 #include "app/first_run_script.h"
 #include "app/single_instance.h"
 #include "backup/frm_backup_manager.h"
+#include "dialogs/frm_about.h"
 #include "dialogs/frm_predictive_start.h"
 #include "dialogs/frm_purge_notice.h"
 #include "foundation/context.h"
@@ -208,9 +209,15 @@ int main(int argc, char** argv) {
     return backupManager.get();
   };
   if (!options.screenshot.empty()) makeBackupManager();
+  // The About box too is made when the tray menu first opens it.
+  std::unique_ptr<FrmAbout> about;
+  auto makeAbout = [&ctx, &host, &about] {
+    if (!about) about = std::make_unique<FrmAbout>(ctx, host);
+    return about.get();
+  };
   FrmPopup popup(ctx, tray,
                  PopupForms{iconTimer, &predictiveStart, nullptr, backupManager.get(), &purgeNotice,
-                            makeBackupManager});
+                            makeBackupManager, makeAbout});
 
   std::unique_ptr<app::FirstRunScript> script;
   if (!options.screenshot.empty()) {

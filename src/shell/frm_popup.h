@@ -27,6 +27,7 @@
 namespace vellix {
 
 class ConfigConnector;
+class FrmAbout;
 class ConfigNode;
 class FrmIconTimer;
 class FrmPredictiveStart;
@@ -42,12 +43,14 @@ class VellixEngine;
 struct PopupForms {
   FrmIconTimer& iconTimer;  // the tray icon's timer lives on it
   FrmPredictiveStart* predictiveStart = nullptr;
-  Form* about = nullptr;
+  FrmAbout* about = nullptr;
   FrmBackupManager* backupManager = nullptr;
   FrmPurgeNotice* purgeNotice = nullptr;
   // Makes the backup manager the first time it is opened, where none was
   // given: a start then pays nothing for it.
   std::function<FrmBackupManager*()> makeBackupManager;
+  // The same for the About box.
+  std::function<FrmAbout*()> makeAbout;
 };
 
 // The three hidden states: the window is meant to be out of sight.

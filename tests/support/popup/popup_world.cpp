@@ -55,7 +55,12 @@ PopupWorld::PopupWorld()
       popup(ctx, tray,
             PopupForms{iconTimer, &predictiveStart, nullptr, nullptr, &purgeNotice,
                        // Handed over when first opened, as the application makes it.
-                       [this] { return &backupManager; }}) {
+                       [this] { return &backupManager; },
+                       [this] {
+                         ++aboutMade;
+                         if (!about) about = std::make_unique<FrmAbout>(ctx, host);
+                         return about.get();
+                       }}) {
   clock.Set(DateTimeSerial(2026, 11, 22, 9, 30, 0));
   services.exeFolder = Resources().string();
   env["HOME"] = (dir / "home").string();

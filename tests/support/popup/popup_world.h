@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "backup/frm_backup_manager.h"
+#include "dialogs/frm_about.h"
 #include "dialogs/frm_predictive_start.h"
 #include "dialogs/frm_purge_notice.h"
 #include "foundation/context.h"
@@ -104,6 +105,9 @@ class PopupWorld : public ServerFactory {
   // a test sets none.
   Ref<BackupServer> backupServer;
   FrmBackupManager backupManager{ctx, host};
+  // Made by the main form when the tray menu first opens it; counts makes.
+  std::unique_ptr<FrmAbout> about;
+  int aboutMade = 0;
   FrmPopup popup;
 
  private:
