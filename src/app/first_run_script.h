@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "app/about_script.h"
 #include "app/backup_manager_script.h"
 
 class QWidget;
@@ -27,7 +28,7 @@ namespace vellix::app {
 // each window it passes to the output folder: the Quick setup page, the
 // Predictive start dialog, the main form on its Summary, Periods and
 // Agents tabs, the support message opened from the Log tab, the backup
-// problems notice, and the backup manager in each look of its button. A control
+// problems notice, and the backup manager in each look of its button, and the About box. A control
 // that isn't there is passed over with a note, so a half-built panel still
 // gives what can be had. Message boxes on the way are answered with their
 // default button and their texts printed.
@@ -71,6 +72,8 @@ class FirstRunScript : public QObject {
   // Opens the backup manager from the Storage & Backup tab; its script
   // runs while it is up and closes it.
   void BackupManagerStep();
+  // Opens the About box from the tray menu; its script pictures and closes it.
+  void AboutStep();
   void Finish();
   void AnswerMessageBoxes();
   bool Shot(const Form& form, const std::string& file);
@@ -92,6 +95,7 @@ class FirstRunScript : public QObject {
   Form* backupNotice_ = nullptr;  // while the notice is up
   FrmBackupManager& backupManager_;
   BackupManagerScript managerScript_;
+  AboutScript aboutScript_;
   bool finished_ = false;
   int written_ = 0;
   std::vector<std::string> notes_;
