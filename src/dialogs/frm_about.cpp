@@ -1,5 +1,6 @@
 #include "dialogs/frm_about.h"
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -9,6 +10,7 @@
 #include "foundation/engine.h"
 #include "foundation/error_log.h"
 #include "foundation/frame.h"
+#include "foundation/trace_names.h"
 #include "foundation/variant.h"
 
 namespace vellix {
@@ -54,13 +56,13 @@ void FrmAbout::Design() {
   lblProduct.Caption("Product");
   lblProduct.Move(120, 180, 2400, 375);
   lblProductData.Move(2640, 180, 3600, 375);
-  Label* const rows[][2] = {{&lblComponant1, &lblComponant1Data},
-                            {&lblComponant2, &lblComponant2Data},
-                            {&lblComponant3, &lblComponant3Data},
-                            {&lblComponant4, &lblComponant4Data}};
+  const std::array<std::pair<Label*, Label*>, 4> rows{{{&lblComponant1, &lblComponant1Data},
+                                                       {&lblComponant2, &lblComponant2Data},
+                                                       {&lblComponant3, &lblComponant3Data},
+                                                       {&lblComponant4, &lblComponant4Data}}};
   int16_t top = 675;
   int component = 1;
-  for (auto& [label, data] : rows) {
+  for (const auto& [label, data] : rows) {
     label->Caption("Component " + std::to_string(component++));
     label->Move(120, top, 2400, 375);
     data->Move(2640, top, 3600, 375);
@@ -77,8 +79,7 @@ void FrmAbout::Design() {
 }
 
 void FrmAbout::Form_Load() {
-  // The log's readers know the load by the layout's name.
-  Frame frame(ctx_, kModule, "LayoutForm");
+  Frame frame(ctx_, kModule, TraceNames::frmAbout_Form_Load);
   frame.Run([&] {
     metrics_ = LayoutMetrics::Read(*ctx_.rootNode);
     LayoutForm();

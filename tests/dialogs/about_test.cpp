@@ -148,10 +148,10 @@ TEST_F(About, EachProgramSaysItsOwnNameAndVersionAndTheVendorWritesTheLastLine) 
   // form ends below OK.
   const LayoutMetrics& m = w.about->Metrics();
   const int32_t step = m.Border + m.RowHeight;
-  const char* const labels[] = {"lblProduct", "lblComponant1", "lblComponant2", "lblComponant3",
-                                "lblComponant4"};
+  const std::array<std::string, 5> labels{"lblProduct", "lblComponant1", "lblComponant2",
+                                          "lblComponant3", "lblComponant4"};
   for (int i = 0; i < 5; ++i) {
-    const std::string label = labels[i];
+    const std::string& label = labels.at(i);
     SCOPED_TRACE(label);
     const int32_t top = m.Border + m.TextOffset + i * step;
     EXPECT_EQ(seen.rects.at(label), (Rect{m.Border, top, m.LabelColumnWidth, m.RowHeight}));
