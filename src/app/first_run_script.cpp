@@ -29,8 +29,8 @@ constexpr int kSettleMs = 300;
 constexpr int kWatchdogMs = 120000;
 // How many settle times the script waits for a pass to end.
 constexpr int kPassPolls = 100;
-constexpr int kPictures =
-    9 + BackupManagerScript::kPictures + RecoverScript::kPictures + ImportScript::kPictures;
+constexpr int kPictures = 9 + BackupManagerScript::kPictures + RecoverScript::kPictures +
+                          ImportScript::kPictures + AboutScript::kPictures;
 
 // Whether the control lies in the container, directly or further down.
 bool Inside(const Form& form, const Control& control, const std::string& container) {
@@ -70,7 +70,10 @@ FirstRunScript::FirstRunScript(qtview::QtHost& host, FrmPopup& popup,
           {.shot = [this](const Form& form, const std::string& file) { return Shot(form, file); },
            .note = [this](std::string text) { Note(std::move(text)); },
            .step = [this](std::string step) { step_ = std::move(step); },
-           .toNative = [this](const std::string& path) { return toNative(path); }}) {}
+           .toNative = [this](const std::string& path) { return toNative(path); }}),
+      aboutScript_(
+          {.shot = [this](const Form& form, const std::string& file) { return Shot(form, file); },
+           .note = [this](std::string text) { Note(std::move(text)); }}) {}
 
 bool FirstRunScript::Prepare(std::string& error) {
   std::error_code ec;
@@ -123,6 +126,8 @@ void FirstRunScript::FormShown(Form& form, QWidget& /*window*/) {
   } else if (form.Name() == "frmSupportMessage" && !supportSeen_) {
     supportSeen_ = true;
     QTimer::singleShot(kSettleMs, this, [this, &form] { SupportMessageShot(form); });
+  } else {
+    aboutScript_.Shown(form, kSettleMs);
   }
 }
 
@@ -247,7 +252,13 @@ void FirstRunScript::SupportMessageStep() {
   BackupProblemsStep();
   BackupManagerStep();
   recoverScript_.Open();
+  AboutStep();
   Finish();
+}
+
+void FirstRunScript::AboutStep() {
+  step_ = "about";
+  aboutScript_.Open(popup_);
 }
 
 void FirstRunScript::BackupProblemsStep() {

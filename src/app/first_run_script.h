@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "app/about_script.h"
 #include "app/backup_manager_script.h"
 #include "app/import_script.h"
 #include "app/recover_script.h"
@@ -31,7 +32,7 @@ namespace vellix::app {
 // Agents tabs, the Import tab with its attach period dialog, the support
 // message opened from the Log tab, the backup problems notice, the backup
 // manager in each look of its button, and the recover dialog with the
-// configurations the backup saved. A control
+// configurations the backup saved, and the About box. A control
 // that isn't there is passed over with a note, so a half-built panel still
 // gives what can be had. Message boxes on the way are answered with their
 // default button and their texts printed.
@@ -79,6 +80,8 @@ class FirstRunScript : public QObject {
   // Opens the backup manager from the Storage & Backup tab; its script
   // runs while it is up and closes it.
   void BackupManagerStep();
+  // Opens the About box from the tray menu; its script pictures and closes it.
+  void AboutStep();
   void Finish();
   void AnswerMessageBoxes();
   bool Shot(const Form& form, const std::string& file);
@@ -102,6 +105,7 @@ class FirstRunScript : public QObject {
   BackupManagerScript managerScript_;
   RecoverScript recoverScript_;
   ImportScript importScript_;
+  AboutScript aboutScript_;
   bool finished_ = false;
   int written_ = 0;
   std::vector<std::string> notes_;

@@ -18,6 +18,7 @@
 #include "app/first_run_script.h"
 #include "app/single_instance.h"
 #include "backup/frm_backup_manager.h"
+#include "dialogs/frm_about.h"
 #include "dialogs/frm_attach_period.h"
 #include "dialogs/frm_predictive_start.h"
 #include "dialogs/frm_purge_notice.h"
@@ -222,10 +223,16 @@ int main(int argc, char** argv) {
     return attachPeriod.get();
   };
   if (!options.screenshot.empty()) makeAttachPeriod();
-  FrmPopup popup(
-      ctx, tray,
-      PopupForms{iconTimer, &predictiveStart, nullptr, backupManager.get(), &purgeNotice,
-                 makeBackupManager, nullptr, makeRecover, attachPeriod.get(), makeAttachPeriod});
+  // The About box too is made when the tray menu first opens it.
+  std::unique_ptr<FrmAbout> about;
+  auto makeAbout = [&ctx, &host, &about] {
+    if (!about) about = std::make_unique<FrmAbout>(ctx, host);
+    return about.get();
+  };
+  FrmPopup popup(ctx, tray,
+                 PopupForms{iconTimer, &predictiveStart, nullptr, backupManager.get(), &purgeNotice,
+                            makeBackupManager, nullptr, makeRecover, attachPeriod.get(),
+                            makeAttachPeriod, makeAbout});
 
   std::unique_ptr<app::FirstRunScript> script;
   if (!options.screenshot.empty()) {

@@ -28,6 +28,8 @@ struct TraceNames {
   static constexpr const char* cmdBaBrowseBackup_Click = "cmdBrowseBackup_Click";
   // frmBackupNow's Form_Load.
   static constexpr const char* frmBackupNow_Form_Load = "LayoutForm";
+  // frmAbout's Form_Load.
+  static constexpr const char* frmAbout_Form_Load = "LayoutForm";
   // The backup manager's cmdChange_Click and the mouse handler of its grid.
   static constexpr const char* cmdChange_Click = "cmdBrowseStore_Click";
   static constexpr const char* fgcPeriods_MouseMove = "Form_Load";

@@ -1,8 +1,10 @@
 #include "shell/frm_popup.h"
 
 #include <array>
+#include <string>
 #include <utility>
 
+#include "dialogs/frm_about.h"
 #include "dialogs/frm_attach_period.h"
 #include "dialogs/frm_predictive_start.h"
 #include "dialogs/frm_recover.h"
@@ -164,7 +166,9 @@ std::string FrmPopup::Text(const std::string& suffix) const {
 }
 
 std::string FrmPopup::Version() const {
-  return VELLIX_VERSION;
+  // Major, minor and revision only, whatever else the build's version holds.
+  return std::to_string(VELLIX_VERSION_MAJOR) + "." + std::to_string(VELLIX_VERSION_MINOR) + "." +
+         std::to_string(VELLIX_VERSION_PATCH);
 }
 
 std::string FrmPopup::ProductName() {
@@ -461,6 +465,13 @@ void FrmPopup::cmdExit_Click() {
 void FrmPopup::mPopAbout_Click() {
   Frame frame(ctx_, kModule, TraceNames::mPopAbout_Click);
   frame.Run([&] {
+    if (forms_.about == nullptr && forms_.makeAbout) {
+      forms_.about = forms_.makeAbout();
+      if (forms_.about != nullptr) {
+        forms_.about->Identity({[this] { return Componant(); }, [this] { return Version(); },
+                                [this] { return ProductName(); }});
+      }
+    }
     if (forms_.about != nullptr) forms_.about->Show(true);
   });
 }

@@ -27,6 +27,7 @@
 namespace vellix {
 
 class ConfigConnector;
+class FrmAbout;
 class ConfigNode;
 class FrmAttachPeriod;
 class FrmIconTimer;
@@ -44,7 +45,7 @@ class VellixEngine;
 struct PopupForms {
   FrmIconTimer& iconTimer;  // the tray icon's timer lives on it
   FrmPredictiveStart* predictiveStart = nullptr;
-  Form* about = nullptr;
+  FrmAbout* about = nullptr;
   FrmBackupManager* backupManager = nullptr;
   FrmPurgeNotice* purgeNotice = nullptr;
   // Makes the backup manager the first time it is opened, where none was
@@ -56,6 +57,8 @@ struct PopupForms {
   // The attach period dialog, made likewise when first opened.
   FrmAttachPeriod* attachPeriod = nullptr;
   std::function<FrmAttachPeriod*()> makeAttachPeriod;
+  // The About box, made likewise when the tray menu first opens it.
+  std::function<FrmAbout*()> makeAbout;
 };
 
 // The three hidden states: the window is meant to be out of sight.

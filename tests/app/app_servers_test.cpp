@@ -53,10 +53,18 @@ struct PanelRun {
   test::RecordingTray tray;
   FrmIconTimer iconTimer{host};
   FrmPredictiveStart predictiveStart{ctx, host};
-  FrmPopup popup{
-      ctx, tray,
-      PopupForms{
-          iconTimer, &predictiveStart, nullptr, nullptr, nullptr, {}, nullptr, {}, nullptr, {}}};
+  FrmPopup popup{ctx, tray,
+                 PopupForms{iconTimer,
+                            &predictiveStart,
+                            nullptr,
+                            nullptr,
+                            nullptr,
+                            {},
+                            nullptr,
+                            {},
+                            nullptr,
+                            {},
+                            {}}};
 };
 
 class AppServersTest : public ::testing::Test {

@@ -56,7 +56,12 @@ PopupWorld::PopupWorld()
             PopupForms{iconTimer, &predictiveStart, nullptr, nullptr, &purgeNotice,
                        // Handed over when first opened, as the application makes it.
                        [this] { return &backupManager; }, nullptr, [this] { return &recover; },
-                       nullptr, [this] { return &attachPeriod; }}) {
+                       nullptr, [this] { return &attachPeriod; },
+                       [this] {
+                         ++aboutMade;
+                         if (!about) about = std::make_unique<FrmAbout>(ctx, host);
+                         return about.get();
+                       }}) {
   clock.Set(DateTimeSerial(2026, 11, 22, 9, 30, 0));
   services.exeFolder = Resources().string();
   env["HOME"] = (dir / "home").string();

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "backup/frm_backup_manager.h"
+#include "dialogs/frm_about.h"
 #include "dialogs/frm_attach_period.h"
 #include "dialogs/frm_predictive_start.h"
 #include "dialogs/frm_purge_notice.h"
@@ -109,6 +110,9 @@ class PopupWorld : public ServerFactory {
   // Handed to the main form when Quick setup first opens it.
   FrmRecover recover{ctx, host};
   FrmAttachPeriod attachPeriod{ctx, host};
+  // Made by the main form when the tray menu first opens it; counts makes.
+  std::unique_ptr<FrmAbout> about;
+  int aboutMade = 0;
   FrmPopup popup;
 
  private:
