@@ -95,8 +95,4 @@ int CompareText(std::string_view a, std::string_view b) {
   return a.size() < b.size() ? -1 : 1;
 }
 
-bool EqualsText(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && MatchesAt(a, 0, b);
-}
-
 }  // namespace vellix

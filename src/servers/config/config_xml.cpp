@@ -3,6 +3,7 @@
 #include <pugixml.hpp>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstdio>
 #include <limits>
@@ -64,45 +65,55 @@ void AppendDate(std::string& out, Date d) {
   }
 }
 
-// Escapes for element text and attribute values. Control characters become
-// character references so that a carriage return or a tab survives the
-// parser's line-end and attribute normalisation.
+// Which characters need a reference, in element text and in attribute
+// values: the markup ones, and control characters, so that a carriage return
+// or a tab survives the parser's line-end and attribute normalisation.
+struct EscapeTable {
+  std::array<bool, 256> text{};
+  std::array<bool, 256> attribute{};
+  constexpr EscapeTable() {
+    for (int c = 0; c < 0x20; ++c) {
+      attribute[c] = true;
+      text[c] = c != '\n' && c != '\t';
+    }
+    for (const unsigned char c : {'&', '<', '>'})
+      text[c] = attribute[c] = true;
+    attribute['"'] = true;
+  }
+};
+constexpr EscapeTable kEscapes;
+
 void AppendEscaped(std::string& out, std::string_view s, bool attribute) {
-  // Runs of plain characters go in whole: a first start writes the whole tree.
-  std::size_t plain = 0;
-  for (std::size_t i = 0; i < s.size(); ++i) {
-    const char ch = s[i];
-    const auto c = static_cast<unsigned char>(ch);
-    const char* entity = nullptr;
-    switch (ch) {
+  // Runs of plain characters go in whole, found by a table through plain
+  // pointers (no checked indexing): a first start writes the whole tree.
+  const bool* escaped = attribute ? kEscapes.attribute.data() : kEscapes.text.data();
+  const char* run = s.data();
+  const char* const end = run + s.size();
+  for (const char* p = run; p != end; ++p) {
+    const auto c = static_cast<unsigned char>(*p);
+    if (!escaped[c]) continue;  // NOLINT(cppcoreguidelines-pro-bounds-pointer-arithmetic)
+    out.append(run, p);
+    run = p + 1;
+    switch (c) {
       case '&':
-        entity = "&amp;";
+        out += "&amp;";
         break;
       case '<':
-        entity = "&lt;";
+        out += "&lt;";
         break;
       case '>':
-        entity = "&gt;";
+        out += "&gt;";
         break;
       case '"':
-        if (attribute) entity = "&quot;";
+        out += "&quot;";
         break;
       default:
-        break;
-    }
-    const bool control = c < 0x20 && (attribute || (ch != '\n' && ch != '\t'));
-    if (entity == nullptr && !control) continue;
-    out.append(s.substr(plain, i - plain));
-    plain = i + 1;
-    if (entity != nullptr) {
-      out += entity;
-    } else {
-      out += "&#";
-      AppendNumber(out, static_cast<int>(c));
-      out += ';';
+        out += "&#";
+        AppendNumber(out, static_cast<int>(c));
+        out += ';';
     }
   }
-  out.append(s.substr(plain));
+  out.append(run, end);
 }
 
 void WriteNode(std::string& out, const ConfigTreeNode& node, int level) {
