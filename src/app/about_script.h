@@ -4,6 +4,8 @@
 #include <functional>
 #include <string>
 
+#include "app/script_tools.h"
+
 namespace vellix {
 class Form;
 class FrmPopup;
@@ -15,11 +17,7 @@ namespace vellix::app {
 // entry, as a user opens it, pictured once it is up, and closed with OK.
 class AboutScript : public QObject {
  public:
-  struct Tools {
-    // Writes the window's picture; false (with a note) when it could not.
-    std::function<bool(const Form&, const std::string&)> shot;
-    std::function<void(std::string)> note;
-  };
+  using Tools = ScriptTools;
 
   static constexpr int kPictures = 1;
 

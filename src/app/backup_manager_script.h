@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "app/script_tools.h"
 #include "foundation/event.h"
 
 namespace vellix {
@@ -26,13 +27,7 @@ namespace vellix::app {
 // at the end.
 class BackupManagerScript : public QObject {
  public:
-  struct Tools {
-    // Writes the window's picture; false (with a note) when it could not.
-    std::function<bool(const Form&, const std::string&)> shot;
-    std::function<void(std::string)> note;
-    // What the run is at, for the watchdog's message.
-    std::function<void(std::string)> step;
-  };
+  using Tools = ScriptTools;
 
   // Bytes per copy call while the pictures are taken: a demo store then
   // passes through a dozen progress steps or more.

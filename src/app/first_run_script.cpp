@@ -55,25 +55,17 @@ FirstRunScript::FirstRunScript(qtview::QtHost& host, FrmPopup& popup,
       outDir_(std::move(outDir)),
       backupFolder_(std::move(backupFolder)),
       backupManager_(backupManager),
-      managerScript_(
-          backupManager,
-          {.shot = [this](const Form& form, const std::string& file) { return Shot(form, file); },
-           .note = [this](std::string text) { Note(std::move(text)); },
-           .step = [this](std::string step) { step_ = std::move(step); }}),
-      recoverScript_(
-          popup, backupFolder_,
-          {.shot = [this](const Form& form, const std::string& file) { return Shot(form, file); },
-           .note = [this](std::string text) { Note(std::move(text)); },
-           .step = [this](std::string step) { step_ = std::move(step); }}),
-      importScript_(
-          popup,
-          {.shot = [this](const Form& form, const std::string& file) { return Shot(form, file); },
-           .note = [this](std::string text) { Note(std::move(text)); },
-           .step = [this](std::string step) { step_ = std::move(step); },
-           .toNative = [this](const std::string& path) { return toNative(path); }}),
-      aboutScript_(
-          {.shot = [this](const Form& form, const std::string& file) { return Shot(form, file); },
-           .note = [this](std::string text) { Note(std::move(text)); }}) {}
+      managerScript_(backupManager, Tools()),
+      recoverScript_(popup, backupFolder_, Tools()),
+      importScript_(popup, Tools()),
+      aboutScript_(Tools()) {}
+
+ScriptTools FirstRunScript::Tools() {
+  return {.shot = [this](const Form& form, const std::string& file) { return Shot(form, file); },
+          .note = [this](std::string text) { Note(std::move(text)); },
+          .step = [this](std::string step) { step_ = std::move(step); },
+          .toNative = [this](const std::string& path) { return toNative(path); }};
+}
 
 bool FirstRunScript::Prepare(std::string& error) {
   std::error_code ec;

@@ -84,6 +84,8 @@ class FirstRunScript : public QObject {
   void AboutStep();
   void Finish();
   void AnswerMessageBoxes();
+  // The tools every window's script is handed, each a call back to this run.
+  ScriptTools Tools();
   bool Shot(const Form& form, const std::string& file);
   void Note(std::string text);
   template <class T>

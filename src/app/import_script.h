@@ -5,6 +5,8 @@
 #include <functional>
 #include <string>
 
+#include "app/script_tools.h"
+
 namespace vellix {
 class Form;
 class FrmPopup;
@@ -20,13 +22,7 @@ namespace vellix::app {
 // cancelled and the run goes on.
 class ImportScript : public QObject {
  public:
-  struct Tools {
-    std::function<bool(const Form&, const std::string&)> shot;
-    std::function<void(std::string)> note;
-    std::function<void(std::string)> step;
-    // The file system path of a path text of the logic.
-    std::function<std::filesystem::path(const std::string&)> toNative;
-  };
+  using Tools = ScriptTools;
   static constexpr int kPictures = 2;
 
   ImportScript(FrmPopup& popup, Tools tools);

@@ -5,6 +5,8 @@
 #include <functional>
 #include <string>
 
+#include "app/script_tools.h"
+
 namespace vellix {
 class Form;
 class FrmPopup;
@@ -19,12 +21,7 @@ namespace vellix::app {
 // with the newest chosen, and cancelled: nothing is recovered.
 class RecoverScript : public QObject {
  public:
-  struct Tools {
-    // Writes the window's picture; false (with a note) when it could not.
-    std::function<bool(const Form&, const std::string&)> shot;
-    std::function<void(std::string)> note;
-    std::function<void(std::string)> step;
-  };
+  using Tools = ScriptTools;
 
   static constexpr int kPictures = 1;
   // Saved configurations the picture shows.

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string>
+
+namespace vellix {
+class Form;
+}  // namespace vellix
+
+namespace vellix::app {
+
+// What the screenshot run hands the script of each window it pictures.
+struct ScriptTools {
+  // Writes the window's picture; false (with a note) when it could not.
+  std::function<bool(const Form&, const std::string&)> shot;
+  std::function<void(std::string)> note;
+  // What the run is at, for the watchdog's message.
+  std::function<void(std::string)> step;
+  // The file system path of a path text of the logic.
+  std::function<std::filesystem::path(const std::string&)> toNative;
+};
+
+}  // namespace vellix::app
