@@ -4,7 +4,6 @@
 #include <string>
 #include <utility>
 
-#include "dialogs/frm_about.h"
 #include "dialogs/frm_attach_period.h"
 #include "dialogs/frm_predictive_start.h"
 #include "dialogs/frm_recover.h"
@@ -459,85 +458,6 @@ void FrmPopup::cmdExit_Click() {
     const auto answer =
         ctx_.Host().MsgBox(Text(".Strings.ControlPanel.ConfirmClose"), MsgButtons::OKCancel, "");
     if (answer == MsgResult::OK) StateMonitor(MachineEvent::Exit);
-  });
-}
-
-void FrmPopup::mPopAbout_Click() {
-  Frame frame(ctx_, kModule, TraceNames::mPopAbout_Click);
-  frame.Run([&] {
-    if (forms_.about == nullptr && forms_.makeAbout) {
-      forms_.about = forms_.makeAbout();
-      if (forms_.about != nullptr) {
-        forms_.about->Identity({[this] { return Componant(); }, [this] { return Version(); },
-                                [this] { return ProductName(); }});
-      }
-    }
-    if (forms_.about != nullptr) forms_.about->Show(true);
-  });
-}
-
-void FrmPopup::mPopStart_Click() {
-  Frame frame(ctx_, kModule, "mPopStart_Click");
-  frame.Run([&] { cmdStopStart_Click(); });
-}
-
-void FrmPopup::mPopStop_Click() {
-  Frame frame(ctx_, kModule, "mPopStop_Click");
-  frame.Run([&] { cmdStopStart_Click(); });
-}
-
-void FrmPopup::mPopView_Click() {
-  Frame frame(ctx_, kModule, "mPopView_Click");
-  frame.Run([&] { StateMonitor(MachineEvent::View); });
-}
-
-void FrmPopup::mPopHide_Click() {
-  Frame frame(ctx_, kModule, "mPopHide_Click");
-  frame.Run([&] { StateMonitor(MachineEvent::Hide); });
-}
-
-void FrmPopup::mPopExit_Click() {
-  Frame frame(ctx_, kModule, "mPopExit_Click");
-  frame.Run([&] { StateMonitor(MachineEvent::Exit); });
-}
-
-void FrmPopup::cmdSuHelp_Click() {
-  summary.cmdSuHelp_Click();
-}
-
-void FrmPopup::ShowAttachPeriod() {
-  if (forms_.attachPeriod == nullptr && forms_.makeAttachPeriod)
-    forms_.attachPeriod = forms_.makeAttachPeriod();
-  Need(forms_.attachPeriod).Show(false);
-}
-
-void FrmPopup::ShowBackupManager() {
-  if (forms_.backupManager == nullptr && forms_.makeBackupManager)
-    forms_.backupManager = forms_.makeBackupManager();
-  Need(forms_.backupManager).Show(true);
-}
-
-bool FrmPopup::ShowRecover(const std::string& source, const std::string& destination) {
-  if (forms_.recover == nullptr && forms_.makeRecover) forms_.recover = forms_.makeRecover();
-  FrmRecover& recover = Need(forms_.recover);
-  recover.SourceFolder(source);
-  recover.DestinationFolder(destination);
-  recover.Show(true);
-  return CBool(recover.Recovered());
-}
-
-void FrmPopup::tmrBackupTimer_Timer() {
-  Frame frame(ctx_, kModule, "tmrBackupTimer_Timer");
-  frame.Run([&] {
-    // A tick while the manager is up (the tick's own, or Backup Now's)
-    // would only open it twice.
-    if (forms_.backupManager != nullptr && forms_.backupManager->Visible()) return;
-    if (!mobjVellix_->Config()->BackupDue()) return;
-    // The engine's work goes first; the next tick looks again. With logging
-    // off there is no monitor to ask, and a due backup waits in the trace.
-    if (mobjMonitor_->Processing()) return;
-    ShowBackupManager();
-    backup.LoadBackup();
   });
 }
 
