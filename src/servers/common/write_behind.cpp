@@ -1,14 +1,14 @@
 #include "servers/common/write_behind.h"
 
 #include <system_error>
-#include <thread>
 #include <utility>
 
 namespace vellix::servers {
 
 WriteBehind& WriteBehind::Shared() {
-  // Never destroyed: its thread may still be leaving when the process ends.
-  // Whoever queued writes waits for them before the end.
+  // Never destroyed: a thread still running at the process's end would
+  // make its destructor end the process. Whoever queued writes waits for
+  // them before the end.
   static auto* shared = new WriteBehind();
   return *shared;
 }
@@ -18,8 +18,11 @@ void WriteBehind::Queue(const std::string& key, std::function<void()> write) {
   queued_[key] = std::move(write);
   if (running_) return;
   running_ = true;
+  // The last thread has left its loop (it let go of the lock when it
+  // cleared running_), so this join does not wait for the lock we hold.
+  if (thread_.joinable()) thread_.join();
   try {
-    std::thread([this] { Run(); }).detach();
+    thread_ = std::thread([this] { Run(); });
   } catch (const std::system_error&) {
     // No thread to be had: the caller writes, as it did before there was one.
     running_ = false;
@@ -56,6 +59,7 @@ void WriteBehind::Wait(const std::string& key) {
 void WriteBehind::WaitAll() {
   std::unique_lock lock(mutex_);
   changed_.wait(lock, [&] { return !running_; });
+  if (thread_.joinable()) thread_.join();
 }
 
 }  // namespace vellix::servers

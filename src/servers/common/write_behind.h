@@ -5,6 +5,7 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <thread>
 
 // Writes of the stand-in servers' files, done on a thread of their own so
 // that whoever saves (often the window the user is typing in) never waits for
@@ -23,7 +24,8 @@ class WriteBehind {
   void Queue(const std::string& key, std::function<void()> write);
   // Returns once nothing is queued or being written under the key.
   void Wait(const std::string& key);
-  // Returns once nothing at all is queued or being written.
+  // Returns once nothing at all is queued or being written, and the thread
+  // has ended.
   void WaitAll();
 
  private:
@@ -33,9 +35,11 @@ class WriteBehind {
   std::condition_variable changed_;
   std::map<std::string, std::function<void()>> queued_;
   std::string writing_;  // the key being written; empty when none
-  // The thread runs while there is work and is made again when some comes,
-  // so that a process forked while idle has none half-inherited.
+  // The thread runs while there is work and is made again when some comes.
+  // WaitAll joins it: a process forked after it (the crash tests fork)
+  // inherits no thread half-way out, nor any lock such a thread holds.
   bool running_ = false;
+  std::thread thread_;
 };
 
 }  // namespace vellix::servers
