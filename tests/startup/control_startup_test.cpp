@@ -42,11 +42,8 @@ class Servers : public test::PopupWorld {
     ++freeNodes;
     return PopupWorld::CreateConfigNode();
   }
-
   [[nodiscard]] std::string WhyUnreachable() const override { return why; }
-
   void Main() { ControlStartup::Main(ctx, form); }
-
   std::weak_ptr<void> startupHolder;
   bool errorLogReachable = true;
   bool configReachable = true;
@@ -68,7 +65,6 @@ TEST(Startup, FirstStartGraftsTheBootBranchAndCommitsALaterStartLeavesItAlone) {
   EXPECT_EQ(
       reopened.RootNode()->GetValue("Componants.VellixControl.Strings.ProductName").ToString(),
       "Vellix Control");
-
   // The global formats and the back colour come from the shared branch.
   ConfigNode& root = *w.ctx.rootNode;
   EXPECT_EQ(w.ctx.externalDateFormat,
@@ -78,7 +74,6 @@ TEST(Startup, FirstStartGraftsTheBootBranchAndCommitsALaterStartLeavesItAlone) {
     return root.GetValue(std::string("CommonFormat.Color.BackColor") + c).ToInteger();
   };
   EXPECT_EQ(w.ctx.backColor, colour("Red") + 256 * colour("Green") + 65536 * colour("Blue"));
-
   // A second process finds the committed branch, with the user's change, and
   // never opens the boot file beside the executable, now broken.
   root.GetNode("Componants.VellixControl.Strings.ProductName", false, "", Variant())
@@ -135,7 +130,6 @@ TEST(Startup, AnUnreachableErrorLogOrConfigurationMeansOneMessageAndNoWindow) {
   EXPECT_EQ(w.configConnectors, 0);
   EXPECT_FALSE(w.form.Loaded());
   EXPECT_THAT(w.log->lifecycle, IsEmpty());
-
   // The configuration is asked for after the component has started.
   // The factory's reason, when it has one, is the box's second line.
   w.host.ClearPrompts();
@@ -161,7 +155,6 @@ TEST(Startup, AMissingBootFileOrABranchThatCannotBeGraftedEndsWithALogRecordAndN
               ElementsAre(LogRecord{"Startup", "Main", "Unable to Open Boot Config", 0}));
   EXPECT_TRUE(
       w.config->RootNode()->GetNode("Componants.VellixControl", false, "", Variant()).IsNothing());
-
   // A tree whose "Componants" is a value, not a collection, takes no branch.
   std::ofstream(w.dir / "ConfigTree.xml")
       << "<?xml version=\"1.0\"?>\n<config>\n"

@@ -34,10 +34,8 @@ class BackupCopierTest : public ::testing::Test {
     fs::create_directories(Backup());
   }
   void TearDown() override { copier.reset(); }
-
   fs::path Store() const { return root / "drives" / "x" / "Stores"; }
   fs::path Backup() const { return root / "drives" / "x" / "Backup"; }
-
   // A copier held as the backup manager holds it, copying in small blocks
   // and telling every block, so a test sees many events from small files.
   void Make(std::shared_ptr<FileIo> io = nullptr) {
@@ -50,7 +48,6 @@ class BackupCopierTest : public ::testing::Test {
       if (onEvent) onEvent(code, data, cancel);
     });
   }
-
   // A store file of pseudo-random bytes; answers its path as the logic writes it.
   std::string Put(const std::string& name, size_t size) {
     std::string bytes(size, '\0');
@@ -61,7 +58,6 @@ class BackupCopierTest : public ::testing::Test {
     return "X:\\Stores\\" + name;
   }
   void Add(const std::string& file) { copier->AddFile(file, "X:\\Backup"); }
-
   // Runs to the end of a run and answers the codes seen, a row of progress
   // events shown as one "5". No run, however it ends, leaves a temporary copy.
   std::string Run() {
@@ -111,7 +107,6 @@ class BackupCopierTest : public ::testing::Test {
   bool SameFile(const std::string& name) const {
     return fs::exists(Backup() / name) && ReadText(Backup() / name) == ReadText(Store() / name);
   }
-
   test::TempFolder scratch;
   fs::path root = scratch.Path();
   test::ScriptedHost host;
@@ -146,7 +141,6 @@ TEST_F(BackupCopierTest, CopiesEveryFileInOrderWithItsContentAndDate) {
     EXPECT_EQ(fs::last_write_time(Backup() / name), fs::last_write_time(Store() / name)) << name;
   }
   EXPECT_FALSE(copier->Running());
-
   // Progress told sparingly: once for the big file, with its whole size, and
   // none for an empty one, which is copied all the same.
   copier->ProgressInterval(1h);
@@ -192,7 +186,6 @@ TEST_F(BackupCopierTest, CancelStopsTheRunAndLeavesNoPartialCopy) {
   EXPECT_FALSE(fs::exists(Backup() / "c.pst"));
   copier.reset();  // waits for the worker: nothing may follow the cancel
   EXPECT_EQ(host.PendingPosts(), 0U);
-
   // A cancel answered when a file is done stops before the next one, which
   // the cancel names.
   fs::remove(Backup() / "a.pst");
@@ -209,67 +202,45 @@ TEST_F(BackupCopierTest, CancelStopsTheRunAndLeavesNoPartialCopy) {
 }
 
 // One faulty file among good ones: each fault is told as code 4 with what
-// went wrong on which file, after the file's code 2 and instead of its code
-// 3; the run goes on; the final name never holds a partial copy (an older
-// copy stays as it was) and no temporary copy is left.
+// went wrong on which file, instead of its code 3; the run goes on; the final
+// name never holds a partial copy and no temporary copy is left.
 TEST_F(BackupCopierTest, EachFaultIsExplainedAndTheRunGoesOn) {
   using Fault = test::FaultyFileIo::Fault;
   const std::string a = "X:\\Stores\\a.pst";
   const std::string full =
       "Could not copy " + a + ": the disk of the backup folder X:\\Backup is full";
+  const std::string eio = "Could not read " + a + ": Input/output error";
+  const std::string part = ".a.pst.vellix-partial";
   struct Case {
     const char* what;
-    std::function<void(test::FaultyFileIo&)> fault;
+    std::optional<Fault> test::FaultyFileIo::*fault;  // none for a file removed
+    Fault how;
+    bool throughMemory;
     int32_t removeOn;  // the event whose handler removes a.pst, or -1
     std::string text;
   };
+  using F = test::FaultyFileIo;
   const Case cases[] = {
-      {"read error mid-file",
-       [](auto& io) {
-         io.readFault = Fault{"Stores/a.pst", EIO, 48 << 10};
-       },
-       -1, "Could not read " + a + ": Input/output error"},
-      {"read error through memory",
-       [](auto& io) {
-         io.refuseInKernelCopy = EXDEV;
-         io.readFault = Fault{"Stores/a.pst", EIO, 0};
-       },
-       -1, "Could not read " + a + ": Input/output error"},
-      {"open refused",
-       [](auto& io) {
-         io.openFault = Fault{"Stores/a.pst", EACCES, 0};
-       },
-       -1, "Could not open " + a + ": Permission denied"},
-      {"disk full mid-file",
-       [](auto& io) {
-         io.writeFault = Fault{".a.pst.vellix-partial", ENOSPC, 32 << 10};
-       },
-       -1, full},
-      {"disk full through memory",
-       [](auto& io) {
-         io.refuseInKernelCopy = EXDEV;
-         io.writeFault = Fault{".a.pst.vellix-partial", EDQUOT, 16 << 10};
-       },
-       -1, full},
-      {"disk full at the sync",
-       [](auto& io) {
-         io.syncFault = Fault{".a.pst.vellix-partial", ENOSPC};
-       },
-       -1, full},
-      {"write error at the sync",
-       [](auto& io) {
-         io.syncFault = Fault{".a.pst.vellix-partial", EIO};
-       },
-       -1, "Could not write the copy of " + a + ": Input/output error"},
-      {"removed after Start", [](auto&) {}, BackupServer::kRunBegins, a + " could not be found"},
-      {"removed mid-copy", [](auto&) {}, BackupServer::kProgress,
-       a + " disappeared during the copy"},
+      Case("read error mid-file", &F::readFault, {"Stores/a.pst", EIO, 48 << 10}, false, -1, eio),
+      Case("read error through memory", &F::readFault, {"Stores/a.pst", EIO, 0}, true, -1, eio),
+      Case("open refused", &F::openFault, {"Stores/a.pst", EACCES, 0}, false, -1,
+           "Could not open " + a + ": Permission denied"),
+      Case("disk full mid-file", &F::writeFault, {part, ENOSPC, 32 << 10}, false, -1, full),
+      Case("disk full through memory", &F::writeFault, {part, EDQUOT, 16 << 10}, true, -1, full),
+      Case("disk full at the sync", &F::syncFault, {part, ENOSPC}, false, -1, full),
+      Case("write error at the sync", &F::syncFault, {part, EIO}, false, -1,
+           "Could not write the copy of " + a + ": Input/output error"),
+      Case("removed after Start", nullptr, {}, false, BackupServer::kRunBegins,
+           a + " could not be found"),
+      Case("removed mid-copy", nullptr, {}, false, BackupServer::kProgress,
+           a + " disappeared during the copy"),
   };
   for (const Case& c : cases) {
     for (bool older : {false, true}) {
       SCOPED_TRACE(std::string(c.what) + (older ? ", over an older copy" : ""));
       auto io = std::make_shared<test::FaultyFileIo>();
-      c.fault(*io);
+      if (c.fault) (*io).*c.fault = c.how;
+      if (c.throughMemory) io->refuseInKernelCopy = EXDEV;
       Make(io);
       fs::remove(Backup() / "a.pst");
       fs::remove(Backup() / "b.pst");
@@ -326,13 +297,11 @@ TEST_F(BackupCopierTest, ACopyThatDiffersFromItsSourceNeverTakesTheFinalName) {
   EXPECT_THAT(DataOf(BackupServer::kFileError),
               ElementsAre("The copy of X:\\Stores\\a.pst does not match the original"));
   EXPECT_EQ(ReadText(Backup() / "a.pst"), "an older copy");
-
   // Without the check the same damage goes unnoticed: the check is what caught it.
   copier->Verify(false);
   Add(a);
   EXPECT_EQ(Run(), "0 2 5 3 1");
   EXPECT_FALSE(SameFile("a.pst"));
-
   // A source written to during the copy gives no copy either.
   io->corruptWrites = false;
   Add(Put("b.pst", 100 << 10));
@@ -348,7 +317,6 @@ TEST_F(BackupCopierTest, ACopyThatDiffersFromItsSourceNeverTakesTheFinalName) {
 TEST_F(BackupCopierTest, OneRunAtATimeAndRunsFollowEachOther) {
   Make();
   EXPECT_EQ(Run(), "0 1");  // nothing added: the run still begins and completes
-
   seen.clear();
   Add(Put("a.pst", 64 << 10));
   copier->Start();

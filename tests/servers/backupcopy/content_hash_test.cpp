@@ -16,7 +16,6 @@ TEST(ContentHash, GivesThePublishedValueWhateverBlocksTheBytesArriveIn) {
   seeded.Update("abc", 3);
   EXPECT_EQ(seeded.Digest(), ContentHash::Of("abc", 3, 1));
   EXPECT_NE(seeded.Digest(), ContentHash::Of("abc", 3));
-
   std::vector<unsigned char> data(100'003);
   std::mt19937 random(7);
   for (auto& b : data)

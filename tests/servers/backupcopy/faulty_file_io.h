@@ -23,7 +23,6 @@ class FaultyFileIo : public backupcopy::SystemFileIo {
   int refuseInKernelCopy = 0;       // errno for every in-kernel copy
   bool corruptWrites = false;       // flips the first byte of each write
   int64_t freeSpace = -1;           // when set, the free space reported
-
   int OpenRead(const std::filesystem::path& path) override;
   int Sync(int fd) override;
   int64_t FreeSpace(const std::filesystem::path& folder) override;

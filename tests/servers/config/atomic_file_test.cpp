@@ -33,7 +33,6 @@ TEST(AtomicFile, ReplacesTheContentKeepsThePermissionsAndRemovesOnlyItsOwnStaleC
   EXPECT_EQ(CountFiles(folder.Path()), 1);
   EXPECT_FALSE(WriteFileAtomically(folder / "no-such-folder" / "tree.xml", "x", &error));
   EXPECT_NE(error.find("no-such-folder"), std::string::npos) << error;
-
   for (const char* name :
        {".tree.xml.a1B2c3", ".tree.xml.ZZZZZZ", ".tree.xml.keep", ".other.xml.a1B2c3", "notes.txt"})
     test::WriteText(folder / name, "x");
@@ -46,7 +45,6 @@ TEST(AtomicFile, AFailedWriteLeavesTheOldFileAndNoTemporaryFile) {
   test::TempFolder folder;
   const auto file = folder / "tree.xml";
   ASSERT_TRUE(WriteFileAtomically(file, "old content", nullptr));
-
   // A child process with a small file size limit fails half way through the write.
   const pid_t pid = ::fork();
   ASSERT_GE(pid, 0);

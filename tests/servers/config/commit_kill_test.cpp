@@ -69,7 +69,6 @@ TEST(ConfigCommit, AKilledCommitNeverLeavesATornTree) {
                                             std::chrono::steady_clock::now() - start));
     }
   }
-
   std::mt19937 random(20240501);
   std::uniform_int_distribution<int64_t> delayMicroseconds(0, commitTime.count() * 3 / 2 + 100);
   constexpr int kKills = 210;
@@ -91,7 +90,6 @@ TEST(ConfigCommit, AKilledCommitNeverLeavesATornTree) {
     ASSERT_EQ(::waitpid(pid, &status, 0), pid);
     ASSERT_TRUE(started && WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL)
         << "the committing child ended by itself: " << status;
-
     auto loaded = std::static_pointer_cast<ConfigTreeNode>(NewFreeConfigNode());
     ASSERT_TRUE(loaded->LoadFile(file.string()))
         << "after kill " << kill << ": " << loaded->LastError();

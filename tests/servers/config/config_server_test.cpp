@@ -35,7 +35,6 @@ TEST(ConfigServer, FirstStartBeginsFromTheShippedFilesWithEveryKeyTheShellReads)
     Ref<ConfigNode> branch(NewFreeConfigNode());
     ASSERT_TRUE(branch->LoadFile((kResources / "VellixControlBootConfig.xml").string()));
     ASSERT_TRUE(root->AttachBranch(branch, "Componants"));
-
     // Each key the shell reads is there, of the type it reads, with a usable value: a text
     // (when hi is 0) or a number from lo to hi.
     const auto expect = [&](const std::string& prefix, const std::string& keys, const char* type,
@@ -63,7 +62,6 @@ TEST(ConfigServer, FirstStartBeginsFromTheShippedFilesWithEveryKeyTheShellReads)
     expect(strings + "ControlPanel.", "PicWidth PicHeight", "Integer", 1001, 15999);
     EXPECT_EQ(root->GetValue(strings + "ProductName"), Variant("Vellix Control"));
     EXPECT_EQ(root->GetValue("Componants.VellixControl.Hidden"), Variant(false));
-
     EXPECT_FALSE(std::filesystem::exists(file));  // nothing written before a commit
     tabsHeight = root->GetValue("CommonFormat.FormLayout.TabsHeight");
     root->GetNode("Componants.VellixControl.Hidden", false, "", Variant())->SetContent(true);
@@ -93,7 +91,6 @@ TEST(ConfigServer, ACommitRewritesTheFileOnlyWhenItWouldChangeIt) {
   hidden->SetContent(false);
   root->Commit("");
   EXPECT_NE(StampOf(file)->inode, first->inode);
-
   // A file removed or replaced behind the server's back is written anew.
   std::filesystem::remove(file);
   root->Commit("");
@@ -128,17 +125,14 @@ TEST(ConfigServer, TreeFileProblemsAreReportedAndADamagedFileIsNeverOverwritten)
       EXPECT_NE(server.Notice().find(part), std::string::npos) << server.Notice();
     kept = file.string() + ".corrupt-20260302-100005-2";
   }
-
   // A folder that takes no file keeps the server closed, and says which.
   test::WriteText(folder / "plain", "");
   ConfigServer blocked(folder / "plain" / "ConfigTree.xml", kResources / "CommonFormat.xml");
   EXPECT_TRUE(blocked.RootNode().IsNothing());
   EXPECT_NE(blocked.OpenError().find((folder / "plain").string()), std::string::npos);
-
   ConfigServer noSeed(folder / "new.xml", folder / "missing-seed.xml");
   EXPECT_TRUE(noSeed.RootNode().IsNothing());
   EXPECT_NE(noSeed.OpenError().find("missing-seed.xml"), std::string::npos);
-
   // A commit that fails reaches the caller as a server failure.
   ConfigServer good(folder / "Good.xml", {});
   auto root = good.RootNode();
@@ -146,7 +140,6 @@ TEST(ConfigServer, TreeFileProblemsAreReportedAndADamagedFileIsNeverOverwritten)
   const auto commit = [&] { root->Commit((folder / "no-such-folder" / "copy.xml").string()); };
   EXPECT_LT(test::ErrorNumber(commit), 0);
   EXPECT_NE(test::ErrorDescription(commit).find("no-such-folder"), std::string::npos);
-
   // A node whose tree is gone has nothing left to commit to, and says nothing.
   Ref<ConfigNode> held;
   {
@@ -201,7 +194,6 @@ TEST(DataPaths, FoldersAreCreatedForTheOwnerOnly) {
   EXPECT_TRUE(std::filesystem::is_directory(paths.configDir));
   EXPECT_EQ(std::filesystem::status(paths.stateDir).permissions(),
             std::filesystem::perms::owner_all);
-
   test::WriteText(folder / "file", "x");
   EXPECT_FALSE(CreateDataFolders(ResolveDataPaths((folder / "file").string(), none), &error));
   EXPECT_NE(error.find("file"), std::string::npos);

@@ -22,14 +22,12 @@ using test::ErrorNumber;
 TEST(ConfigTree, FindsKeysByDottedPathWithoutRegardToCase) {
   auto root = NewTree();
   root->GetNode("Componants.VellixControl.Strings.ProductName", true, "String", "Vellix Control");
-
   EXPECT_EQ(root->GetValue("componants.VELLIXCONTROL.strings.productname"),
             Variant("Vellix Control"));
   auto branch = root->GetNode("Componants.VellixControl", false, "", Variant());
   ASSERT_FALSE(branch.IsNothing());
   EXPECT_EQ(branch->Key(), "VellixControl");
   EXPECT_EQ(branch->GetValue("Strings.ProductName"), Variant("Vellix Control"));
-
   // Only the product's own spelling finds the branch.
   EXPECT_TRUE(root->GetNode("Components.VellixControl", false, "", Variant()).IsNothing());
   EXPECT_TRUE(root->GetValue("Components.VellixControl.Strings.ProductName").IsEmpty());
@@ -53,7 +51,6 @@ TEST(ConfigTree, FirstReadCreatesTheSettingWithItsDefaultAndValuesKeepTheirType)
   hidden->SetContent(false);
   EXPECT_EQ(root->GetNode("Componants.VellixControl.Hidden", true, "Boolean", true)->GetContent(),
             Variant(false));
-
   // Defaults and values are converted to the node's type; no type takes the default's.
   auto width = root->GetNode("A.Width", true, "integer", "42");
   EXPECT_EQ(width->GetContent(), Variant(int16_t{42}));
@@ -67,7 +64,6 @@ TEST(ConfigTree, FirstReadCreatesTheSettingWithItsDefaultAndValuesKeepTheirType)
   when->SetContent(45000.5);
   EXPECT_EQ(when->GetContent(), Variant(Date(45000.5)));
   EXPECT_EQ(root->GetNode("A.Group", true, "", Variant())->ContentType(), "Collection");
-
   // A server failure: negative numbers, and nothing made or changed.
   const auto before = root->CountNodes();
   EXPECT_EQ(ErrorNumber([&] { root->GetNode("B.Count", true, "Integer", "many"); }),
@@ -98,7 +94,6 @@ TEST(ConfigTree, ManyEntriesStayFoundAndListedInTreeOrder) {
   for (std::size_t i = 0; i < entries.size(); ++i)
     ASSERT_EQ(entries[i]->Key(), "Item" + std::to_string(i));
   EXPECT_EQ(entries[5]->GetValue(""), Variant(int32_t{5}));
-
   // An entry added to the tree shows up without any other change.
   root->GetNode("List.Last", true, "String", "x");
   EXPECT_EQ(list->ConfigEntries().back()->Key(), "Last");
@@ -127,7 +122,6 @@ TEST(ConfigTree, AFreeBranchLoadsWholeOrNotAtAllAndGraftsBelowTheParentKey) {
   ASSERT_TRUE(branch->LoadFile(folder.Path().string() + "\\boot.xml"));
   EXPECT_TRUE(branch->GetValue("Kept").IsEmpty());
   EXPECT_EQ(branch->Key(), "");
-
   EXPECT_FALSE(root->AttachBranch(branch, "Nowhere"));
   EXPECT_FALSE(root->AttachBranch(Ref<ConfigNode>(), "Componants"));
   ASSERT_TRUE(root->AttachBranch(branch, "Componants"));
@@ -135,7 +129,6 @@ TEST(ConfigTree, AFreeBranchLoadsWholeOrNotAtAllAndGraftsBelowTheParentKey) {
   EXPECT_TRUE(branch->ConfigEntries().empty());
   // An emptied branch has nothing left to graft.
   EXPECT_FALSE(root->AttachBranch(branch, "Componants"));
-
   // A key already below the parent is never replaced: the graft is refused
   // whole and both sides stay as they were.
   Ref<ConfigNode> again(NewFreeConfigNode());
@@ -146,7 +139,6 @@ TEST(ConfigTree, AFreeBranchLoadsWholeOrNotAtAllAndGraftsBelowTheParentKey) {
   EXPECT_EQ(root->GetValue("Componants.VellixControl.Hidden"), Variant(false));
   EXPECT_TRUE(root->GetValue("Componants.Other").IsEmpty());
   EXPECT_EQ(again->ConfigEntries().size(), 2u);
-
   // A node can't be grafted below itself.
   auto componants = root->GetNode("Componants", false, "", Variant());
   EXPECT_FALSE(componants->AttachBranch(root, "VellixControl"));

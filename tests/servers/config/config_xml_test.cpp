@@ -67,7 +67,6 @@ TEST(ConfigXml, AnyKeyAndValueRoundTrips) {
       {"Empty", "Collection", Variant()}};
   for (const auto& [key, type, value] : typed)
     top->GetNode(std::string("Types.") + key, true, type, value);
-
   const std::string text = WriteConfigXml(*top);
   std::string error;
   auto back = Parse(text, &error);
@@ -128,7 +127,6 @@ TEST(ConfigXml, RefusesMalformedAndHostileFiles) {
     EXPECT_FALSE(Parse(text, &error)) << text;
     EXPECT_NE(error.find(expected), std::string::npos) << text << " -> " << error;
   }
-
   std::string deep = "<config>";
   for (int i = 0; i <= ConfigTreeNode::kMaxDepth; ++i)
     deep += "<node key=\"n\">";
@@ -151,7 +149,6 @@ TEST(ConfigXml, RefusesHugeFilesWithoutReadingThem) {
   EXPECT_FALSE(ReadConfigXmlFile(folder / "big.xml", ConfigTreeNode::kMaxDepth, &nodes, &error));
   EXPECT_NE(error.find("limit"), std::string::npos) << error;
   EXPECT_TRUE(nodes.empty());
-
   // Within the size limit, a flood of tiny nodes meets the node limit.
   std::string many = "<config><node key=\"L\">";
   for (std::size_t i = 0; i <= kMaxConfigNodes; ++i)

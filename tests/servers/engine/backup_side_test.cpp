@@ -1,7 +1,5 @@
-// The engine's side of backups, with real files and their real times: what
-// each policy says of a store, which copy in the backup folder counts, when
-// the backup folder is available, what a finished run records and saves, and
-// how the period stores show in the mail profile that may hold them open.
+// The engine's side of backups, with real files and their real times, and
+// the period stores shown in the mail profile that may hold them open.
 #include <unistd.h>
 
 #include <algorithm>
@@ -76,18 +74,18 @@ class BackupSideTest : public EngineTest {
     fs::last_write_time(copy, storeTime + ahead);
     return copy;
   }
-
   fs::path store;
   fs::file_time_type storeTime;
 };
 
 TEST_F(BackupSideTest, EachPolicyJudgesTheStoreByTheNewestCopyOrTheRecordedBackup) {
-  // A store of another period, and a file that is no store, both newer: no copies of ours.
   std::string error;
   const fs::path otherStore = root / "other" / "File 2023.pst";
   fs::create_directories(otherStore.parent_path());
   ASSERT_TRUE(CreateStoreFile(otherStore, "File 2023", DateSerial(2023, 1, 1),
                               DateSerial(2024, 1, 1), &error));
+  const fs::path notesFile = root / "notes.pst";
+  WriteText(notesFile, "a user's notes");
   const auto hour = std::chrono::hours(1);
   struct Copy {
     const char* path;  // below the case's backup folder
@@ -98,46 +96,35 @@ TEST_F(BackupSideTest, EachPolicyJudgesTheStoreByTheNewestCopyOrTheRecordedBacku
   struct Case {
     const char* what;
     int32_t policy;
-    std::vector<Copy> copies;
-    int newest;               // the copy LastLocated names, -1 none
-    int lastBackupHours = 0;  // the period's recorded backup from the store's time, 0 none
     int16_t status;
+    int newest;           // the copy LastLocated names, -1 none
+    int lastBackupHours;  // the period's recorded backup from the store's time, 0 none
+    std::vector<Copy> copies;
   };
   const std::vector<Case> cases = {
-      {"no copy", 1, {}, -1, 0, 1},
-      {"newer copy as large", 1, {{"File 2024.pst", hour}}, 0, 0, 2},
-      {"copy of the same time", 1, {{"FILE 2024.PST", {}}}, 0, 0, 2},
-      {"older copy", 1, {{"File 2024.pst", -hour}}, 0, 0, 1},
-      {"copy older by a fraction of a second", 1, {{"File 2024.pst", -milliseconds(300)}}, 0, 0, 1},
-      {"newer but smaller copy", 1, {{"File 2024.pst", hour, 100}}, 0, 0, 1},
+      Case("no copy", 1, 1, -1, 0, {}),
+      Case("newer copy as large", 1, 2, 0, 0, {{"File 2024.pst", hour}}),
+      Case("copy of the same time", 1, 2, 0, 0, {{"FILE 2024.PST", {}}}),
+      Case("older copy", 1, 1, 0, 0, {{"File 2024.pst", -hour}}),
+      Case("copy older by a fraction of a second", 1, 1, 0, 0,
+           {{"File 2024.pst", -milliseconds(300)}}),
+      Case("newer but smaller copy", 1, 1, 0, 0, {{"File 2024.pst", hour, 100}}),
       // The newest copy decides, under any name, in a folder of the backup folder.
-      {"newest copy renamed in a dated folder",
-       1,
-       {{"File 2024.pst", -hour}, {"2024-05-14\\Archive May.pst", hour}},
-       1,
-       0,
-       2},
-      {"newest copy is cut short",
-       1,
-       {{"File 2024.pst", hour}, {"2024-05-14\\File 2024.pst", 2 * hour, 50}},
-       1,
-       0,
-       1},
+      Case("newest copy renamed in a dated folder", 1, 2, 1, 0,
+           {{"File 2024.pst", -hour}, {"2024-05-14\\Archive May.pst", hour}}),
+      Case("newest copy is cut short", 1, 1, 1, 0,
+           {{"File 2024.pst", hour}, {"2024-05-14\\File 2024.pst", 2 * hour, 50}}),
       // Not copies: a store of another period, a file that is no store,
       // and anything deeper than one folder down.
-      {"only strangers",
-       1,
-       {{"File 2023.pst", 3 * hour, 0, true},
-        {"notes.pst", 3 * hour, 0, true},
-        {"a\\b\\File 2024.pst", 3 * hour}},
-       -1,
-       0,
-       1},
-      {"policy all, copy newer", 0, {{"File 2024.pst", hour}}, 0, 0, 1},
-      {"history, never recorded", 2, {{"File 2024.pst", hour}}, 0, 0, 1},
-      {"history, recorded after the change", 2, {}, -1, 1, 2},
-      {"history, recorded before the change", 2, {{"File 2024.pst", hour}}, 0, -1, 1},
-      {"unknown policy reads the copy", 7, {{"File 2024.pst", hour}}, 0, 0, 2},
+      Case("only strangers", 1, 1, -1, 0,
+           {{"File 2023.pst", 3 * hour, 0, true},
+            {"notes.pst", 3 * hour, 0, true},
+            {"a\\b\\File 2024.pst", 3 * hour}}),
+      Case("policy all, copy newer", 0, 1, 0, 0, {{"File 2024.pst", hour}}),
+      Case("history, never recorded", 2, 1, 0, 0, {{"File 2024.pst", hour}}),
+      Case("history, recorded after the change", 2, 2, -1, 1, {}),
+      Case("history, recorded before the change", 2, 1, 0, -1, {{"File 2024.pst", hour}}),
+      Case("unknown policy reads the copy", 7, 2, 0, 0, {{"File 2024.pst", hour}}),
   };
   auto config = Config();
   auto period = config->Period("File 2024");
@@ -149,15 +136,11 @@ TEST_F(BackupSideTest, EachPolicyJudgesTheStoreByTheNewestCopyOrTheRecordedBacku
     config->BackupPolicy(c.policy);
     std::vector<fs::path> made;
     for (const auto& copy : c.copies) {
-      const std::string path = folder + "\\" + copy.path;
-      if (std::string(copy.path) == "notes.pst") {
-        WriteText(Native(path), "a user's notes");
-        fs::last_write_time(Native(path), storeTime + copy.ahead);
-        made.push_back(Native(path));
-      } else {
-        made.push_back(
-            PutCopy(path, copy.ahead, copy.shorter, copy.otherPeriod ? otherStore : fs::path()));
-      }
+      const bool notes = std::string(copy.path) == "notes.pst";
+      made.push_back(PutCopy(folder + "\\" + copy.path, copy.ahead, copy.shorter,
+                             notes              ? notesFile
+                             : copy.otherPeriod ? otherStore
+                                                : fs::path()));
     }
     const Date stored = FileTimeToDate(storeTime);
     period->LastBackup(c.lastBackupHours == 0 ? Date()
@@ -167,7 +150,6 @@ TEST_F(BackupSideTest, EachPolicyJudgesTheStoreByTheNewestCopyOrTheRecordedBacku
         c.newest < 0 ? Date() : FileTimeToDate(fs::last_write_time(made.at(c.newest)));
     EXPECT_EQ(period->LastLocated(), located) << c.what;
   }
-
   // Whatever the policy, a backup folder that isn't there, or a store that
   // is no store, leaves nothing to say.
   for (int32_t policy : {0, 1, 2}) {
@@ -192,6 +174,11 @@ TEST_F(BackupSideTest, TheBackupFolderIsAvailableOnlyWhenAFileCanBeMadeInIt) {
   };
   const Case cases[] = {
       {"", false}, {"e:\\Missing", false}, {"e:\\A File", false}, {"e:\\Writable", true}};
+  const std::string posix = (root / "posix-backups").string();
+  config->BackupLocation(posix);
+  EXPECT_FALSE(config->BackupLocationAvailable());
+  fs::create_directories(posix);
+  EXPECT_TRUE(config->BackupLocationAvailable());
   for (const auto& c : cases) {
     config->BackupLocation(c.location);
     EXPECT_EQ(config->BackupLocationAvailable(), c.available) << c.location;
@@ -199,7 +186,6 @@ TEST_F(BackupSideTest, TheBackupFolderIsAvailableOnlyWhenAFileCanBeMadeInIt) {
   // Asking leaves nothing behind, and never makes a folder that wasn't there.
   EXPECT_TRUE(fs::is_empty(Native("e:\\Writable")));
   EXPECT_FALSE(fs::exists(Native("e:\\Missing")));
-
   if (::geteuid() == 0) GTEST_SKIP() << "root writes into a read-only folder all the same";
   const fs::path readOnly = MakeFolder("e:\\Read Only");
   fs::permissions(readOnly, fs::perms::owner_read | fs::perms::owner_exec);
@@ -217,13 +203,13 @@ TEST_F(BackupSideTest, AFinishedRunIsRecordedScheduledAndSavedForRecovery) {
   config->BackupLocation("e:\\Backups");
   config->BackupEveryCount(2);
   config->BackupEveryUnits("Day");
-  config->CreateAgent("Received Emails");
+  config->CreateAgent("Received Emails")->RemovePeriod(7);
+  fs::copy_file(store, Native("e:\\Backups\\File 2024.pst"));
   // A first configuration's first backup is due at once; a later one keeps its time.
   engine->Configured(false);
   config->NextBackup(Date());
   engine->Configured(true);
   EXPECT_EQ(config->NextBackup(), clock.Now());
-  EXPECT_TRUE(config->BackupDue());
   const Date first = clock.Now();
   engine->BackupFinished();
   EXPECT_EQ(config->LastBackup(), first);
@@ -231,21 +217,25 @@ TEST_F(BackupSideTest, AFinishedRunIsRecordedScheduledAndSavedForRecovery) {
   engine->Configured(false);
   engine->Configured(true);
   EXPECT_EQ(config->NextBackup(), AddSeconds(first, 2 * 86400.0));
-  EXPECT_FALSE(config->BackupDue());
   clock.AdvanceSeconds(2 * 86400.0 - 1);
   EXPECT_FALSE(config->BackupDue());
   clock.AdvanceSeconds(1);
   EXPECT_TRUE(config->BackupDue());
-
-  // A second run, a day later, after another agent came.
+  // A second run, after another agent came.
   config->CreateAgent("Sent Emails");
   config->BackupEveryUnits("Hour");
   const Date second = clock.Now();
   engine->BackupFinished();
   EXPECT_EQ(config->NextBackup(), AddSeconds(second, 2 * 3600.0));
+  // With the backup folder gone the run is still recorded; the log says why no copy was saved.
+  config->BackupLocation("e:\\Gone");
+  engine->BackupFinished();
+  EXPECT_EQ(config->LastBackup(), clock.Now());
   servers::WriteBehind::Shared().WaitAll();  // the copies are written behind
-
-  // Each run left its own copy; each reads back with its own time and content.
+  EXPECT_EQ(log->records.back().message,
+            "The backup folder \"e:\\Gone\" can't be reached, so no copy of the configuration "
+            "was saved");
+  // Each run left its own copy with its own time and content; no other file reads as one.
   EngineServerConnector connector(engine, paths);
   std::vector<Ref<ConfigFileInfo>> saved;
   for (const auto& entry : fs::directory_iterator(Native("e:\\Backups"))) {
@@ -253,28 +243,33 @@ TEST_F(BackupSideTest, AFinishedRunIsRecordedScheduledAndSavedForRecovery) {
     if (info->Load("e:\\Backups\\" + entry.path().filename().string())) saved.push_back(info);
   }
   ASSERT_EQ(saved.size(), 2u);
+  EXPECT_FALSE(connector.NewConfigFileInfo()->Load(engineFile.string()));
   if (saved[0]->SavedTime() > saved[1]->SavedTime()) std::swap(saved[0], saved[1]);
   EXPECT_EQ(saved[0]->SavedTime(), first);
   EXPECT_EQ(saved[1]->SavedTime(), second);
   EXPECT_EQ(saved[0]->Description(), "15 May 2024 10:30 - 1 agent, 1 period store");
   EXPECT_EQ(saved[1]->Description(), "17 May 2024 10:30 - 2 agents, 1 period store");
-
-  // Recovery takes the file it is given, not the newest, schedule and all.
+  // The store is lost and a new quick setup starts; recovery takes the file it is
+  // given, not the newest, and brings back the settings, the schedule and the store.
+  engine->Configured(false);
+  config->ResetConfig();
+  fs::remove_all(Native("c:\\Orvane Vellix Store"));
+  EXPECT_FALSE(engine->RecoverConfig("e:\\Backups", "d:\\New Store", "File 2024.pst"));
+  EXPECT_FALSE(engine->RecoverConfig("e:\\Backups", "d:\\New Store", "nothing.xml"));
   ASSERT_TRUE(engine->RecoverConfig("e:\\Backups", "d:\\New Store", saved[0]->FileName()));
+  EXPECT_FALSE(engine->Configured());  // until the panel declares it finished
   config = Config();
   EXPECT_EQ(config->Agents().Count(), 1);
+  EXPECT_EQ(config->Agent("Received Emails")->RemovePeriod(), 7);
   EXPECT_EQ(config->LastBackup(), first);
   EXPECT_EQ(config->NextBackup(), AddSeconds(first, 2 * 86400.0));
   EXPECT_EQ(config->BackupEveryUnits(), "Day");
-
-  // With the backup folder gone the run is still recorded; the log says why no copy was saved.
-  config->BackupLocation("e:\\Gone");
-  engine->BackupFinished();
-  EXPECT_EQ(config->LastBackup(), clock.Now());
-  servers::WriteBehind::Shared().WaitAll();
-  EXPECT_EQ(log->records.back().message,
-            "The backup folder \"e:\\Gone\" can't be reached, so no copy of the configuration "
-            "was saved");
+  EXPECT_EQ(config->StoreLocation(), "d:\\New Store");
+  EXPECT_EQ(config->BackupLocation(), "e:\\Backups");
+  auto period = config->Period("File 2024");
+  ASSERT_FALSE(period.IsNothing());
+  EXPECT_EQ(period->FileName(), "d:\\New Store\\File 2024.pst");
+  EXPECT_EQ(period->Valid(), -1);
 }
 
 TEST_F(BackupSideTest, AStoreFoundInTheStoreFolderIsAttachedByItsHeader) {
@@ -286,21 +281,25 @@ TEST_F(BackupSideTest, AStoreFoundInTheStoreFolderIsAttachedByItsHeader) {
                               DateSerial(2024, 1, 1), DateSerial(2025, 1, 1), &error));
   WriteText(Native("c:\\Orvane Vellix Store\\Notes.pst"), "not a store");
   WriteText(Native("c:\\Orvane Vellix Store\\Old.pst.bak"), "");
-
   struct Case {
     const char* file;
     bool attached;
   };
-  const Case cases[] = {{"Notes.pst", false},     {"Old.pst.bak", false},
-                        {"Missing.pst", false},   {"..\\Restored.pst", false},
-                        {"restored.PST", true},   {"Restored.pst", false},
-                        {"File 2024.pst", false}, {"Twin.pst", true}};
+  const Case cases[] = {{"Notes.pst", false},
+                        {"Old.pst.bak", false},
+                        {"Missing.pst", false},
+                        {"..\\Restored.pst", false},
+                        {"c:\\Orvane Vellix Store\\Restored.pst", false},
+                        {"restored.PST", true},
+                        {"Restored.pst", false},
+                        {"File 2024.pst", false},
+                        {"Twin.pst", true}};
   for (const auto& c : cases)
     EXPECT_EQ(config->AttachPeriod(c.file), c.attached) << c.file;
-
   auto restored = config->Period("File 2019");
   ASSERT_FALSE(restored.IsNothing());
   EXPECT_EQ(restored->FileName(), "c:\\Orvane Vellix Store\\Restored.pst");
+  EXPECT_EQ(restored->Valid(), -1);
   // The twin's header names a period there is already: it gets a name of its own.
   EXPECT_FALSE(config->Period("File 2024 (2)").IsNothing());
   EXPECT_EQ(config->Periods().Count(), 3);
@@ -320,7 +319,6 @@ TEST_F(BackupSideTest, TheMailProfileHoldsTheStoresItShowsUntilItQuits) {
   engine->ShowStoresIn([profile] { return profile; });
   auto config = Config();
   auto current = config->Period("File 2024");
-
   // The profile is read when first needed: the store made before then
   // shows, held open.
   EXPECT_EQ(profile->Stores().size(), 1u);
@@ -329,7 +327,6 @@ TEST_F(BackupSideTest, TheMailProfileHoldsTheStoresItShowsUntilItQuits) {
   EXPECT_EQ(profile->Stores()[1]->Name(), "File 2024");
   EXPECT_EQ(current->Valid(), -1);
   EXPECT_EQ(OpenHandles(store), 1);
-
   // An attached store shows under its period's name with the filed items below.
   const fs::path restoredFile = Native("c:\\Orvane Vellix Store\\Restored.pst");
   MakeStoreWithItems(restoredFile, "File 2019");
@@ -346,7 +343,6 @@ TEST_F(BackupSideTest, TheMailProfileHoldsTheStoresItShowsUntilItQuits) {
   EXPECT_EQ(profile->FindFolder("\\\\File 2019\\Inbox\\Projects")->Items()[0].subject, "Plans");
   EXPECT_EQ(profile->FindFolder("\\\\File 2019\\Calendar")->DefaultItemType(), 1);
   EXPECT_EQ(config->Period("File 2019")->Free(), 0);
-
   // Quit lets go of every store: the files are closed and leave the profile.
   mail.CreateApplication()->Quit();
   EXPECT_EQ(profile->Stores().size(), 1u);
@@ -357,12 +353,10 @@ TEST_F(BackupSideTest, TheMailProfileHoldsTheStoresItShowsUntilItQuits) {
     EXPECT_EQ(period->Free(), -1) << name;
     EXPECT_EQ(period->Valid(), -1) << name;
   }
-
   // The mail program started again opens them again.
   ASSERT_FALSE(mail.CreateApplication().IsNothing());
   EXPECT_EQ(current->Free(), 0);
   EXPECT_EQ(profile->Stores().size(), 3u);
-
   // A store file gone bad can't be opened: not held, and not valid.
   mail.CreateApplication()->Quit();
   WriteText(restoredFile, "scribbled over");
@@ -371,7 +365,6 @@ TEST_F(BackupSideTest, TheMailProfileHoldsTheStoresItShowsUntilItQuits) {
   EXPECT_EQ(bad->Free(), -1);
   EXPECT_EQ(bad->Valid(), 0);
   EXPECT_FALSE(profile->FindFolder("\\\\File 2019"));
-
   // A period whose name the user's own store has can't show; the engine logs it.
   profile->AddStore("File 2025");
   engine->Running(false);
@@ -380,7 +373,6 @@ TEST_F(BackupSideTest, TheMailProfileHoldsTheStoresItShowsUntilItQuits) {
   EXPECT_EQ(config->Period("File 2025")->Free(), -1);
   EXPECT_NE(log->records.back().message.find("can't be shown in the mail profile"),
             std::string::npos);
-
   // A configuration reset takes its stores off the profile.
   engine->Configured(false);
   config->ResetConfig();
@@ -400,7 +392,6 @@ TEST_F(BackupSideTest, AStoreMadeOnAnotherThreadShowsOnlyWhenTheProfilesThreadRu
   auto config = Config();
   EXPECT_EQ(config->Period("File 2024")->Free(), 0);
   ASSERT_EQ(profile->Stores().size(), 1u);
-
   // A pass files into a new period from its worker: the profile is not
   // touched there, and a question from there is answered "not held".
   const fs::path restoredFile = Native("c:\\Orvane Vellix Store\\Restored.pst");
@@ -415,12 +406,10 @@ TEST_F(BackupSideTest, AStoreMadeOnAnotherThreadShowsOnlyWhenTheProfilesThreadRu
   EXPECT_EQ(freeSeenByWorker, -1);
   EXPECT_EQ(profile->Stores().size(), 1u);
   ASSERT_EQ(posted.size(), 1u);
-
   posted[0]();
   ASSERT_EQ(profile->Stores().size(), 2u);
   EXPECT_EQ(profile->Stores()[1]->Name(), "File 2019");
   EXPECT_EQ(config->Period("File 2019")->Free(), 0);
-
   // Tasks still queued when the engine is gone do nothing.
   engine->Configured(false);
   std::thread([&] { Config()->ResetConfig(); }).join();

@@ -1,5 +1,3 @@
-// What the configuration answers (agents, lookups, defaults, settings) and
-// the engine's own file that keeps it.
 #include <algorithm>
 #include <string>
 #include <tuple>
@@ -29,7 +27,6 @@ TEST_F(EngineTest, AgentsAreFoundByNameInAnyCaseOrByIdNamesStayUniqueAndDeletedO
   EXPECT_EQ(config->Agent(std::to_string(mail->Id()))->Name(), "Received Emails");
   EXPECT_EQ(config->Agent("received emails")->Id(), mail->Id());
   EXPECT_EQ(config->Agents().Item("RECEIVED EMAILS")->Id(), mail->Id());
-
   EXPECT_LT(ErrorNumber([&] { config->CreateAgent("RECEIVED EMAILS"); }), 0);
   EXPECT_LT(ErrorNumber([&] { sent->Name("received emails"); }), 0);
   EXPECT_LT(ErrorNumber([&] { sent->Name("  "); }), 0);
@@ -40,7 +37,6 @@ TEST_F(EngineTest, AgentsAreFoundByNameInAnyCaseOrByIdNamesStayUniqueAndDeletedO
   EXPECT_EQ(config->Agent("Inbox")->Id(), mail->Id());
   mail->Name("INBOX");  // its own name in another case is no clash
   EXPECT_EQ(config->Agent(std::to_string(mail->Id()))->Name(), "INBOX");
-
   // A deleted agent is gone, and its old object fails with a server error.
   auto notes = config->CreateAgent("Notes");
   const int16_t notesId = notes->Id();
@@ -62,7 +58,6 @@ TEST_F(EngineTest, ANewAgentGetsAFreshNameTheDocumentedDefaultsAndAnUnknownType)
   auto third = config->CreateAgent("");
   EXPECT_EQ(Names(config->Agents()), (std::vector<std::string>{"Agent 2", "Agent 1", "Agent 3"}));
   EXPECT_NE(first->Id(), third->Id());
-
   EXPECT_EQ(std::tuple(first->MonitorType(), first->StoreCount(), first->StoreUnits(),
                        first->StoreFormat(), first->RemovePeriod(), first->FileAfterCount(),
                        first->FileAfterUnits(), first->PurgeNotify()),
@@ -71,7 +66,6 @@ TEST_F(EngineTest, ANewAgentGetsAFreshNameTheDocumentedDefaultsAndAnUnknownType)
                        first->Folders().Count(), first->Periods().Count()),
             std::tuple(false, false, true, 0, 0));
   EXPECT_EQ(first->ImportTime(), Date());
-
   // Under quarterly periods a new agent's stores are a quarter long; a
   // longer period leaves the year.
   config->PeriodCount(1);
@@ -93,7 +87,6 @@ TEST_F(EngineTest, FoldersAndTheImportListKeepOneEntryPerPath) {
   agent->RemoveFolder("\\\\MAILBOX\\Inbox");
   agent->RemoveFolder("\\\\Mailbox\\Nowhere");
   EXPECT_EQ(agent->Folders().Values(), std::vector<std::string>{"\\\\Mailbox\\Inbox\\Orders"});
-
   EXPECT_TRUE(agent->AddImport("\\\\Archive\\Old", false));
   EXPECT_TRUE(agent->AddImport("\\\\Archive\\Older", true));
   EXPECT_FALSE(agent->ImportSubFolders("\\\\Archive\\Old"));
@@ -117,7 +110,6 @@ TEST_F(EngineTest, ResetConfigRemovesAgentsAndPeriodsAndRestoresTheDefaults) {
   ASSERT_TRUE(config->SetPeriodFormat("Store '@yyyy mmm'"));
   ASSERT_EQ(config->Periods().Count(), 1);
   const auto storeFile = Native(config->Periods().Item(1)->FileName());
-
   config->ResetConfig();
   EXPECT_EQ(std::tuple(config->Agents().Count(), config->Periods().Count(),
                        config->BackupEveryCount(), config->BackupEveryUnits(),
@@ -140,7 +132,6 @@ TEST_F(EngineTest, SetPeriodFormatRefusesAFormatThatCannotNameAStore) {
   }
   EXPECT_EQ(config->PeriodFormat(), "File '@yyyy mmm'-'$mmm'");
   EXPECT_FALSE(log->records.empty());  // a refusal is logged with its reason
-
   engine->RefuseSetPeriodFormat(true);
   EXPECT_FALSE(config->SetPeriodFormat("File '@yyyy'"));
   EXPECT_EQ(config->PeriodFormat(), "File '@yyyy mmm'-'$mmm'");
@@ -155,7 +146,6 @@ TEST_F(EngineTest, BackupSettingsFollowTheClockTheIntervalAndTheFolder) {
   EXPECT_FALSE(config->BackupDue());
   clock.AdvanceSeconds(60);
   EXPECT_TRUE(config->BackupDue());
-
   EXPECT_EQ(config->BackupEverySeconds(), 7 * 86400);  // the default: a week
   // Real lengths; a count below one is one, an unknown unit is days, and the
   // largest Long is the most.
@@ -169,16 +159,6 @@ TEST_F(EngineTest, BackupSettingsFollowTheClockTheIntervalAndTheFolder) {
     config->BackupEveryUnits(units);
     EXPECT_EQ(config->BackupEverySeconds(), seconds) << count << " " << units;
   }
-
-  EXPECT_FALSE(config->BackupLocationAvailable());
-  config->BackupLocation("e:\\Backups");
-  EXPECT_FALSE(config->BackupLocationAvailable());
-  MakeFolder("e:\\Backups");
-  EXPECT_TRUE(config->BackupLocationAvailable());
-  config->BackupLocation((root / "posix-backups").string());
-  EXPECT_FALSE(config->BackupLocationAvailable());
-  std::filesystem::create_directories(root / "posix-backups");
-  EXPECT_TRUE(config->BackupLocationAvailable());
 }
 
 bool LogSays(const vellix::test::RecordingErrorLog& log, const std::string& words) {
@@ -240,7 +220,6 @@ TEST_F(EngineTest, WhatThePanelWritesIsThereAfterARestart) {
   engine->Running(true);
   config->Periods().Item(1)->LastBackup(Date(45420.5));
   const std::string before = WrittenEngineText();
-
   log->records.clear();
   Restart();
   config = Config();
@@ -266,7 +245,6 @@ TEST_F(EngineTest, AMissingOrUnreadableEngineFileStartsAnUnconfiguredEngineAndKe
   EXPECT_TRUE(LogSays(*log, "starts unconfigured"));
   EXPECT_FALSE(std::filesystem::exists(engineFile));
   EXPECT_EQ(engine->Notice(), "");
-
   struct Case {
     std::string text;
     std::string says;  // what the notice names besides the files
@@ -308,7 +286,6 @@ TEST_F(EngineTest, AMissingOrUnreadableEngineFileStartsAnUnconfiguredEngineAndKe
     Config()->CreateAgent("Notes");
     EXPECT_EQ(ParseEngineText(WrittenEngineText()).outcome, EngineFileRead::Outcome::Loaded);
   }
-
   // A file that can't be had is no reason to start afresh: the engine can't
   // be used, and it writes nothing.
   std::filesystem::remove(engineFile);
@@ -317,15 +294,6 @@ TEST_F(EngineTest, AMissingOrUnreadableEngineFileStartsAnUnconfiguredEngineAndKe
   EXPECT_NE(engine->OpenError().find(engineFile.string()), std::string::npos);
   Config()->CreateAgent("Tasks");
   EXPECT_TRUE(std::filesystem::exists(engineFile / "inside"));
-}
-
-TEST_F(EngineTest, AnEngineFileThatCannotBeWrittenIsLoggedAndTheValuesStay) {
-  std::filesystem::create_directories(engineFile);  // a folder where the file should be
-  auto config = Config();
-  config->BackupEveryCount(5);
-  EXPECT_EQ(config->BackupEveryCount(), 5);
-  servers::WriteBehind::Shared().WaitAll();
-  EXPECT_TRUE(LogSays(*log, "can't be written"));
 }
 
 }  // namespace

@@ -52,7 +52,6 @@ class EngineTest : public ::testing::Test {
   [[nodiscard]] std::filesystem::path Native(const std::string& logicPath) const {
     return paths.ToNative(logicPath);
   }
-
   vellix::test::TempFolder scratch;  // first made, last removed
   std::filesystem::path root = scratch.Path();
   desktop::PathMapping paths{root / "data"};

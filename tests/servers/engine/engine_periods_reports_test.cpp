@@ -1,14 +1,10 @@
-// Periods and their stores (made when the engine runs, attached, backed up,
-// recovered), and how the engine reports to the panel: order, nesting, and
-// the journal and fault switches that panel tests rely on.
+// Periods and their stores, and how the engine reports to the panel.
 #include <string>
 #include <vector>
 
 #include "engine_fixture.h"
 #include "foundation/runtime.h"
-#include "servers/engine/engine_server_connector.h"
 #include "servers/engine/period_calendar.h"
-#include "servers/engine/store_file.h"
 
 namespace vellix::engine::test {
 namespace {
@@ -62,7 +58,6 @@ TEST_F(EngineTest, StartingTheEngineMakesTheStoreOfThePresentPeriod) {
   ASSERT_TRUE(Config()->SetPeriodFormat("File '@yyyy mmm'-'$mmm'"));
   Config()->PeriodUnits("Quarter");
   engine->Running(true);
-
   auto periods = Config()->Periods();
   ASSERT_EQ(periods.Count(), 1);
   auto period = periods.Item("File 2024 Apr-Jun");
@@ -73,12 +68,10 @@ TEST_F(EngineTest, StartingTheEngineMakesTheStoreOfThePresentPeriod) {
   EXPECT_TRUE(period->Connected());
   EXPECT_EQ(period->Config()->StoreLocation(), "c:\\Orvane Vellix Store");
   EXPECT_EQ(Config()->Period("file 2024 apr-jun")->Name(), "File 2024 Apr-Jun");
-
   // A store file that goes bad no longer reads as valid.
   WriteText(Native(period->FileName()), "scribbled over");
   EXPECT_EQ(period->Valid(), 0);
   EXPECT_EQ(period->FileSize(), 14);
-
   // Stopping and starting in the same period makes no second store; a new
   // quarter makes its own.
   engine->Running(false);
@@ -99,7 +92,6 @@ TEST_F(EngineTest, AStoreIsMadeOnlyWhereItCanBeAndNeverOverAnotherFile) {
   EXPECT_EQ(Config()->Periods().Count(), 0);
   EXPECT_EQ(log->records.back().message,
             "No store location is set, so no period store can be made");
-
   // A file that is no store where the store should go is left alone.
   engine->Running(false);
   Config()->StoreLocation("c:\\Store");
@@ -107,7 +99,6 @@ TEST_F(EngineTest, AStoreIsMadeOnlyWhereItCanBeAndNeverOverAnotherFile) {
   engine->Running(true);
   EXPECT_EQ(Config()->Periods().Count(), 0);
   EXPECT_EQ(ReadText(Native("c:\\Store\\File 2024.pst")), "a user's own file");
-
   // A POSIX store folder gets slashes, and a name that clashes a number.
   engine->Running(false);
   const std::string store = (root / "posix store").string();
@@ -125,109 +116,6 @@ TEST_F(EngineTest, AStoreIsMadeOnlyWhereItCanBeAndNeverOverAnotherFile) {
   EXPECT_TRUE(exists(store + "/StoreMay (2).pst"));
 }
 
-TEST_F(EngineTest, AStoreFileOfTheStoreFolderCanBeAttachedOnce) {
-  Configure();
-  auto config = Config();
-  std::string error;  // a store file as the engine makes it, for another period
-  ASSERT_TRUE(CreateStoreFile(Native("c:\\Orvane Vellix Store\\File 2019.pst"), "File 2019",
-                              D(2019, 1, 1), D(2020, 1, 1), &error))
-      << error;
-  WriteText(Native("c:\\Orvane Vellix Store\\Notes.pst"), "not a store");
-
-  EXPECT_FALSE(config->AttachPeriod("Notes.pst"));
-  EXPECT_FALSE(config->AttachPeriod("Missing.pst"));
-  EXPECT_FALSE(config->AttachPeriod("c:\\Orvane Vellix Store\\File 2019.pst"));
-  EXPECT_TRUE(config->AttachPeriod("FILE 2019.PST"));
-  EXPECT_FALSE(config->AttachPeriod("File 2019.pst"));
-
-  ASSERT_EQ(config->Periods().Count(), 1);
-  auto period = config->Period("File 2019");
-  ASSERT_FALSE(period.IsNothing());
-  EXPECT_EQ(period->Valid(), -1);
-  EXPECT_EQ(period->FileName(), "c:\\Orvane Vellix Store\\File 2019.pst");
-  EXPECT_TRUE(engine->Journal().Contains("AttachPeriod FILE 2019.PST"));
-}
-
-TEST_F(EngineTest, BackupStatusFollowsThePolicyAndTheCopyInTheBackupFolder) {
-  Configure();
-  engine->Running(true);
-  auto config = Config();
-  auto period = config->Period("File 2024");
-  ASSERT_FALSE(period.IsNothing());
-
-  // No reachable backup folder: no status to be had, nothing located.
-  EXPECT_EQ(period->BackupStatus(), 0);
-  EXPECT_EQ(period->LastLocated(), Date());
-  config->BackupLocation("e:\\Backups");
-  MakeFolder("e:\\Backups");
-
-  config->BackupPolicy(0);
-  EXPECT_EQ(period->BackupStatus(), 1);
-
-  config->BackupPolicy(1);  // by the copy in the backup folder
-  EXPECT_EQ(period->BackupStatus(), 1);
-  std::filesystem::copy_file(Native(period->FileName()), Native("e:\\Backups\\File 2024.pst"));
-  EXPECT_EQ(period->BackupStatus(), 2);
-  EXPECT_NE(period->LastLocated(), Date());
-  WriteText(Native(period->FileName()), ReadText(Native(period->FileName())) + "new items");
-  EXPECT_EQ(period->BackupStatus(), 1);
-
-  config->BackupPolicy(2);  // by the recorded backup
-  EXPECT_EQ(period->BackupStatus(), 1);
-  period->LastBackup(DateSerial(2099, 1, 1));
-  EXPECT_EQ(period->BackupStatus(), 2);
-  period->LastBackup(DateSerial(2000, 1, 1));
-  EXPECT_EQ(period->BackupStatus(), 1);
-}
-
-TEST_F(EngineTest, AFinishedBackupSavesTheConfigurationThatRecoveryBringsBack) {
-  Configure();
-  engine->Running(true);
-  auto config = Config();
-  config->BackupLocation("e:\\Backups");
-  MakeFolder("e:\\Backups");
-  auto agent = config->CreateAgent("Received Emails");
-  agent->RemovePeriod(7);
-  std::filesystem::copy_file(Native(config->Period("File 2024")->FileName()),
-                             Native("e:\\Backups\\File 2024.pst"));
-  engine->BackupFinished();
-  servers::WriteBehind::Shared().WaitAll();  // the copy is written behind
-
-  // The saved copy is read by a configuration file reader; the engine's own file is not one.
-  EngineServerConnector connector(engine, paths);
-  std::string savedName;
-  for (const auto& entry : std::filesystem::directory_iterator(Native("e:\\Backups"))) {
-    if (entry.path().extension() == ".xml") savedName = entry.path().filename().string();
-  }
-  const std::string saved = "e:\\Backups\\" + savedName;
-  ASSERT_FALSE(savedName.empty());
-  auto info = connector.NewConfigFileInfo();
-  ASSERT_TRUE(info->Load(saved));
-  EXPECT_EQ(info->SavedTime(), clock.Now());
-  EXPECT_EQ(info->Description(), "15 May 2024 10:30 - 1 agent, 1 period store");
-  EXPECT_FALSE(connector.NewConfigFileInfo()->Load(engineFile.string()));
-  EXPECT_FALSE(connector.NewConfigFileInfo()->Load("e:\\Backups\\File 2024.pst"));
-
-  // The store is lost; a new quick setup starts; recovery brings both back.
-  engine->Configured(false);
-  config->ResetConfig();
-  std::filesystem::remove_all(Native("c:\\Orvane Vellix Store"));
-  ASSERT_TRUE(engine->RecoverConfig("e:\\Backups", "d:\\New Store", savedName));
-  EXPECT_FALSE(engine->Configured());  // until the panel declares it finished
-  EXPECT_FALSE(engine->Running());
-  config = Config();
-  EXPECT_EQ(config->Agent("Received Emails")->RemovePeriod(), 7);
-  EXPECT_EQ(config->StoreLocation(), "d:\\New Store");
-  EXPECT_EQ(config->BackupLocation(), "e:\\Backups");
-  auto period = config->Period("File 2024");
-  ASSERT_FALSE(period.IsNothing());
-  EXPECT_EQ(period->FileName(), "d:\\New Store\\File 2024.pst");
-  EXPECT_EQ(period->Valid(), -1);
-
-  EXPECT_FALSE(engine->RecoverConfig("e:\\Backups", "d:\\New Store", "File 2024.pst"));
-  EXPECT_FALSE(engine->RecoverConfig("e:\\Backups", "d:\\New Store", "nothing.xml"));
-}
-
 using Lines = std::vector<std::string>;
 
 // Records every report of the engine as one text line.
@@ -239,7 +127,6 @@ class ReportTrace {
         run_(engine.OnRun.Connect([this](bool v) { lines.push_back("Run " + BoolText(v)); })),
         activity_(engine.OnActivity.Connect(
             [this](const std::string& a) { lines.push_back("Activity " + a); })) {}
-
   Lines lines;
 
  private:
@@ -268,7 +155,6 @@ TEST_F(EngineTest, EachChangeOfStateIsReportedOnceAndAnnounceRepeatsTheTrueState
   EXPECT_EQ(trace.lines, (Lines{"Configured False", "Run False", "Configured True", "Run True",
                                 "Configured True", "Run True", "Run False", "Run True",
                                 "Activity Shutdown", "Run False", "Configured False"}));
-
   // The state outlives the program: a new engine on the same file says the same.
   Configure();
   engine->Running(true);
@@ -289,7 +175,6 @@ TEST_F(EngineTest, ReportsArriveNestedInsideTheWriteThatCausedThem) {
   });
   auto onRun = engine->OnRun.Connect([&](bool v) { order.push_back("Run " + BoolText(v)); });
   Config()->StoreLocation("c:\\Store");
-
   order.push_back("write begins");
   engine->Configured(true);
   order.push_back("write ends");
@@ -303,13 +188,11 @@ TEST_F(EngineTest, DelayedReportsWaitForTheTestAndComeInOrder) {
   engine->DelayReports(true);
   Configure();
   engine->Running(true);
-
   // The engine's truth has changed, the panel has not been told yet.
   EXPECT_TRUE(engine->Configured());
   EXPECT_TRUE(engine->Running());
   EXPECT_TRUE(trace.lines.empty());
   EXPECT_EQ(engine->PendingReports(), 2);
-
   // A report held while releasing (a handler writing back) is released too.
   auto stopOnRun = engine->OnRun.Connect([&](bool v) {
     if (v) engine->Running(false);
@@ -317,7 +200,6 @@ TEST_F(EngineTest, DelayedReportsWaitForTheTestAndComeInOrder) {
   engine->ReleaseReports();
   EXPECT_EQ(trace.lines, (Lines{"Configured True", "Run True", "Run False"}));
   EXPECT_EQ(engine->PendingReports(), 0);
-
   // Without the switch, reports come at once again.
   stopOnRun.Disconnect();
   engine->DelayReports(false);
@@ -352,7 +234,6 @@ TEST_F(EngineTest, AProcessingRunIsToldWhenTheEngineStartsStopsAndIsAskedToWork)
   EXPECT_FALSE(monitor->Processing());
   EXPECT_TRUE(monitor->CurrentAgent().IsNothing());
   EXPECT_EQ(engine->ForecastItemCount(), 0);
-
   Lines calls;
   engine = std::make_shared<EngineServer>(engineFile, paths, clock, log,
                                           std::make_unique<RecordingHooks>(calls));
@@ -369,7 +250,6 @@ TEST_F(EngineTest, AProcessingRunIsToldWhenTheEngineStartsStopsAndIsAskedToWork)
   const std::string id = std::to_string(agent->Id());
   EXPECT_EQ(calls, (Lines{"Run True", "Started", "File " + id, "Purge " + id, "Flush",
                           "BackupFinished", "Stopping", "Run False"}));
-
   // An engine that was running when it closed takes up its work at the next start.
   engine->Running(true);
   calls.clear();
@@ -395,7 +275,6 @@ TEST_F(EngineTest, TheJournalRecordsEveryWriteAndCallInOrderButNoRead) {
   (void)config->Agent("Received Emails")->StoreCount();
   (void)config->Agents();
   (void)engine->Running();
-
   EXPECT_EQ(
       engine->Journal().Texts(),
       (Lines{"ResetConfig", "SetPeriodFormat File '@yyyy mmm'-'$mmm'",
@@ -407,7 +286,6 @@ TEST_F(EngineTest, TheJournalRecordsEveryWriteAndCallInOrderButNoRead) {
             (Lines{"AddFolder \\\\Mailbox\\Inbox", "put MonitorType Mail and Post",
                    "put RemovePeriod 7", "AddImport \\\\Archive, True"}));
   EXPECT_EQ(engine->Journal().Count("put Remove"), 0);  // whole operations only
-
   engine->ClearJournal();
   EXPECT_TRUE(engine->Journal().Entries().empty());
 }
@@ -421,7 +299,6 @@ TEST_F(EngineTest, AFailingCallRaisesANegativeNumberAndChangesNothing) {
   EXPECT_EQ(engine->Journal().Count("put RemovePeriod"), 1);
   agent->StoreCount(2);
   EXPECT_EQ(agent->StoreCount(), 2);
-
   // A count of calls, a read, and a positive number turned negative.
   engine->ClearFaults();
   engine->FailCall("CreateAgent", -1, 1);
@@ -431,7 +308,6 @@ TEST_F(EngineTest, AFailingCallRaisesANegativeNumberAndChangesNothing) {
   EXPECT_LT(ErrorNumber([&] { (void)engine->Config(); }), 0);
   engine->ClearFaults();
   EXPECT_FALSE(engine->Config().IsNothing());
-
   // A failed recovery leaves the configuration alone.
   engine->FailRecoverConfig(true);
   EXPECT_FALSE(engine->RecoverConfig("e:\\Backups", "c:\\Store", "config.xml"));

@@ -10,7 +10,6 @@
 
 #include "platform/outlook/maildir_profile.h"
 #include "processing_fixture.h"
-#include "support/recording_error_log.h"
 
 namespace vellix::engine::test {
 namespace {
@@ -45,22 +44,11 @@ void SetWritable(const fs::path& tree, bool writable) {
     fs::permissions(path, kWrite, how);
 }
 
-// The processing fixture's engine, with a log to read, over a Maildir tree:
-// an Inbox with a message in new/ and one in cur/, a sent message, one in a
+// A Maildir tree: an Inbox with a message in new/ and one in cur/, a sent message, one in a
 // Maildir++ sub-folder without a Date header, and an empty file.
 class MaildirProcessing : public ProcessingTest {
  protected:
   MaildirProcessing() {
-    connections.clear();
-    engine.reset();
-    ProcessorOptions options;
-    options.post = [this](std::function<void()> fn) { host.Post(std::move(fn)); };
-    options.profile = [this] { return profile; };
-    options.poll = std::chrono::hours(1);
-    auto made = std::make_unique<Processor>(std::move(options));
-    processor = made.get();
-    engine = std::make_shared<EngineServer>(engineFile, paths, clock, log, std::move(made));
-
     for (const char* dir : {"", ".Sent", ".Work.Projects"}) {
       for (const char* sub : {"cur", "new", "tmp"})
         fs::create_directories(tree / dir / sub);
@@ -78,13 +66,11 @@ class MaildirProcessing : public ProcessingTest {
     engine.reset();
     SetWritable(tree, true);
   }
-
   void Put(const std::string& file, const std::string& subject, const std::string& date) {
     std::string text = "From: ann@example.org\nSubject: " + subject + "\n";
     if (!date.empty()) text += "Date: " + date + "\n";
     WriteText(tree / file, text + "\nHello.\n");
   }
-
   [[nodiscard]] Strings Sorted(Strings s) const {
     std::sort(s.begin(), s.end());
     return s;
@@ -95,10 +81,7 @@ class MaildirProcessing : public ProcessingTest {
       return m.find(words) != std::string::npos;
     }));
   }
-
   fs::path tree = root / "Mail";
-  std::shared_ptr<vellix::test::RecordingErrorLog> log =
-      std::make_shared<vellix::test::RecordingErrorLog>();
 };
 
 TEST_F(MaildirProcessing, FilesTheTreeIntoStoresAndAPurgeLogsWhatItWouldTakeAndChangesNothing) {
@@ -107,7 +90,6 @@ TEST_F(MaildirProcessing, FilesTheTreeIntoStoresAndAPurgeLogsWhatItWouldTakeAndC
   auto load = outlook::LoadProfileAt(tree);
   ASSERT_TRUE(load.profile) << load.problem;
   profile = load.profile;
-
   Configure();
   auto agent = engine->Config()->CreateAgent("Mail");
   for (const char* folder : {"\\\\Mail\\Inbox", "\\\\Mail\\Sent", "\\\\Mail\\Work"})
@@ -119,7 +101,6 @@ TEST_F(MaildirProcessing, FilesTheTreeIntoStoresAndAPurgeLogsWhatItWouldTakeAndC
   EXPECT_EQ(Sorted(StoreSubjects("File 2024-05")), (Strings{"new one", "seen one"}));
   EXPECT_EQ(Sorted(StoreSubjects("File 2024-04")), (Strings{"project", "sent one"}));
   EXPECT_EQ(Says("5.bad.host"), 1) << "the empty message is said once";
-
   // Two days on the copies are due for purging: each is logged and stays.
   clock.AdvanceSeconds(2 * 86400);
   FileNow();
@@ -128,7 +109,6 @@ TEST_F(MaildirProcessing, FilesTheTreeIntoStoresAndAPurgeLogsWhatItWouldTakeAndC
   EXPECT_EQ(profile->ItemCount(), 4);
   EXPECT_EQ(engine->Config()->Agent("Mail")->ItemsToPurge(), 4);
   EXPECT_TRUE(engine->Config()->Agent("Mail")->LastPurge().IsZero());
-
   // Read afresh (a restart), the tree's items are known as filed.
   profile = outlook::LoadProfileAt(tree).profile;
   ASSERT_TRUE(profile);
@@ -137,7 +117,6 @@ TEST_F(MaildirProcessing, FilesTheTreeIntoStoresAndAPurgeLogsWhatItWouldTakeAndC
   EXPECT_EQ(engine->Config()->Period("File 2024-05")->ItemCount(), 2);
   EXPECT_EQ(engine->Config()->Period("File 2024-04")->ItemCount(), 2);
   EXPECT_EQ(engine->Config()->Agent("Mail")->ItemCount(), 4);
-
   engine.reset();
   EXPECT_EQ(Take(tree), before);
 }

@@ -30,32 +30,22 @@ namespace {
 constexpr int kItems = 60;
 const Date kBase = DateTimeSerial(2024, 5, 15, 10, 30, 0);
 
-// A folder for the test's files, in memory where the machine has that. A
-// killed process leaves what it wrote in the page cache, so flushes to the
-// disk play no part in what a kill can break; without them a pass, and so a
-// kill, is cheap.
-class ScratchFolder {
- public:
+// In memory where the machine has that: a killed process leaves what it wrote
+// in the page cache, so flushes play no part in what a kill can break, and
+// without them a pass, so a kill, is cheap.
+struct ScratchFolder {
   ScratchFolder() {
-    std::error_code ec;
-    const std::filesystem::path shm = "/dev/shm";
-    const auto base = std::filesystem::is_directory(shm, ec) && ::access(shm.c_str(), W_OK) == 0
-                          ? shm
-                          : std::filesystem::temp_directory_path();
-    std::string name = (base / "vellix-crash-XXXXXX").string();
+    const bool shm = ::access("/dev/shm", W_OK) == 0;
+    std::string name = ((shm ? "/dev/shm" : std::filesystem::temp_directory_path().string()) +
+                        "/vellix-crash-XXXXXX");
     if (::mkdtemp(name.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-    path_ = name;
+    path = name;
   }
   ~ScratchFolder() {
     std::error_code ec;
-    std::filesystem::remove_all(path_, ec);
+    std::filesystem::remove_all(path, ec);
   }
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
-  [[nodiscard]] const std::filesystem::path& Path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
+  std::filesystem::path path;
 };
 
 // A pass in a child process that a test can kill anywhere: a profile that is
@@ -96,7 +86,6 @@ class CrashSafety : public ::testing::Test {
     engine.Running(true);
     day = 0;
   }
-
   // In the child: one pass on the day's clock, then out. With killAfter, the
   // child is killed `delay` after its panel saw that many status events: the
   // worker is then somewhere in the middle of the work, however busy the
@@ -136,12 +125,10 @@ class CrashSafety : public ::testing::Test {
     if (!host.PumpUntil([p] { return p->PassesDone() >= 1; }, std::chrono::seconds(30))) _exit(5);
     _exit(0);
   }
-
   struct ChildRun {
     int status = 0;
     int events = 0;  // status events the child's panel saw
   };
-
   // Runs a child's pass, killed as ChildPass says when told.
   ChildRun RunChild(std::optional<int> killAfter, std::chrono::microseconds delay = {}) {
     std::array<int, 2> pipeEnds{};
@@ -161,13 +148,11 @@ class CrashSafety : public ::testing::Test {
     waitpid(pid, &run.status, 0);
     return run;
   }
-
   // What the stores and the Inbox hold.
   struct State {
     std::unordered_map<std::string, Date> stored;  // key, when filed
     std::unordered_set<std::string> inFolder;
   };
-
   // Everything whole and nothing lost: the engine file reads, every store
   // opens, every mail is in its folder, a store or both, once only in the
   // stores and as the mail it was.
@@ -201,7 +186,6 @@ class CrashSafety : public ::testing::Test {
     }
     return state;
   }
-
   // The pass of that day was cut while filing: it filed some mail, not all.
   [[nodiscard]] bool CutFiling(const State& before, const State& after) const {
     return after.stored.size() > before.stored.size() && after.stored.size() < keys.size();
@@ -216,9 +200,8 @@ class CrashSafety : public ::testing::Test {
       return it != after.stored.end() && it->second.Serial() < today.Serial() - 0.5;
     });
   }
-
   ScratchFolder scratch;
-  std::filesystem::path root = scratch.Path();
+  std::filesystem::path root = scratch.path;
   desktop::PathMapping paths{root / "data"};
   std::filesystem::path engineFile = root / "engine" / "engine.xml";
   std::filesystem::path profileFile = root / "engine" / "profile.xml";
@@ -237,7 +220,6 @@ TEST_F(CrashSafety, AKilledPassLosesNothingAndFilesNothingTwice) {
   ASSERT_EQ(purging.status, 0);
   ASSERT_EQ(CheckWhole("undisturbed").stored.size(), keys.size());
   ASSERT_TRUE(CheckWhole("undisturbed").inFolder.empty());
-
   // Each fresh Inbox takes two runs, each killed at a random point of its
   // work: one in the pass that files it, one in the next day's, which files
   // what is left and purges what was filed. A point past the end lets the
@@ -277,7 +259,6 @@ TEST_F(CrashSafety, AKilledPassLosesNothingAndFilesNothingTwice) {
   EXPECT_GE(cutPurging, kKills / 10);
   RecordProperty("cut_filing", cutFiling);
   RecordProperty("cut_purging", cutPurging);
-
   // Whatever was cut, two whole passes later every mail is filed once and purged.
   ASSERT_EQ(RunChild(std::nullopt).status, 0);
   ++day;

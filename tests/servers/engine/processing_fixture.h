@@ -18,15 +18,15 @@
 #include "servers/engine/processor.h"
 #include "servers/engine/store_database.h"
 #include "support/manual_clock.h"
+#include "support/recording_error_log.h"
 #include "support/scripted_host.h"
 #include "support/temp_folder.h"
 
 namespace vellix::engine::test {
 
-// A small mail profile (Mailbox: Inbox with a Projects sub-folder, Sent
-// Items), a clock at 15 May 2024 10:30, and an engine whose processor posts
-// to a scripted host. Each pass is driven by the test: Pass() waits until
-// the worker finished the next one and delivers its events.
+// A mail profile (Mailbox: Inbox with a Projects sub-folder, Sent Items), a
+// clock at 15 May 2024 10:30, and an engine whose processor posts to a
+// scripted host; Pass() waits for the worker's next pass and delivers its events.
 class ProcessingTest : public ::testing::Test {
  protected:
   ProcessingTest() {
@@ -37,7 +37,6 @@ class ProcessingTest : public ::testing::Test {
     MakeEngine();
   }
   ~ProcessingTest() override { engine.reset(); }
-
   void MakeEngine() {
     ProcessorOptions options;
     options.post = [this](std::function<void()> fn) { host.Post(std::move(fn)); };
@@ -50,14 +49,13 @@ class ProcessingTest : public ::testing::Test {
     options.batchItems = 3;
     auto made = std::make_unique<Processor>(std::move(options));
     processor = made.get();
-    engine = std::make_shared<EngineServer>(engineFile, paths, clock, nullptr, std::move(made));
+    engine = std::make_shared<EngineServer>(engineFile, paths, clock, log, std::move(made));
     connections.clear();
     connections.push_back(
         engine->OnActivity.Connect([this](const std::string& a) { Record("Activity " + a); }));
     connections.push_back(
         engine->Monitor()->OnProcessingStatus.Connect([this](int32_t code) { OnStatus(code); }));
   }
-
   // A mail item received `daysAgo` days before the clock's time.
   static void Add(const std::shared_ptr<outlook::ProfileFolder>& folder, const std::string& subject,
                   double daysAgo, Date now = DateTimeSerial(2024, 5, 15, 10, 30, 0)) {
@@ -67,7 +65,6 @@ class ProcessingTest : public ::testing::Test {
     item.received = Date(now.Serial() - daysAgo);
     folder->AddItem(std::move(item));
   }
-
   // An agent over the inbox, filing after one day, purging without asking.
   Ref<Agent> MailAgent(const std::string& name = "Mail") {
     auto agent = engine->Config()->CreateAgent(name);
@@ -75,7 +72,6 @@ class ProcessingTest : public ::testing::Test {
     agent->PurgeNotify(1);
     return agent;
   }
-
   void Configure() {
     auto config = engine->Config();
     config->StoreLocation("c:\\Store");
@@ -85,26 +81,21 @@ class ProcessingTest : public ::testing::Test {
     ASSERT_TRUE(config->SetPeriodFormat("File '@yyyy-mm'"));
     engine->Configured(true);
   }
-
   void Start() {
     engine->Running(true);
     Pass();
   }
-
-  // Waits for the next pass to end and delivers its events.
   void Pass() {
     const int wanted = ++passes;
     ASSERT_TRUE(host.PumpUntil([&] { return processor->PassesDone() >= wanted; },
                                std::chrono::seconds(20)));
     host.Pump();
   }
-
   // Asks for a pass now (as File Now does) and waits for it.
   void FileNow(const std::string& agent = "Mail") {
     engine->Config()->Agent(agent)->RunFile();
     Pass();
   }
-
   [[nodiscard]] std::filesystem::path StoreFile(const std::string& name) const {
     return paths.ToNative("c:\\Store\\" + name + ".pst");
   }
@@ -125,7 +116,6 @@ class ProcessingTest : public ::testing::Test {
       out.push_back(item.subject);
     return out;
   }
-
   void Record(std::string line) {
     EXPECT_EQ(std::this_thread::get_id(), uiThread) << line;
     events.push_back(std::move(line));
@@ -146,7 +136,6 @@ class ProcessingTest : public ::testing::Test {
     if (!monitor->Processing()) line += " NOT-PROCESSING";
     Record(std::move(line));
   }
-
   vellix::test::TempFolder scratch;
   std::filesystem::path root = scratch.Path();
   desktop::PathMapping paths{root / "data"};
@@ -157,6 +146,8 @@ class ProcessingTest : public ::testing::Test {
   // Runs on the panel's thread each time a task of the pass takes the profile.
   std::function<void()> onProfile;
   std::thread::id uiThread = std::this_thread::get_id();
+  std::shared_ptr<vellix::test::RecordingErrorLog> log =
+      std::make_shared<vellix::test::RecordingErrorLog>();
   std::shared_ptr<outlook::MailProfile> profile = std::make_shared<outlook::MailProfile>();
   std::shared_ptr<outlook::ProfileFolder> inbox;
   std::shared_ptr<outlook::ProfileFolder> projects;

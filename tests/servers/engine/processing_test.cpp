@@ -11,20 +11,17 @@ namespace {
 
 using Strings = std::vector<std::string>;
 
-// ---- what is filed, where and when ----
-
 struct Item {
-  const char* folder;  // "Inbox", "Projects" or "Sent"
+  char folder;  // Inbox, Projects or Sent
   const char* subject;
   Date received;
 };
 
 struct FilingCase {
   const char* name;
-  int16_t fileAfterCount;
-  const char* fileAfterUnits;
-  bool subFolders;
-  bool fileDisabled;
+  int16_t count;  // file after
+  const char* units;
+  bool subFolders, disabled;
   std::vector<Item> items;
   std::map<std::string, Strings> stores;  // what each store holds after the first pass
 };
@@ -38,25 +35,21 @@ class FilingRules : public ProcessingTest, public ::testing::WithParamInterface<
 TEST_P(FilingRules, FilesWhatIsOldEnoughIntoThePeriodItFallsIn) {
   const FilingCase& c = GetParam();
   for (const auto& item : c.items) {
-    auto folder = std::string(item.folder) == "Inbox"      ? inbox
-                  : std::string(item.folder) == "Projects" ? projects
-                                                           : sent;
     outlook::ProfileItem made;
     made.subject = item.subject;
     made.received = item.received;
-    folder->AddItem(made);
+    (item.folder == 'I' ? inbox : item.folder == 'P' ? projects : sent)->AddItem(made);
   }
   Configure();
   auto agent = MailAgent();
-  agent->FileAfterCount(c.fileAfterCount);
-  agent->FileAfterUnits(c.fileAfterUnits);
+  agent->FileAfterCount(c.count);
+  agent->FileAfterUnits(c.units);
   agent->SubFolders(c.subFolders);
-  agent->FileDisabled(c.fileDisabled);
+  agent->FileDisabled(c.disabled);
   int32_t expected = 0;
   for (const auto& [store, subjects] : c.stores)
     expected += static_cast<int32_t>(subjects.size());
   EXPECT_EQ(engine->ForecastItemCount(), expected);
-
   Start();
   for (const auto& [store, subjects] : c.stores)
     EXPECT_EQ(StoreSubjects(store), subjects) << store;
@@ -69,58 +62,27 @@ TEST_P(FilingRules, FilesWhatIsOldEnoughIntoThePeriodItFallsIn) {
 INSTANTIATE_TEST_SUITE_P(
     Table, FilingRules,
     ::testing::Values(
-        FilingCase{"OneDayDelay",
-                   1,
-                   "Day",
-                   true,
-                   false,
-                   {{"Inbox", "fresh", At(5, 15, 0, 0)}, {"Inbox", "old", At(5, 13)}},
-                   {{"File 2024-05", {"old"}}}},
-        FilingCase{"ThreeHours",
-                   3,
-                   "Hours",
-                   true,
-                   false,
-                   {{"Inbox", "two hours", At(5, 15, 8, 30)}, {"Inbox", "four", At(5, 15, 6, 30)}},
-                   {{"File 2024-05", {"four"}}}},
-        FilingCase{
-            "PeriodBoundary",
-            1,
-            "Day",
-            true,
-            false,
-            {{"Inbox", "april", At(4, 30, 23, 59)},
-             {"Inbox", "may", At(5, 1)},
-             {"Inbox", "march", At(3, 31, 12)}},
-            {{"File 2024-03", {"march"}}, {"File 2024-04", {"april"}}, {"File 2024-05", {"may"}}}},
-        FilingCase{"SubFoldersTaken",
-                   1,
-                   "Day",
-                   true,
-                   false,
-                   {{"Inbox", "top", At(5, 2)}, {"Projects", "below", At(5, 3)}},
-                   {{"File 2024-05", {"top", "below"}}}},
-        FilingCase{"SubFoldersLeft",
-                   1,
-                   "Day",
-                   false,
-                   false,
-                   {{"Inbox", "top", At(5, 2)}, {"Projects", "below", At(5, 3)}},
-                   {{"File 2024-05", {"top"}}}},
-        FilingCase{"OtherFolderLeft",
-                   1,
-                   "Day",
-                   true,
-                   false,
-                   {{"Sent", "sent", At(5, 2)}},
-                   {{"File 2024-05", {}}}},
-        FilingCase{"FileDisabled",
-                   1,
-                   "Day",
-                   true,
-                   true,
-                   {{"Inbox", "old", At(4, 2)}},
-                   {{"File 2024-04", {}}}}),
+        FilingCase("OneDayDelay", 1, "Day", true, false,
+                   {{'I', "fresh", At(5, 15)}, {'I', "old", At(5, 13)}},
+                   {{"File 2024-05", {"old"}}}),
+        FilingCase("ThreeHours", 3, "Hours", true, false,
+                   {{'I', "two hours", At(5, 15, 8, 30)}, {'I', "four", At(5, 15, 6, 30)}},
+                   {{"File 2024-05", {"four"}}}),
+        FilingCase(
+            "PeriodBoundary", 1, "Day", true, false,
+            {{'I', "april", At(4, 30, 23, 59)},
+             {'I', "may", At(5, 1)},
+             {'I', "march", At(3, 31, 12)}},
+            {{"File 2024-03", {"march"}}, {"File 2024-04", {"april"}}, {"File 2024-05", {"may"}}}),
+        FilingCase("SubFoldersTaken", 1, "Day", true, false,
+                   {{'I', "top", At(5, 2)}, {'P', "below", At(5, 3)}},
+                   {{"File 2024-05", {"top", "below"}}}),
+        FilingCase("SubFoldersLeft", 1, "Day", false, false,
+                   {{'I', "top", At(5, 2)}, {'P', "below", At(5, 3)}}, {{"File 2024-05", {"top"}}}),
+        FilingCase("OtherFolderLeft", 1, "Day", true, false, {{'S', "sent", At(5, 2)}},
+                   {{"File 2024-05", {}}}),
+        FilingCase("FileDisabled", 1, "Day", true, true, {{'I', "old", At(4, 2)}},
+                   {{"File 2024-04", {}}})),
     [](const auto& param) { return std::string(param.param.name); });
 
 TEST_F(ProcessingTest, LaterPassesFileOnlyWhatIsNewAndComeByTheInterval) {
@@ -132,7 +94,6 @@ TEST_F(ProcessingTest, LaterPassesFileOnlyWhatIsNewAndComeByTheInterval) {
   Start();
   EXPECT_EQ(StoreSubjects("File 2024-05"), (Strings{"one", "two"}));
   EXPECT_EQ(engine->ForecastItemCount(), 0);
-
   // Not due yet: four minutes later the interval of five has not passed.
   clock.AdvanceSeconds(4 * 60);
   processor->Tick();
@@ -206,7 +167,6 @@ TEST_P(PurgeRules, PurgesFiledItemsOnlyAsTheAgentAndTheUserSay) {
   Add(inbox, "too new to file", 0.1 - c.daysLater, clock.Now());
   ASSERT_EQ(StoreSubjects("File 2024-05").size(), 2u);
   ASSERT_EQ(inbox->Items().size(), 2u);
-
   std::vector<std::string> asked;
   connections.push_back(engine->OnNotify.Connect(
       [&](int32_t type, const Ref<PurgeDetails>& details, int16_t& result) {
@@ -219,7 +179,6 @@ TEST_P(PurgeRules, PurgesFiledItemsOnlyAsTheAgentAndTheUserSay) {
       }));
   clock.AdvanceSeconds(c.daysLater * 86400);
   FileNow();
-
   EXPECT_EQ(static_cast<int>(asked.size()), c.questions);
   if (!asked.empty()) {
     EXPECT_EQ(asked.front(), "0 1 Email \\\\Mailbox\\Inbox Mail");
@@ -265,7 +224,6 @@ TEST_F(ProcessingTest, WaitingImportRunsAtItsTimeAndIsThenCleared) {
   Start();
   EXPECT_EQ(StoreSubjects("File 2024-05"), Strings{});
   EXPECT_EQ(engine->Config()->Agent("Mail")->ImportTime(), importAt);
-
   clock.AdvanceSeconds(3600);
   EXPECT_EQ(engine->ForecastItemCount(), 2);
   FileNow();
@@ -338,7 +296,6 @@ TEST_F(ProcessingTest, StopEndsThePassAtTheNextItemAndTheNextRunFilesTheRest) {
   // The worker waits for the panel between two batches of three, so the stop
   // came while the first batch was being reported.
   EXPECT_EQ(StoreSubjects("File 2024-05").size(), 3u);
-
   stopped = true;
   Start();
   const Strings all = StoreSubjects("File 2024-05");

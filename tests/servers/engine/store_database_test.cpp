@@ -62,14 +62,12 @@ TEST(StoreFile, IsMadeOnceWithItsPeriodAndOpensAgainAsAStore) {
   const auto file = scratch / "Store" / "File 2024.pst";
   std::string error;
   ASSERT_TRUE(CreateStoreFile(file, "File 2024", kStart, kEnd, &error)) << error;
-
   const StoreFileFacts facts = InspectStoreFile(file);
   EXPECT_TRUE(facts.exists && facts.isStore);
   EXPECT_EQ(facts.name, "File 2024");
   EXPECT_EQ(facts.start, kStart);
   EXPECT_EQ(facts.end, kEnd);
   EXPECT_GT(facts.size, 0);
-
   // Never made over a file that is there, a store or not; nothing is left beside it.
   const std::string before = ReadText(file);
   EXPECT_FALSE(CreateStoreFile(file, "Other", kStart, kEnd, &error));
@@ -80,7 +78,6 @@ TEST(StoreFile, IsMadeOnceWithItsPeriodAndOpensAgainAsAStore) {
   for (const auto& entry : std::filesystem::directory_iterator(scratch / "Store"))
     names.push_back(entry.path().filename().string());
   EXPECT_EQ(names, std::vector<std::string>{"File 2024.pst"});
-
   StoreDatabase store = StoreDatabase::Open(file, StoreDatabase::Access::kReadWrite);
   EXPECT_EQ(store.Header().name, "File 2024");
   EXPECT_EQ(store.Header().formatVersion, kStoreFormatVersion);
@@ -104,7 +101,6 @@ TEST(StoreFile, WhatDoesNotOpenAsAStoreIsNoneAndIsLeftAsItWas) {
   }
   const std::string whole = ReadText(filled);
   ASSERT_GT(whole.size(), 8192U);
-
   struct Case {
     std::string name;
     std::function<void(const std::filesystem::path&)> make;
@@ -173,7 +169,6 @@ TEST(StoreDatabase, FilesEachItemWholeAndOnceAndABatchAllOrNothing) {
       store.FileItems(std::vector{Item("d", filed), Item("d", filed), Item("a", filed)}, filed),
       (std::vector<O>{O::kFiled, O::kAlreadyThere, O::kAlreadyThere}));
   EXPECT_EQ(store.ItemCount(), 4);
-
   // A batch that fails part-way leaves none of it, and the store takes the next.
   struct Bad {
     std::string name;
@@ -192,7 +187,6 @@ TEST(StoreDatabase, FilesEachItemWholeAndOnceAndABatchAllOrNothing) {
     EXPECT_FALSE(store.Holds("e1") || store.Holds("e2"));
   }
   EXPECT_EQ(store.FileItem(Item("e1", filed), filed), O::kFiled);
-
   // Reopened, it holds each message byte for byte, by folder, oldest first.
   StoreDatabase again = StoreDatabase::Open(file, StoreDatabase::Access::kReadOnly);
   const auto inbox = again.ItemsIn("\\\\m\\INBOX");  // paths without regard to case
@@ -217,7 +211,6 @@ TEST(StoreDatabase, FilesEachItemWholeAndOnceAndABatchAllOrNothing) {
     ++visited;
   });
   EXPECT_EQ(visited, 5);
-
   // A store opened to read takes nothing.
   EXPECT_NE(
       test::ErrorDescription([&] { again.FileItem(Item("f", filed), filed); }).find(file.string()),
@@ -273,7 +266,6 @@ TEST(StoreDatabase, AWriterKilledMidBatchLeavesWholeBatchesOnly) {
     int status = 0;
     ::waitpid(child, &status, 0);
     ASSERT_TRUE(WIFSIGNALED(status)) << "the writer stopped on its own: " << status;
-
     SCOPED_TRACE("round " + std::to_string(round));
     ASSERT_TRUE(InspectStoreFile(file).isStore);
     StoreDatabase store = StoreDatabase::Open(file, StoreDatabase::Access::kReadWrite);

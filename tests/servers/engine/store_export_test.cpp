@@ -81,7 +81,6 @@ TEST(StoreExport, AMailClientReadsBackEveryMessageOfTheStore) {
   text += "From here on the body goes on.\r\n>From an earlier quote.\r\n";
   items.push_back({odd.key, "\\\\M\\Inbox", odd.received, text});
   store.FileItems(items, DateSerial(2026, 12, 1));
-
   const auto mbox = scratch / "out" / "File 2026.mbox";
   std::filesystem::create_directories(mbox.parent_path());
   EXPECT_EQ(ExportStoreToMbox(file, mbox), static_cast<int64_t>(items.size()));
@@ -90,7 +89,6 @@ TEST(StoreExport, AMailClientReadsBackEveryMessageOfTheStore) {
             std::string::npos);
   EXPECT_EQ(written.find('\r'), std::string::npos) << "lines end with LF in an mbox file";
   EXPECT_TRUE(written.starts_with("From ")) << written.substr(0, 80);
-
   WriteText(scratch / "reader.py", kReader);
   const std::string read =
       OutputOf("PYTHONIOENCODING=utf-8 python3 '" + (scratch / "reader.py").string() + "' '" +
@@ -119,7 +117,6 @@ TEST(StoreExport, AStoreThatCantBeReadOrAFileThatCantBeWrittenIsSaidSoAndLeavesN
   WriteText(scratch / "notes.pst", "my notes");
   const auto earlier = scratch / "earlier.mbox";
   WriteText(earlier, "what was there");
-
   struct Case {
     std::filesystem::path store;
     std::filesystem::path mbox;
@@ -138,7 +135,6 @@ TEST(StoreExport, AStoreThatCantBeReadOrAFileThatCantBeWrittenIsSaidSoAndLeavesN
     EXPECT_EQ(ReadText(earlier), "what was there");
   }
   EXPECT_EQ(ReadText(scratch / "notes.pst"), "my notes");
-
   // A good export replaces what was there; the separator names the sender,
   // or the mailer when there is none.
   EXPECT_EQ(ExportStoreToMbox(store, earlier), 1);

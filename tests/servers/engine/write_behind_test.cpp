@@ -71,7 +71,6 @@ TEST(WriteBehind, ALaterWriteReplacesOneNotYetBegunAndEachKeyIsWaitedForOnItsOwn
   }
   writes.WaitAll();
   EXPECT_THAT(done, UnorderedElementsAre("settings 2", "copy"));
-
   // A write under a key being written waits its turn: it is not dropped.
   {
     Gate gate("settings");
@@ -94,7 +93,6 @@ TEST_F(EngineTest, ASaveDoesNotWaitForTheDiskAndARestartWaitsForTheSave) {
   // The restart reads the file only once the save is on it.
   Restart();
   EXPECT_EQ(Config()->BackupEveryCount(), 9);
-
   // A write that fails is logged from the writing thread.
   log->records.clear();
   std::filesystem::remove(engineFile);

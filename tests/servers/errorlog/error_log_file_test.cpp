@@ -28,7 +28,6 @@ class ErrorLogFileTest : public ::testing::Test {
       lines.push_back(line);
     return lines;
   }
-
   test::TempFolder folder_;
   ManualClock clock_{DateTimeSerial(2024, 5, 1, 9, 5, 7)};
 };
@@ -46,7 +45,6 @@ TEST_F(ErrorLogFileTest, WritesOneTabSeparatedLinePerCall) {
   log->ObjectCreated(kProject, "TrayIcon");
   log->ObjectDestroyed(kProject, "TrayIcon");
   log->ComponentEnded("VellixControl");
-
   const std::string at = "2024-05-01T09:05:07\t";
   const auto lines = Lines(file);
   ASSERT_EQ(
@@ -62,7 +60,6 @@ TEST_F(ErrorLogFileTest, WritesOneTabSeparatedLinePerCall) {
   EXPECT_EQ(SplitLogLine(lines[2]),
             (std::vector<std::string>{"2024-05-01T09:05:07", "VellixControl", "Startup", "Main",
                                       "-5", nasty}));
-
   // A later start appends.
   ErrorLogServer again(file, clock_);
   again.ErrorLog()->ComponentStarted("VellixControl");
@@ -75,7 +72,6 @@ TEST_F(ErrorLogFileTest, AnUnusableLogIsReportedNeverHidden) {
   EXPECT_TRUE(server.ErrorLog().IsNothing());
   EXPECT_NE(server.OpenError().find("blocker"), std::string::npos) << server.OpenError();
   EXPECT_EQ(server.Componant(), "OVErrorLog");
-
   // A full disk: the failed record reaches the caller as a server failure.
   ErrorLogFile full("/dev/full", clock_);
   ASSERT_TRUE(full.Open(nullptr));
@@ -112,7 +108,6 @@ TEST_F(ErrorLogFileTest, EveryRecordWrittenBeforeAKillIsInTheFile) {
     ::waitpid(pid, nullptr, 0);
     ::close(acks[0]);
     ASSERT_EQ(acked, target);
-
     // Every acknowledged record is there, whole and in order; the child may
     // have written a few more before the kill landed, the last of them cut
     // short when it crossed a page (a line of its own; the next writer starts
