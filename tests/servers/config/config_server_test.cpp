@@ -158,19 +158,15 @@ TEST(DataPaths, FollowTheXdgBaseDirectoriesUnlessADataFolderIsGiven) {
     std::string configDir, stateDir;
   };
   const Case cases[] = {
-      {"", {{"HOME", "/h"}}, "/h/.config/vellix", "/h/.local/state/vellix"},
-      {"",
-       {{"HOME", "/h"}, {"XDG_CONFIG_HOME", "/cfg"}, {"XDG_STATE_HOME", "/var/st"}},
-       "/cfg/vellix",
-       "/var/st/vellix"},
+      Case("", {{"HOME", "/h"}}, "/h/.config/vellix", "/h/.local/state/vellix"),
+      Case("", {{"HOME", "/h"}, {"XDG_CONFIG_HOME", "/cfg"}, {"XDG_STATE_HOME", "/var/st"}},
+           "/cfg/vellix", "/var/st/vellix"),
       // Empty or relative values are not locations, as the XDG rules say.
-      {"",
-       {{"HOME", "/h"}, {"XDG_CONFIG_HOME", ""}, {"XDG_STATE_HOME", "rel/st"}},
-       "/h/.config/vellix",
-       "/h/.local/state/vellix"},
+      Case("", {{"HOME", "/h"}, {"XDG_CONFIG_HOME", ""}, {"XDG_STATE_HOME", "rel/st"}},
+           "/h/.config/vellix", "/h/.local/state/vellix"),
       // A data folder takes everything, whatever the environment says.
-      {"/portable", {{"XDG_CONFIG_HOME", "/cfg"}}, "/portable/config", "/portable/state"},
-      {"rel", {}, cwd + "/rel/config", cwd + "/rel/state"},
+      Case("/portable", {{"XDG_CONFIG_HOME", "/cfg"}}, "/portable/config", "/portable/state"),
+      Case("rel", {}, cwd + "/rel/config", cwd + "/rel/state"),
   };
   for (std::size_t i = 0; i < std::size(cases); ++i) {
     const Case& c = cases[i];
