@@ -39,13 +39,11 @@ class PredictiveStart : public ::testing::Test {
     w.Start();
     w.log->records.clear();  // the start's own unexpected "not configured" report
   }
-
   void SetText(const std::string& key, const Variant& value) {
     w.config->RootNode()
         ->GetNode(std::string(FrmPredictiveStart::kTextNode) + key, true, "String", value)
         ->SetContent(value);
   }
-
   // The message the dialog shows for this rate and wording; whatever the
   // figures, it opens offering Later.
   std::string MessageFor(const Variant& rate, const std::string& blank) {
@@ -58,9 +56,7 @@ class PredictiveStart : public ::testing::Test {
     dialog().Unload();
     return message;
   }
-
   FrmPredictiveStart& dialog() { return w.predictiveStart; }
-
   test::PopupWorld w;
   int32_t forecast_ = 0;
 };
@@ -69,7 +65,6 @@ TEST_F(PredictiveStart, TheMessageTellsItemsAndWholeMinutesAndOnlyRunNowClearsLa
   StartWith(0);
   EXPECT_EQ(MessageFor(Variant(600), "XXX items, about YYY minutes"), "0 items, about 1 minutes");
   EXPECT_THAT(w.Journal(), Contains("Flush"));
-
   // Only Run Now clears Later, and the next load starts at Later again.
   dialog().Load();
   dialog().cmdRunLater.UserClick();
@@ -79,11 +74,9 @@ TEST_F(PredictiveStart, TheMessageTellsItemsAndWholeMinutesAndOnlyRunNowClearsLa
   dialog().cmdRunNow.UserClick();
   EXPECT_FALSE(dialog().Later());
   EXPECT_FALSE(dialog().Loaded());
-
   StartWith(59);
   EXPECT_EQ(MessageFor(Variant(60), "XXX/YYY"), "59/1");
   EXPECT_EQ(MessageFor(Variant("20"), "XXX/YYY"), "59/2");  // a rate written as text
-
   // Every placeholder, in any case; without "YYY" only the count is filled in.
   StartWith(125);
   EXPECT_EQ(MessageFor(Variant(60), "XXX (xxx), yyy or YYY min"), "125 (125), 2 or 2 min");
@@ -121,7 +114,6 @@ TEST_F(PredictiveStart, LayoutPutsTheButtonsUnderTheMessageAtItsRightEnd) {
   EXPECT_EQ(dialog().Caption(), w.Text(".Strings.frmPredictiveStart.Caption"));
   EXPECT_EQ(now.Caption(), w.Text(".Strings.frmPredictiveStart.cmdRunNow"));
   dialog().Unload();
-
   // Where a key gives nothing the design captions stand.
   SetText("Caption", Variant(""));
   SetText("cmdRunNow", Variant(""));

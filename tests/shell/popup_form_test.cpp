@@ -61,7 +61,6 @@ TEST(FillForm, PlacesTheFormItsPanelsAndButtonsByTheMetrics) {
   EXPECT_EQ(RectOf(p.cmdStopStart), (Rect{5820, 5670, 1200, 300}));
   EXPECT_EQ(RectOf(p.cmdHide), (Rect{4520, 5670, 1200, 300}));
   EXPECT_THAT(w.Problems(), IsEmpty());
-
   // Texts come from the tree.
   EXPECT_EQ(p.tabControlOptions.Tabs("Backup").Caption(),
             w.Text(".Strings.ControlPanel.Backup.Tab"));
@@ -131,7 +130,6 @@ TEST(BootConfiguration, HoldsEveryKeyAFirstRunTheTabsTheQuestionsAndMessagesAskF
   w.popup.mPopView_Click();
   w.host.Pump();
   EXPECT_THAT(w.Problems(), IsEmpty());
-
   w.host.ClearPrompts();
   w.host.AnswerNext(MsgResult::No);
   w.popup.StateMonitor(MachineEvent::QuickSetup);  // the warning before quick setup
@@ -170,7 +168,6 @@ TEST(RunDisable, SetsTheEditingControlsInTheirOrderAndTheRunButtonsTheOtherWay) 
   w.engine->Configured(true);
   w.Start();
   w.popup.RunDisable(false);
-
   EnabledWatch watch(w.popup);
   w.popup.RunDisable(true);
   const std::vector<std::string> stopped = {

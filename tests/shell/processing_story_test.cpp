@@ -48,7 +48,6 @@ TEST(ProcessingStory, RunNowFilesWhatWasForecastThenAsksBeforeAPurgeAndTheSummar
   ASSERT_TRUE(w.host.PumpUntil([&] { return work.PassesDone() >= 1 && !work.Busy(); },
                                std::chrono::seconds(30)));
   w.host.Pump();
-
   ASSERT_GT(forecast, 0);
   EXPECT_EQ(ItemsInStores(w), forecast);
   // The pass's steps reached the log in order: its start at the bottom,
@@ -67,7 +66,6 @@ TEST(ProcessingStory, RunNowFilesWhatWasForecastThenAsksBeforeAPurgeAndTheSummar
   // The tray showed the pass, then settled.
   EXPECT_THAT(w.tray.Shown(), Contains("ProcessingA.ico"));
   EXPECT_EQ(w.tray.Current(), "Running.ico");
-
   // A month on, the mail filed today is due for removal; its agent asks.
   const Ref<Agent> received = w.engine->Config()->Agent("Received Emails");
   ASSERT_TRUE(received);
@@ -89,7 +87,6 @@ TEST(ProcessingStory, RunNowFilesWhatWasForecastThenAsksBeforeAPurgeAndTheSummar
   EXPECT_EQ(inbox->ItemCount(), 0) << "the filed Inbox mail was purged";
   // Purged items were filed: nothing left the stores.
   EXPECT_GE(ItemsInStores(w), forecast);
-
   // The Summary lists the stores the pass made.
   w.popup.mPopView_Click();
   w.host.Pump();

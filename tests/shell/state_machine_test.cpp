@@ -118,10 +118,8 @@ TEST_P(StateMachineCell, DoesWhatItsCellSays) {
   w.engine->ClearJournal();
   w.log->records.clear();
   w.host.ClearPrompts();
-
   w.popup.StateMonitor(static_cast<MachineEvent>(event));
   w.host.Pump();
-
   const auto found = kTable.find(state * 100 + event);
   const Cell want = found == kTable.end() ? Cell{} : found->second;
   EXPECT_THAT(w.StateTrace(), ElementsAre(std::string("Current State: ") + StateName(state) +
@@ -187,7 +185,6 @@ TEST(StateMachine, LoadFollowsThePersistedHiddenSettingAndAMissingOneMeansHidden
     EXPECT_EQ(w.popup.mPopView.Visible(), hidden);
     EXPECT_EQ(w.popup.mPopHide.Visible(), !hidden);
   }
-
   // A boot branch without the key: the window starts hidden and the key is made.
   test::PopupWorld w;
   std::ostringstream boot;
@@ -232,13 +229,11 @@ TEST(StateMachine, ExitAsksFirstAndThenWaitsForTheEnginesShutdown) {
   w.popup.cmdExit.UserClick();
   EXPECT_TRUE(w.popup.Loaded());
   EXPECT_THAT(w.Journal(), Not(Contains("Shutdown")));
-
   w.engine->SilentShutdown(true);
   w.host.AnswerNext(MsgResult::OK);
   w.popup.cmdExit.UserClick();
   EXPECT_THAT(w.host.Prompts(), ElementsAre(question, question));
   EXPECT_TRUE(w.popup.Loaded()) << "no Shutdown report: the form stays";
-
   // The tray menu's Exit asks nothing, commits the tree and ends the component.
   const std::string key = "Componants.VellixControl.TrayExitMark";
   w.config->RootNode()->GetNode(key, true, "String", Variant("kept"));
@@ -279,7 +274,6 @@ TEST(StateMachine, TrayGesturesAndMinimisingReachTheWindowTheMachineAndTheMenu) 
   EXPECT_TRUE(w.popup.Visible());
   EXPECT_EQ(w.popup.WindowState(), 0);
   EXPECT_EQ(StateOf(w), 3);
-
   w.host.OnPopup("mPopupSys", [](Menu& menu) { menu.Parent().Get<Menu>("mPopHide").UserClick(); });
   mouse(517);  // right button up: the menu
   EXPECT_THAT(w.host.History(), Contains("popup mPopupSys"));
@@ -337,7 +331,6 @@ TEST(NoNotificationArea, TheTaskBarStandsInForTheTrayAndTheMachineFollowsIt) {
   ASSERT_EQ(StateOf(w), 4);
   EXPECT_TRUE(w.popup.Visible());
   EXPECT_EQ(w.popup.WindowState(), 1);
-
   // Restoring it from the task bar is a View, once.
   w.log->records.clear();
   w.popup.UserWindowState(0);
@@ -345,7 +338,6 @@ TEST(NoNotificationArea, TheTaskBarStandsInForTheTrayAndTheMachineFollowsIt) {
   EXPECT_EQ(StateOf(w), 3);
   EXPECT_FALSE(w.popup.Hidden());
   EXPECT_THAT(w.StateTrace(), ElementsAre("Current State: ConfiguredHidden Event: View"));
-
   // Hide minimises, and the machine is told as usual.
   w.popup.cmdHide.UserClick();
   w.host.Pump();
@@ -356,7 +348,6 @@ TEST(NoNotificationArea, TheTaskBarStandsInForTheTrayAndTheMachineFollowsIt) {
   w.popup.UserWindowState(0);
   w.host.Pump();
   ASSERT_EQ(StateOf(w), 3);
-
   // Minimising a shown window by hand hides nothing and tells nobody.
   w.log->records.clear();
   w.popup.UserWindowState(1);
