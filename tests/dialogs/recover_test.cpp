@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -12,8 +11,6 @@
 #include "foundation/date.h"
 #include "foundation/desktop.h"
 #include "foundation/engine_config.h"
-#include "foundation/period.h"
-#include "servers/common/write_behind.h"
 #include "servers/engine/engine_file.h"
 #include "support/popup/popup_world.h"
 #include "support/temp_folder.h"
@@ -24,7 +21,6 @@ namespace {
 namespace fs = std::filesystem;
 using ::testing::Contains;
 using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
@@ -280,93 +276,6 @@ TEST_F(Recover, AClickedRowIsRecoveredAndOnceOneSucceededEvenACancelReportsAReco
   EXPECT_EQ(RecoverEvents(w), 2);
   EXPECT_EQ(w.recover.Recovered(), "True");
   EXPECT_THAT(w.host.Prompts(), SizeIs(1));
-}
-
-// The way back after a lost store: a first backup leaves the configuration
-// beside the stores' copies; with the configuration gone and the store folder
-// emptied, Quick setup's Recover brings both back.
-TEST(RecoverStory, AConfigurationSavedByARealBackupComesBackWithItsStores) {
-  std::vector<std::string> agentNames, periodNames;
-  fs::path backups, storeFolder;
-  test::PopupWorld before;
-  {
-    test::PopupWorld& w = before;
-    engine::Processor& work = w.UseProcessor();
-    w.PresetHidden(false);
-    w.Start();
-    backups = w.dir / "backup";
-    fs::create_directories(backups);
-    ASSERT_TRUE(w.popup.quickSetup.txtBackupPath.UserSetText(backups.string()));
-    w.host.OnModal("frmPredictiveStart", [&](Form& form) {
-      ASSERT_TRUE(dynamic_cast<FrmPredictiveStart&>(form).cmdRunNow.UserClick());
-    });
-    ASSERT_TRUE(w.popup.quickSetup.cmdOK.UserClick());
-    ASSERT_TRUE(w.host.PumpUntil([&] { return work.PassesDone() >= 1 && !work.Busy(); },
-                                 std::chrono::seconds(30)));
-    w.host.Pump();
-    const Ref<EngineConfig> config = w.engine->Config();
-    ASSERT_TRUE(config->BackupDue());
-    w.host.OnModal("frmBackupManager", [&](Form& form) {
-      auto& m = dynamic_cast<FrmBackupManager&>(form);
-      for (const int mode : {FrmBackupManager::ModeCloseOutlook, FrmBackupManager::ModeBackupNow}) {
-        w.host.Advance(1000);
-        ASSERT_EQ(m.Mode(), mode);
-        ASSERT_TRUE(m.cmdBackup.UserClick());
-      }
-      ASSERT_TRUE(
-          w.host.PumpUntil([&] { return !m.FlagBackupRunning(); }, std::chrono::seconds(30)));
-      w.host.Advance(1000);
-      ASSERT_TRUE(m.optPolicyCheckStore.UserClick());
-      w.host.Advance(1000);
-      ASSERT_EQ(m.Mode(), FrmBackupManager::ModeNothingToDo);
-      ASSERT_TRUE(m.cmdBackup.UserClick());
-    });
-    w.host.Advance(int64_t{60} * 1000);  // the backup timer's tick
-    ASSERT_FALSE(config->BackupDue()) << "the backup ran";
-    servers::WriteBehind::Shared().WaitAll();  // the configuration copy is written behind
-    for (const Ref<Agent>& agent : config->Agents())
-      agentNames.push_back(agent->Name());
-    ASSERT_GE(config->Periods().Count(), 2) << "the demo mail spans two periods";
-    for (const Ref<Period>& period : config->Periods()) {
-      periodNames.push_back(period->Name());
-      const fs::path file = w.paths.ToNative(period->FileName());
-      storeFolder = file.parent_path();
-      ASSERT_TRUE(fs::remove(file)) << file;  // the store is lost, its folder stays
-    }
-    ASSERT_FALSE(agentNames.empty());
-  }
-  ASSERT_TRUE(fs::is_empty(storeFolder));
-  test::PopupWorld w;
-  w.PresetHidden(false);
-  w.Start();
-  ASSERT_EQ(w.popup.ControlState(), MachineState::UnconfiguredVisible);
-  ASSERT_TRUE(w.popup.quickSetup.txtBackupPath.UserSetText(backups.string()));
-  ASSERT_TRUE(w.popup.quickSetup.txtStorePath.UserSetText(storeFolder.string()));
-  std::string listed;
-  w.host.OnModal("frmRecover", [&](Form& form) {
-    auto& d = dynamic_cast<FrmRecover&>(form);
-    ASSERT_EQ(d.lstConfigFiles.ListCount(), 1) << "the stores' copies are no configurations";
-    listed = d.lstConfigFiles.List(0);
-    ASSERT_TRUE(d.cmdRecover.UserClick());
-  });
-  ASSERT_TRUE(w.popup.quickSetup.cmdRecover.UserClick());
-  EXPECT_THAT(listed, ::testing::HasSubstr(std::to_string(agentNames.size()) + " agent"));
-  EXPECT_THAT(w.host.Prompts(), IsEmpty());
-  EXPECT_EQ(RecoverEvents(w), 1);
-  EXPECT_EQ(w.popup.ControlState(), MachineState::ConfiguredVisible);
-  const Ref<EngineConfig> config = w.engine->Config();
-  std::vector<std::string> agents, periods;
-  for (const Ref<Agent>& agent : config->Agents())
-    agents.push_back(agent->Name());
-  EXPECT_THAT(agents, ElementsAreArray(agentNames));
-  for (const Ref<Period>& period : config->Periods()) {
-    periods.push_back(period->Name());
-    const fs::path file = w.paths.ToNative(period->FileName());
-    EXPECT_EQ(file.parent_path(), storeFolder) << period->Name();
-    EXPECT_EQ(test::ReadText(file), test::ReadText(backups / file.filename())) << file;
-  }
-  EXPECT_THAT(periods, ElementsAreArray(periodNames));
-  EXPECT_EQ(config->StoreLocation(), storeFolder.string());
 }
 
 }  // namespace

@@ -189,22 +189,6 @@ TEST_F(FormTest, ControlsAreFoundByNameWithoutRegardToCaseAndFocusMoves) {
   EXPECT_THROW(dialog.lblTitle.SetFocus(), VbError) << "a label takes no focus";
 }
 
-TEST_F(FormTest, ModalFormShownFromAHandlerLetsNestedEventsRunBeforeTheHandlerGoesOn) {
-  main.Show();
-  // An event that arrives while the handler is busy, and the user's step.
-  host.Post([this] { main.log.push_back("engine event"); });
-  host.OnModal("frmCounting", [this](Form& f) {
-    main.log.push_back("dialog shown: " + f.Name());
-    static_cast<CountingDialog&>(f).cmdOK.UserClick();
-  });
-  main.cmdOK.UserClick();
-  EXPECT_THAT(main.log, ElementsAre("cmdOK_Click begins", "engine event",
-                                    "dialog shown: frmCounting", "cmdOK_Click goes on"));
-  EXPECT_FALSE(dialog.Loaded());
-  EXPECT_THAT(host.History(),
-              ElementsAre("show frmPopup", "show modal frmCounting", "unload frmCounting"));
-}
-
 TEST_F(FormTest, TimersFireInOrderOfDueTimeMoveTheClockAndStopWithTheirForm) {
   main.Load();
   host.Advance(1000);

@@ -149,9 +149,7 @@ TEST_P(StateMachineCell, DoesWhatItsCellSays) {
     EXPECT_EQ(w.popup.Hidden(), *want.hidden);
     EXPECT_EQ(HiddenOnDisk(w), want.committed ? *want.hidden : diskBefore);
   }
-  if (want.visible) {
-    EXPECT_EQ(w.popup.Visible(), *want.visible);
-  }
+  if (want.visible) EXPECT_EQ(w.popup.Visible(), *want.visible);
   if (want.viewOffered) {
     EXPECT_EQ(w.popup.mPopView.Visible(), *want.viewOffered);
     EXPECT_EQ(w.popup.mPopHide.Visible(), !*want.viewOffered);
@@ -314,12 +312,6 @@ TEST(StateMachine, NoEngineMeansNoWindowAndNoMessage) {
   EXPECT_EQ(w.tray.calls.back().action, "Delete");
 }
 
-}  // namespace
-}  // namespace vellix
-
-namespace vellix {
-namespace {
-
 TEST(NoNotificationArea, TheTaskBarStandsInForTheTrayAndTheMachineFollowsIt) {
   test::PopupWorld w;
   w.tray.available = false;
@@ -327,14 +319,17 @@ TEST(NoNotificationArea, TheTaskBarStandsInForTheTrayAndTheMachineFollowsIt) {
   w.PresetHidden(true);
   w.Start();
   w.host.Pump();
-  // A hidden start leaves the window on the task bar, not out of reach.
+  // A hidden start leaves the window minimised on the task bar, not out of reach.
   ASSERT_EQ(StateOf(w), 4);
   EXPECT_TRUE(w.popup.Visible());
   EXPECT_EQ(w.popup.WindowState(), 1);
+  const auto restore = [&](int32_t windowState) {
+    w.popup.UserWindowState(windowState);
+    w.host.Pump();
+  };
   // Restoring it from the task bar is a View, once.
   w.log->records.clear();
-  w.popup.UserWindowState(0);
-  w.host.Pump();
+  restore(0);
   EXPECT_EQ(StateOf(w), 3);
   EXPECT_FALSE(w.popup.Hidden());
   EXPECT_THAT(w.StateTrace(), ElementsAre("Current State: ConfiguredHidden Event: View"));
@@ -342,18 +337,14 @@ TEST(NoNotificationArea, TheTaskBarStandsInForTheTrayAndTheMachineFollowsIt) {
   w.popup.cmdHide.UserClick();
   w.host.Pump();
   EXPECT_EQ(StateOf(w), 4);
-  EXPECT_TRUE(w.popup.Hidden());
-  EXPECT_TRUE(w.popup.Visible());
+  EXPECT_TRUE(w.popup.Hidden() && w.popup.Visible());
   EXPECT_EQ(w.popup.WindowState(), 1);
-  w.popup.UserWindowState(0);
-  w.host.Pump();
+  restore(0);
   ASSERT_EQ(StateOf(w), 3);
   // Minimising a shown window by hand hides nothing and tells nobody.
   w.log->records.clear();
-  w.popup.UserWindowState(1);
-  w.host.Pump();
-  w.popup.UserWindowState(0);
-  w.host.Pump();
+  restore(1);
+  restore(0);
   EXPECT_EQ(StateOf(w), 3);
   EXPECT_TRUE(w.popup.Visible());
   EXPECT_THAT(w.StateTrace(), IsEmpty());
