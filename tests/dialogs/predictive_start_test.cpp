@@ -61,7 +61,8 @@ class PredictiveStart : public ::testing::Test {
   int32_t forecast_ = 0;
 };
 
-TEST_F(PredictiveStart, TheMessageTellsItemsAndWholeMinutesAndOnlyRunNowClearsLater) {
+TEST_F(PredictiveStart,
+       TheMessageTellsItemsAndWholeMinutesOnlyRunNowClearsLaterAndARateOfNothingIsLogged) {
   StartWith(0);
   EXPECT_EQ(MessageFor(Variant(600), "XXX items, about YYY minutes"), "0 items, about 1 minutes");
   EXPECT_THAT(w.Journal(), Contains("Flush"));
@@ -82,10 +83,7 @@ TEST_F(PredictiveStart, TheMessageTellsItemsAndWholeMinutesAndOnlyRunNowClearsLa
   EXPECT_EQ(MessageFor(Variant(60), "XXX (xxx), yyy or YYY min"), "125 (125), 2 or 2 min");
   EXPECT_EQ(MessageFor(Variant(60), "About XXX items."), "About 125 items.");
   EXPECT_THAT(w.Problems(), IsEmpty());
-}
-
-TEST_F(PredictiveStart, ARateOfNothingIsLoggedAndTheDialogStillOpens) {
-  StartWith(125);
+  // A rate of nothing is logged and the dialog still opens.
   for (const Variant& rate : {Variant(0), Variant()}) {
     w.log->records.clear();
     EXPECT_EQ(MessageFor(rate, "XXX items in YYY minutes"), "XXX items in YYY minutes");

@@ -207,31 +207,24 @@ TEST_F(PurgeNotice, TheAnswerGoesBackAndTheChoiceIsWrittenThenFlushed) {
   EXPECT_THAT(w.Problems(), IsEmpty());
 }
 
-TEST_F(PurgeNotice, ATimeoutOfZeroWaitsForTheUser) {
+TEST_F(PurgeNotice, ATimeoutOfZeroWaitsAndAnAgentTheEngineDoesNotKnowIsTracedWithoutFlush) {
   Start();
   SetKey("Timeout", Variant(int16_t{0}));
-  EXPECT_EQ(Ask([&](FrmPurgeNotice& d) {
-              w.host.Advance(24LL * 3600 * 1000);
-              ASSERT_TRUE(d.Loaded());
-              EXPECT_FALSE(w.host.TimerRunning(d.tmrTimeout));
-              d.optPurgeDontAsk.UserClick();
-              d.cmdOK.UserClick();
-            }),
-            0);
+  const auto purgeDontAsk = [&](FrmPurgeNotice& d) {
+    w.host.Advance(24LL * 3600 * 1000);
+    ASSERT_TRUE(d.Loaded());
+    EXPECT_FALSE(w.host.TimerRunning(d.tmrTimeout));
+    d.optPurgeDontAsk.UserClick();
+    d.cmdOK.UserClick();
+  };
+  EXPECT_EQ(Ask(purgeDontAsk), 0);
   EXPECT_EQ(PurgeNotify(), 1);
-}
-
-TEST_F(PurgeNotice, AnAgentTheEngineDoesNotKnowIsTracedWithoutFlushAndTheAnswerStands) {
-  Start();
-  EXPECT_EQ(Ask(
-                [](FrmPurgeNotice& d) {
-                  d.optPurge.UserClick();
-                  d.cmdOK.UserClick();
-                },
-                0, "Gone Agent"),
-            0);
+  // The answer stands; only the agent's setting is lost, with a trace.
+  w.engine->Config()->Agent(kAgent)->PurgeNotify(0);
+  w.engine->ClearJournal();
+  EXPECT_EQ(Ask(purgeDontAsk, 0, "Gone Agent"), 0);
   EXPECT_EQ(Flushes(), 0);
-  EXPECT_EQ(PurgeNotify(), 1);
+  EXPECT_EQ(PurgeNotify(), 0);
   EXPECT_THAT(w.Problems(),
               ElementsAre(test::LogRecord{"frmPurgeNotice", "SetPurgeNotify",
                                           "Object variable or With block variable not set", 91}));

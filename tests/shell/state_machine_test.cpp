@@ -253,7 +253,7 @@ TEST(StateMachine, ExitAsksFirstAndThenWaitsForTheEnginesShutdown) {
   EXPECT_THAT(w.Problems(), IsEmpty());
 }
 
-TEST(StateMachine, TrayGesturesAndMinimisingReachTheWindowTheMachineAndTheMenu) {
+TEST(StateMachine, TrayGesturesReachTheWindowTheMachineAndTheMenuAndStrayNumbersAreLogged) {
   test::PopupWorld w;
   w.engine->Configured(true);
   w.Start();
@@ -281,20 +281,21 @@ TEST(StateMachine, TrayGesturesAndMinimisingReachTheWindowTheMachineAndTheMenu) 
   mouse(515);  // double click
   EXPECT_EQ(StateOf(w), 3);
   EXPECT_TRUE(w.popup.Visible());
-}
 
-TEST(StateMachine, AnUnknownStateIsLoggedAndLeftAlone) {
-  test::PopupWorld w;
-  w.Start();
+  // An event or a state out of range is traced by number, logged and left alone.
   w.log->records.clear();
+  w.popup.StateMonitor(static_cast<MachineEvent>(12));
   w.popup.ControlState(static_cast<MachineState>(9));
   w.popup.StateMonitor(MachineEvent::View);
   w.popup.StateMonitor(static_cast<MachineEvent>(12));
   EXPECT_THAT(w.StateTrace(),
-              ElementsAre("Current State:  Event: View", "Current State:  Event: "));
-  EXPECT_THAT(w.Problems(),
-              ElementsAre(test::LogRecord{"frmPopup", "Visible", "State 9 unknown", 0},
-                          test::LogRecord{"frmPopup", "Visible", "State 9 unknown", 0}));
+              ElementsAre("Current State: ConfiguredVisible Event: ", "Current State:  Event: View",
+                          "Current State:  Event: "));
+  EXPECT_THAT(
+      w.Problems(),
+      ElementsAre(test::LogRecord{"frmPopup", "Visible", "Unexpected Event 12 in State 3", 0},
+                  test::LogRecord{"frmPopup", "Visible", "State 9 unknown", 0},
+                  test::LogRecord{"frmPopup", "Visible", "State 9 unknown", 0}));
   EXPECT_EQ(StateOf(w), 9);
 }
 
