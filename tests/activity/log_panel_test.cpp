@@ -50,39 +50,6 @@ TEST(LogPanel, TheEnginesLevelPicksTheOptionAndTheMonitorAndAnUnknownOneFallsToO
   }
 }
 
-TEST(LogPanel, TheUserSwitchesTheLevelAndTheBackupTimerKeepsItsTraceOnlyWhileLoggingIsOff) {
-  test::PopupWorld w;
-  w.engine->Configured(true);
-  w.engine->Running(true);
-  w.Start();
-  ASSERT_TRUE(w.popup.tmrBackupTimer.Enabled());
-  ASSERT_FALSE(w.popup.mobjMonitor().IsNothing()) << "the Run's LoadLog attaches the monitor";
-  // No backup falls due, so the tick never opens the backup manager.
-  w.engine->Config()->NextBackup(DateSerial(2099, 1, 1));
-  // An hour of running with logging on: no record.
-  w.log->records.clear();
-  w.host.Advance(60LL * 60 * 1000);
-  EXPECT_THAT(w.Problems(), IsEmpty());
-  w.engine->ClearJournal();
-  w.popup.tabControlOptions.Tabs("Log").Selected(true);
-  w.popup.log.optLoVerbose.UserClick();
-  EXPECT_EQ(w.engine->LoggingLevel(), "Verbose");
-  EXPECT_EQ(Count(w.Journal(), "put LoggingLevel Verbose"), 1);
-  EXPECT_FALSE(w.popup.mobjMonitor().IsNothing());
-  // With logging off a due backup's tick needs the monitor it hasn't got:
-  // its error trace stands, once a minute, and the manager waits.
-  w.popup.log.optLoOff.UserClick();
-  EXPECT_EQ(w.engine->LoggingLevel(), "Off");
-  EXPECT_TRUE(w.popup.mobjMonitor().IsNothing());
-  w.engine->Config()->NextBackup(w.clock.Now());
-  w.host.Advance(2 * 60 * 1000);
-  EXPECT_FALSE(w.host.IsLoaded("frmBackupManager"));
-  std::vector<std::string> ticks;
-  for (const test::LogRecord& r : w.Problems())
-    ticks.push_back(r.procedure + " " + std::to_string(r.number));
-  EXPECT_THAT(ticks, ElementsAre("tmrBackupTimer_Timer 91", "tmrBackupTimer_Timer 91"));
-}
-
 TEST(LogPanel, EachLevelFetchesTheMonitorBeforeItIsWrittenAndOffStopsTheLinesButKeepsThem) {
   test::PopupWorld w;
   w.engine->Configured(true);
@@ -102,6 +69,7 @@ TEST(LogPanel, EachLevelFetchesTheMonitorBeforeItIsWrittenAndOffStopsTheLinesBut
   ASSERT_TRUE(w.popup.log.optLoOn.UserClick());
   ASSERT_TRUE(w.popup.log.optLoVerbose.UserClick());
   EXPECT_EQ(w.engine->LoggingLevel(), "Verbose");
+  EXPECT_EQ(Count(w.Journal(), "put LoggingLevel Verbose"), 1);
   monitor->OnProcessingStatus.Raise(10);
   EXPECT_EQ(w.popup.log.txtLoEntries.LineCount(), 2U) << "old lines stay";
   // Switching off, the level falls first: when it can't be written, the
