@@ -15,7 +15,6 @@
 #include "foundation/variant.h"
 #include "foundation/vb_error.h"
 #include "support/expect_vb_error.h"
-#include "support/manual_clock.h"
 
 namespace vellix {
 namespace {
@@ -244,9 +243,6 @@ TEST(DateTest, UnixSecondsAreLocalWallTimeAndClocksReadThem) {
                {int64_t{253402300799}, "9999-12-31 23:59:59"}};
   for (const auto& c : cases)
     EXPECT_EQ(Civil(FromUnixSeconds(c.seconds)), c.want) << c.seconds;
-  ManualClock manual(DateSerial(2022, 3, 1));
-  manual.AdvanceSeconds(-1);
-  EXPECT_EQ(Civil(manual.Now()), "2022-2-28 23:59:59");
   const std::time_t before = std::time(nullptr);
   const Date now = SystemClock().Now();
   std::tm local{};
