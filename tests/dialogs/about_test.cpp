@@ -86,10 +86,10 @@ class About : public ::testing::Test {
                    [](Menu& menu) { menu.Parent().Get<Menu>("mPopAbout").UserClick(); });
     w.host.OnModal("frmAbout", [&seen](Form& form) {
       auto& box = dynamic_cast<FrmAbout&>(form);
-      seen = {.shown = true,
-              .title = box.Caption(),
-              .copyright = box.lblCopyright.Caption(),
-              .ok = box.cmdOK.Caption()};
+      seen.shown = true;
+      seen.title = box.Caption();
+      seen.copyright = box.lblCopyright.Caption();
+      seen.ok = box.cmdOK.Caption();
       for (const char* row : {"Product", "Componant1", "Componant2", "Componant3", "Componant4"}) {
         seen.rows.emplace_back(box.Get<Label>(std::string("lbl") + row).Caption(),
                                box.Get<Label>(std::string("lbl") + row + "Data").Caption());

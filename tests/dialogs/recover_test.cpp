@@ -199,10 +199,11 @@ TEST_F(Recover, FoldersThatCannotServeLeaveTheButtonAsTheyShouldAndOnlyAMissingS
     std::string chosenShown, chosenFile;
     bool enabled, logged;
   } cases[] = {
-      {w.dir / "empty", store, (w.dir / "empty").string(), store.string(), 0, none, "", false},
-      {w.dir / "strangers", store, (w.dir / "strangers").string(), store.string(), 0, none, "",
+      {w.dir / "empty", store, (w.dir / "empty").string(), store.string(), 0, none, "", false,
        false},
-      {source, w.dir / "gone", source.string(), invalid, 1, "", Saved("a.xml"), false},
+      {w.dir / "strangers", store, (w.dir / "strangers").string(), store.string(), 0, none, "",
+       false, false},
+      {source, w.dir / "gone", source.string(), invalid, 1, "", Saved("a.xml"), false, false},
       // Listing a missing source fails and ends the load before the button is
       // looked at: it stays as it starts, with nothing chosen.
       {w.dir / "nowhere", store, invalid, store.string(), 0, "", "", true, true},
@@ -214,8 +215,9 @@ TEST_F(Recover, FoldersThatCannotServeLeaveTheButtonAsTheyShouldAndOnlyAMissingS
       EXPECT_EQ(d.lblSourcePath.Caption(), c.sourceShown);
       EXPECT_EQ(d.lblDestinationPath.Caption(), c.destinationShown);
       EXPECT_EQ(d.lstConfigFiles.ListCount(), c.rows);
-      if (c.rows == 0 || !c.chosenShown.empty())
+      if (c.rows == 0 || !c.chosenShown.empty()) {
         EXPECT_EQ(d.lblChosenConfig.Caption(), c.chosenShown);
+      }
       EXPECT_EQ(d.ChosenFile(), c.chosenFile);
       EXPECT_EQ(d.cmdRecover.Enabled(), c.enabled);
       ASSERT_TRUE(d.cmdCancel.UserClick());

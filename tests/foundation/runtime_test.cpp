@@ -64,9 +64,9 @@ TEST(ConversionTest, IntegersRoundHalfToEvenAndRaiseOverflowOutOfRange) {
                {-2.5, -2},       {0.5, 0},           {1.5, 2},         {NAN, kOver},
                {kInf, kOver},    {-kInf, kOver}};
   for (const auto& c : toInt) {
-    if (c.want == kOver)
+    if (c.want == kOver) {
       EXPECT_EQ(ErrorNumber([&] { CInt(c.value); }), err::kOverflow) << c.value;
-    else
+    } else
       EXPECT_EQ(CInt(c.value), c.want) << c.value;
   }
   EXPECT_EQ(ErrorNumber([] { CInt(32768); }), err::kOverflow);

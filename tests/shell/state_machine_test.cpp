@@ -149,7 +149,9 @@ TEST_P(StateMachineCell, DoesWhatItsCellSays) {
     EXPECT_EQ(w.popup.Hidden(), *want.hidden);
     EXPECT_EQ(HiddenOnDisk(w), want.committed ? *want.hidden : diskBefore);
   }
-  if (want.visible) EXPECT_EQ(w.popup.Visible(), *want.visible);
+  if (want.visible) {
+    EXPECT_EQ(w.popup.Visible(), *want.visible);
+  }
   if (want.viewOffered) {
     EXPECT_EQ(w.popup.mPopView.Visible(), *want.viewOffered);
     EXPECT_EQ(w.popup.mPopHide.Visible(), !*want.viewOffered);
