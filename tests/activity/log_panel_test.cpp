@@ -35,14 +35,12 @@ TEST(LogPanel, TheEnginesLevelPicksTheOptionAndTheMonitorAndAnUnknownOneFallsToO
     w.Start();
     w.engine->ClearJournal();
     w.popup.tabControlOptions.Tabs("Log").Selected(true);  // LoadLog
-
     EXPECT_EQ(w.popup.log.optLoOff.Value(), c.off);
     EXPECT_EQ(w.popup.log.optLoOn.Value(), c.on);
     EXPECT_EQ(w.popup.log.optLoVerbose.Value(), c.verbose);
     EXPECT_EQ(w.popup.mobjMonitor().IsNothing(), c.off);
     EXPECT_EQ(w.engine->LoggingLevel(), c.writtenBack);
     EXPECT_EQ(Count(w.Journal(), std::string("put LoggingLevel ") + c.writtenBack), 1);
-
     // A second entry to the tab finds its option on already: nothing runs.
     w.engine->ClearJournal();
     w.popup.tabControlOptions.Tabs("Summary").Selected(true);
@@ -50,42 +48,6 @@ TEST(LogPanel, TheEnginesLevelPicksTheOptionAndTheMonitorAndAnUnknownOneFallsToO
     EXPECT_EQ(Count(w.Journal(), std::string("put LoggingLevel ") + c.writtenBack), 0);
     EXPECT_THAT(w.Problems(), IsEmpty());
   }
-}
-
-TEST(LogPanel, TheUserSwitchesTheLevelAndTheBackupTimerKeepsItsTraceOnlyWhileLoggingIsOff) {
-  test::PopupWorld w;
-  w.engine->Configured(true);
-  w.engine->Running(true);
-  w.Start();
-  ASSERT_TRUE(w.popup.tmrBackupTimer.Enabled());
-  ASSERT_FALSE(w.popup.mobjMonitor().IsNothing()) << "the Run's LoadLog attaches the monitor";
-  // No backup falls due, so the tick never opens the backup manager.
-  w.engine->Config()->NextBackup(DateSerial(2099, 1, 1));
-
-  // An hour of running with logging on: no record.
-  w.log->records.clear();
-  w.host.Advance(60LL * 60 * 1000);
-  EXPECT_THAT(w.Problems(), IsEmpty());
-
-  w.engine->ClearJournal();
-  w.popup.tabControlOptions.Tabs("Log").Selected(true);
-  w.popup.log.optLoVerbose.UserClick();
-  EXPECT_EQ(w.engine->LoggingLevel(), "Verbose");
-  EXPECT_EQ(Count(w.Journal(), "put LoggingLevel Verbose"), 1);
-  EXPECT_FALSE(w.popup.mobjMonitor().IsNothing());
-
-  // With logging off a due backup's tick needs the monitor it hasn't got:
-  // its error trace stands, once a minute, and the manager waits.
-  w.popup.log.optLoOff.UserClick();
-  EXPECT_EQ(w.engine->LoggingLevel(), "Off");
-  EXPECT_TRUE(w.popup.mobjMonitor().IsNothing());
-  w.engine->Config()->NextBackup(w.clock.Now());
-  w.host.Advance(2 * 60 * 1000);
-  EXPECT_FALSE(w.host.IsLoaded("frmBackupManager"));
-  std::vector<std::string> ticks;
-  for (const test::LogRecord& r : w.Problems())
-    ticks.push_back(r.procedure + " " + std::to_string(r.number));
-  EXPECT_THAT(ticks, ElementsAre("tmrBackupTimer_Timer 91", "tmrBackupTimer_Timer 91"));
 }
 
 TEST(LogPanel, EachLevelFetchesTheMonitorBeforeItIsWrittenAndOffStopsTheLinesButKeepsThem) {
@@ -97,7 +59,6 @@ TEST(LogPanel, EachLevelFetchesTheMonitorBeforeItIsWrittenAndOffStopsTheLinesBut
   const Ref<Monitor> monitor = w.engine->Monitor();
   monitor->OnProcessingStatus.Raise(0);
   ASSERT_EQ(w.popup.log.txtLoEntries.LineCount(), 1U);
-
   // Switching on, the monitor comes first: when it can't be had, the level
   // is not written.
   w.engine->FailCall("get Monitor", -1, 1);
@@ -108,9 +69,9 @@ TEST(LogPanel, EachLevelFetchesTheMonitorBeforeItIsWrittenAndOffStopsTheLinesBut
   ASSERT_TRUE(w.popup.log.optLoOn.UserClick());
   ASSERT_TRUE(w.popup.log.optLoVerbose.UserClick());
   EXPECT_EQ(w.engine->LoggingLevel(), "Verbose");
+  EXPECT_EQ(Count(w.Journal(), "put LoggingLevel Verbose"), 1);
   monitor->OnProcessingStatus.Raise(10);
   EXPECT_EQ(w.popup.log.txtLoEntries.LineCount(), 2U) << "old lines stay";
-
   // Switching off, the level falls first: when it can't be written, the
   // monitor stays.
   w.engine->FailCall("put LoggingLevel", -1, 1);
@@ -124,7 +85,6 @@ TEST(LogPanel, EachLevelFetchesTheMonitorBeforeItIsWrittenAndOffStopsTheLinesBut
   monitor->OnProcessingStatus.Raise(0);
   EXPECT_EQ(w.popup.log.txtLoEntries.Text(), kept);
   w.log->records.clear();  // the two refused calls' traces
-
   // On again: the same box goes on growing.
   ASSERT_TRUE(w.popup.log.optLoOn.UserClick());
   monitor->OnProcessingStatus.Raise(16);

@@ -7,18 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "foundation/agent.h"
-#include "foundation/context.h"
 #include "foundation/engine_config.h"
-#include "foundation/form.h"
 #include "foundation/log_box.h"
 #include "foundation/monitor.h"
-#include "foundation/vb_error.h"
 #include "support/fake_outlook.h"
-#include "support/manual_clock.h"
 #include "support/popup/popup_world.h"
-#include "support/recording_error_log.h"
-#include "support/scripted_host.h"
 
 namespace vellix {
 namespace {
@@ -61,7 +54,6 @@ class FakeMonitor : public Monitor {
   std::string CurrentStore() override { return store; }
   Collection<Ref<ActivityCount>> Progress() override { return progress; }
   Collection<Ref<ActivityCount>> Forecast() override { return forecast; }
-
   Ref<Agent> agent;
   Ref<MAPIFolder> folder;
   Ref<OutlookItem> item;
@@ -100,12 +92,10 @@ class ProcessingLogTest : public ::testing::Test {
     fake->forecast.Add(MakeRef<FakeCount>("Folders", 1));
     fake->progress.Add(MakeRef<FakeCount>("Filed", 2));
   }
-
   std::string Event(int32_t code) {
     processing.mobjMonitor_ProcessingStatus(code);
     return entries.LineCount() == 0 ? "" : entries.Line(0);
   }
-
   // The engine stand-in, for an agent to be in hand.
   test::PopupWorld world;
   ManualClock clock{DateTimeSerial(2026, 11, 25, 14, 5, 30)};
@@ -164,7 +154,7 @@ TEST_F(ProcessingLogTest, EveryCodeGivesItsLineWithTheCountsItsTableNames) {
   EXPECT_THAT(log->records, IsEmpty());
 }
 
-TEST_F(ProcessingLogTest, TheNewestLineStandsOnTopAndShortTextsStandWhole) {
+TEST_F(ProcessingLogTest, TheNewestLineStandsOnTopTextsAreCutByCharactersAndTheStampReadsTwice) {
   fake->forecast = {};
   fake->item = MakeRef<Item>("Lunch");
   Event(0);
@@ -173,19 +163,13 @@ TEST_F(ProcessingLogTest, TheNewestLineStandsOnTopAndShortTextsStandWhole) {
   EXPECT_EQ(entries.Text(),
             "25/11/2026 14:05         Item Started (Lunch) \r\n"
             "25/11/2026 14:05 Processing Started \r\n");
-
-  // Subjects are cut by characters, not bytes.
   fake->item = MakeRef<Item>("Überweisung für die Miete im Dezember 2026");
-  Event(7);
-  EXPECT_EQ(entries.Line(0),
+  EXPECT_EQ(Event(7),
             "25/11/2026 14:05         Item Complete (Überweisung für die Miete im D) Filed:2 ");
-}
-
-TEST_F(ProcessingLogTest, TheStampReadsTheClockTwiceSoAMidnightBetweenShowsBothDays) {
+  // The date and the time are read apart: a midnight between shows both days.
   SteppingClock stepping(DateTimeSerial(2026, 11, 25, 23, 59, 59), 1.0);
   Services steppingServices{.clock = stepping, .host = &host};
   Context steppingCtx{steppingServices};
-  steppingCtx.errorLog = log;
   ProcessingLog late{steppingCtx, monitor, entries};
   int32_t code = 19;
   late.mobjMonitor_ProcessingStatus(code);
@@ -195,7 +179,6 @@ TEST_F(ProcessingLogTest, TheStampReadsTheClockTwiceSoAMidnightBetweenShowsBothD
 TEST_F(ProcessingLogTest, AFailureLosesTheLineOrShortensItsDetailsAndIsTraced) {
   Event(0);
   const std::string before = entries.Text();
-
   // No item in hand: the handler's line is lost, the box keeps its text.
   fake->item = Ref<OutlookItem>();
   Event(6);
@@ -203,7 +186,6 @@ TEST_F(ProcessingLogTest, AFailureLosesTheLineOrShortensItsDetailsAndIsTraced) {
   ASSERT_EQ(log->records.size(), 1U);
   EXPECT_EQ(log->records[0].procedure, "mobjVellix_ProcessingStatus");
   EXPECT_EQ(log->records[0].number, 91);
-
   // A counter that fails ends its details there; the line goes on.
   log->records.clear();
   fake->forecast.Add(MakeRef<FakeCount>("Broken", 1, true));
@@ -211,7 +193,6 @@ TEST_F(ProcessingLogTest, AFailureLosesTheLineOrShortensItsDetailsAndIsTraced) {
   EXPECT_EQ(Event(0), "25/11/2026 14:05 Processing Started Items:3 Folders:1 ");
   EXPECT_THAT(log->records, ElementsAre(LogRecord{"frmPopup", "ForecastLogDetails",
                                                   "Invalid procedure call or argument", 5}));
-
   // With no monitor at all the line is lost as well, and the next event is
   // handled as usual once there is one again.
   log->records.clear();
@@ -240,7 +221,6 @@ TEST_F(ProcessingLogTest, EventDataStringTestsTheNeighbouringCounterWhereItAlway
             "Total Items: 1 Items To Process: 2 Progress: 3 Items Added To File: 4 Updated Items: "
             "5 Duplicates: 6 File Copies More Recent: 7 Errors: 8 Purged: 9");
   EXPECT_THAT(log->records, IsEmpty());
-
   // Fewer than nine counters: what was built so far, and the trace.
   EXPECT_EQ(text({1, 2, 3, 4}),
             "Total Items: 1 Items To Process: 2 Progress: 3 Items Added To File: 4");

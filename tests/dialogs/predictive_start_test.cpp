@@ -39,13 +39,11 @@ class PredictiveStart : public ::testing::Test {
     w.Start();
     w.log->records.clear();  // the start's own unexpected "not configured" report
   }
-
   void SetText(const std::string& key, const Variant& value) {
     w.config->RootNode()
         ->GetNode(std::string(FrmPredictiveStart::kTextNode) + key, true, "String", value)
         ->SetContent(value);
   }
-
   // The message the dialog shows for this rate and wording; whatever the
   // figures, it opens offering Later.
   std::string MessageFor(const Variant& rate, const std::string& blank) {
@@ -58,18 +56,16 @@ class PredictiveStart : public ::testing::Test {
     dialog().Unload();
     return message;
   }
-
   FrmPredictiveStart& dialog() { return w.predictiveStart; }
-
   test::PopupWorld w;
   int32_t forecast_ = 0;
 };
 
-TEST_F(PredictiveStart, TheMessageTellsItemsAndWholeMinutesAndOnlyRunNowClearsLater) {
+TEST_F(PredictiveStart,
+       TheMessageTellsItemsAndWholeMinutesOnlyRunNowClearsLaterAndARateOfNothingIsLogged) {
   StartWith(0);
   EXPECT_EQ(MessageFor(Variant(600), "XXX items, about YYY minutes"), "0 items, about 1 minutes");
   EXPECT_THAT(w.Journal(), Contains("Flush"));
-
   // Only Run Now clears Later, and the next load starts at Later again.
   dialog().Load();
   dialog().cmdRunLater.UserClick();
@@ -79,20 +75,15 @@ TEST_F(PredictiveStart, TheMessageTellsItemsAndWholeMinutesAndOnlyRunNowClearsLa
   dialog().cmdRunNow.UserClick();
   EXPECT_FALSE(dialog().Later());
   EXPECT_FALSE(dialog().Loaded());
-
   StartWith(59);
   EXPECT_EQ(MessageFor(Variant(60), "XXX/YYY"), "59/1");
   EXPECT_EQ(MessageFor(Variant("20"), "XXX/YYY"), "59/2");  // a rate written as text
-
   // Every placeholder, in any case; without "YYY" only the count is filled in.
   StartWith(125);
   EXPECT_EQ(MessageFor(Variant(60), "XXX (xxx), yyy or YYY min"), "125 (125), 2 or 2 min");
   EXPECT_EQ(MessageFor(Variant(60), "About XXX items."), "About 125 items.");
   EXPECT_THAT(w.Problems(), IsEmpty());
-}
-
-TEST_F(PredictiveStart, ARateOfNothingIsLoggedAndTheDialogStillOpens) {
-  StartWith(125);
+  // A rate of nothing is logged and the dialog still opens.
   for (const Variant& rate : {Variant(0), Variant()}) {
     w.log->records.clear();
     EXPECT_EQ(MessageFor(rate, "XXX items in YYY minutes"), "XXX items in YYY minutes");
@@ -121,7 +112,6 @@ TEST_F(PredictiveStart, LayoutPutsTheButtonsUnderTheMessageAtItsRightEnd) {
   EXPECT_EQ(dialog().Caption(), w.Text(".Strings.frmPredictiveStart.Caption"));
   EXPECT_EQ(now.Caption(), w.Text(".Strings.frmPredictiveStart.cmdRunNow"));
   dialog().Unload();
-
   // Where a key gives nothing the design captions stand.
   SetText("Caption", Variant(""));
   SetText("cmdRunNow", Variant(""));

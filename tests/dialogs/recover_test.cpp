@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -12,8 +11,6 @@
 #include "foundation/date.h"
 #include "foundation/desktop.h"
 #include "foundation/engine_config.h"
-#include "foundation/period.h"
-#include "servers/common/write_behind.h"
 #include "servers/engine/engine_file.h"
 #include "support/popup/popup_world.h"
 #include "support/temp_folder.h"
@@ -24,17 +21,15 @@ namespace {
 namespace fs = std::filesystem;
 using ::testing::Contains;
 using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
-// The real file system, but each folder's files are listed by name, A to Z
-// or Z to A: the order the dialog reads them in is then the test's to choose.
+// The real file system listing each folder by name, A to Z or Z to A: the
+// order the dialog reads files in is then the test's to choose.
 class ListedByName : public FileSystem {
  public:
   explicit ListedByName(FileSystem& real) : real_(real) {}
   bool descending = false;
-
   bool FolderExists(const std::string& path) override { return real_.FolderExists(path); }
   void CreateFolder(const std::string& path) override { real_.CreateFolder(path); }
   std::string GetSpecialFolder(int32_t which) override { return real_.GetSpecialFolder(which); }
@@ -56,8 +51,7 @@ class ListedByName : public FileSystem {
   FileSystem& real_;
 };
 
-// A configuration copy as the engine saves it beside a backup: `agents`
-// agents, saved at `saved`. Returns its text.
+// A configuration copy as the engine saves it beside a backup; its text.
 std::string WriteSaved(const fs::path& file, Date saved, int agents) {
   engine::EngineData data;
   data.settings.configured = true;
@@ -81,19 +75,8 @@ int RecoverEvents(const test::PopupWorld& w) {
   }));
 }
 
-std::vector<std::string> Rows(const ListBox& list) {
-  std::vector<std::string> rows;
-  rows.reserve(static_cast<size_t>(list.ListCount()));
-  for (int32_t i = 0; i < list.ListCount(); ++i)
-    rows.push_back(list.List(i));
-  return rows;
-}
-
-std::vector<std::string> FileNames(const FrmRecover& dialog) {
-  std::vector<std::string> names;
-  for (const Ref<ConfigFileInfo>& info : dialog.ConfigFiles())
-    names.push_back(info->FileName());
-  return names;
+Date On(int month) {
+  return DateTimeSerial(2026, month, 1, 10, 0, 0);
 }
 
 // A first start, Quick setup on screen, whose folder listings the test orders.
@@ -107,9 +90,7 @@ class Recover : public ::testing::Test {
     w.Start();
     w.log->records.clear();  // the start's own report of an unconfigured engine
   }
-
-  // Quick setup's Recover for these folders; `step` is what the user does in
-  // the dialog, which must close it.
+  // Quick setup's Recover for these folders; `step` must close the dialog.
   void Open(const fs::path& from, const fs::path& to, const std::function<void(FrmRecover&)>& step,
             bool byButton = true) {
     QuickSetupPanel& qs = w.popup.quickSetup;
@@ -128,17 +109,8 @@ class Recover : public ::testing::Test {
     ASSERT_EQ(shown, 1);
     EXPECT_FALSE(w.recover.Loaded());
   }
-
-  // Three saved configurations, each with its own number of agents.
-  void SaveThree() {
-    WriteSaved(source / "a.xml", DateTimeSerial(2026, 3, 1, 10, 0, 0), 1);
-    WriteSaved(source / "b.xml", DateTimeSerial(2026, 6, 1, 10, 0, 0), 2);
-    WriteSaved(source / "d.xml", DateTimeSerial(2026, 9, 1, 10, 0, 0), 4);
-  }
-
   std::string Text(const std::string& key) const { return w.Text(".Strings.frmRecover." + key); }
   std::string Saved(const std::string& name) const { return (source / name).string(); }
-
   test::PopupWorld w;
   ListedByName listed_;
   const fs::path source = w.dir / "backups";
@@ -146,56 +118,68 @@ class Recover : public ::testing::Test {
 };
 
 TEST_F(Recover, TheListRunsOldestFirstWithTheNewestChosenAndEqualTimesInReverseOfTheirReading) {
-  const Date early = DateTimeSerial(2026, 3, 1, 10, 0, 0);
-  const Date same = DateTimeSerial(2026, 6, 1, 10, 0, 0);
-  WriteSaved(source / "a early.xml", early, 1);
-  WriteSaved(source / "b same.xml", same, 2);
-  WriteSaved(source / "c same.xml", same, 3);
-  const std::string late =
-      WriteSaved(source / "d late.xml", DateTimeSerial(2026, 9, 1, 10, 0, 0), 4);
-  // What else a backup folder may hold, none of it a saved configuration.
+  WriteSaved(source / "a early.xml", On(3), 1);
+  WriteSaved(source / "b same.xml", On(6), 2);
+  WriteSaved(source / "c same.xml", On(6), 3);
+  const std::string late = WriteSaved(source / "d late.xml", On(9), 4);
+  // What else a backup folder may hold, none of it a saved configuration; the
+  // engine's own file has no saved time; a sub-folder is not searched.
   test::WriteText(source / "e cut.xml", late.substr(0, late.size() / 2));
   test::WriteText(source / "f notes.txt", "not a configuration");
   test::WriteText(source / "File 2026.pst", std::string("\x00\x01SQLite", 8));
-  engine::EngineData working;  // the engine's own file has no saved time
-  test::WriteText(source / "g Engine.xml", engine::EngineFileText(working));
-  // A later copy in a sub-folder: only the folder itself is searched.
-  fs::create_directories(source / "older");
-  WriteSaved(source / "older" / "h deep.xml", DateTimeSerial(2026, 10, 1, 10, 0, 0), 5);
-
-  struct Case {
-    bool descending;
-    std::vector<std::string> listed;
-  };
-  const std::vector<Case> cases = {
-      {false, {"a early.xml", "c same.xml", "b same.xml", "d late.xml"}},
-      {true, {"a early.xml", "b same.xml", "c same.xml", "d late.xml"}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.descending ? "read Z to A" : "read A to Z");
-    listed_.descending = c.descending;
+  test::WriteText(source / "g Engine.xml", engine::EngineFileText(engine::EngineData()));
+  WriteSaved(source / "older" / "h deep.xml", On(10), 5);
+  for (const bool descending : {false, true}) {
+    SCOPED_TRACE(descending ? "read Z to A" : "read A to Z");
+    listed_.descending = descending;
     Open(source, store, [&](FrmRecover& d) {
-      std::vector<std::string> expected;
-      std::vector<std::string> descriptions;
-      for (const auto& name : c.listed)
-        expected.push_back(Saved(name));
-      ASSERT_EQ(FileNames(d), expected);
-      for (const Ref<ConfigFileInfo>& info : d.ConfigFiles())
+      std::vector<std::string> names, descriptions, rows;
+      for (const Ref<ConfigFileInfo>& info : d.ConfigFiles()) {
+        names.push_back(info->FileName());
         descriptions.push_back(info->Description());
-      EXPECT_EQ(Rows(d.lstConfigFiles), descriptions);
+      }
+      const char* middle[] = {"c same.xml", "b same.xml"};
+      if (descending) std::swap(middle[0], middle[1]);
+      ASSERT_THAT(names, ElementsAre(Saved("a early.xml"), Saved(middle[0]), Saved(middle[1]),
+                                     Saved("d late.xml")));
+      for (int32_t i = 0; i < d.lstConfigFiles.ListCount(); ++i)
+        rows.push_back(d.lstConfigFiles.List(i));
+      EXPECT_EQ(rows, descriptions);
       EXPECT_THAT(descriptions[3], ::testing::StartsWith("01 September 2026 10:00 - 4 agents"));
       // Without a click the newest is used, and no row shows as chosen.
       EXPECT_EQ(d.lstConfigFiles.ListIndex(), -1);
       EXPECT_EQ(d.ChosenFile(), Saved("d late.xml"));
       EXPECT_EQ(d.lblChosenConfig.Caption(), descriptions[3]);
-      EXPECT_EQ(d.lblSourcePath.Caption(), source.string());
-      EXPECT_EQ(d.lblDestinationPath.Caption(), store.string());
+      EXPECT_EQ(d.lblSourcePath.Caption() + "|" + d.lblDestinationPath.Caption(),
+                source.string() + "|" + store.string());
       EXPECT_TRUE(d.cmdRecover.Enabled());
       ASSERT_TRUE(d.cmdCancel.UserClick());
     });
     EXPECT_THAT(w.recover.ConfigFiles().Values(), IsEmpty()) << "dropped at unload";
   }
-  // The strangers were passed over without a word.
+  // Laid out in rows with the list under them and the buttons bottom right;
+  // without a width of its own the data column sets the width.
+  const std::string widthKey = std::string(FrmRecover::kTextNode) + ".Width";
+  for (const bool ownWidth : {true, false}) {
+    if (!ownWidth)
+      w.config->RootNode()->GetNode(widthKey, false, "", Variant())->SetContent(Variant(0));
+    Open(source, store, [&](FrmRecover& d) {
+      const LayoutMetrics& lm = d.Metrics();
+      const int32_t right = d.lstConfigFiles.Left() + d.lstConfigFiles.Width();
+      EXPECT_EQ(d.Width(), ownWidth ? w.config->RootNode()->GetValue(widthKey).ToInteger()
+                                    : 3 * lm.Border + lm.LabelColumnWidth + lm.DataColumnWidth +
+                                          2 * lm.FormBLRBorder);
+      EXPECT_EQ(right + lm.Border + 2 * lm.FormBLRBorder, d.Width());
+      EXPECT_EQ(d.lblChosenConfig.Top(), d.lblUsing.Top());
+      EXPECT_EQ(d.lblChosenConfig.Left() + d.lblChosenConfig.Width(), right);
+      EXPECT_EQ(d.lstConfigFiles.Top(), lm.Border + 3 * (lm.Border + lm.RowHeight));
+      EXPECT_EQ(d.cmdCancel.Left() + d.cmdCancel.Width(), right);
+      EXPECT_EQ(d.cmdRecover.Left() + d.cmdRecover.Width() + lm.Border, d.cmdCancel.Left());
+      EXPECT_EQ(d.cmdCancel.Top() + lm.RowHeight + lm.Border + lm.FormTopBorder + lm.FormBLRBorder,
+                d.Height());
+      ASSERT_TRUE(d.cmdCancel.UserClick());
+    });
+  }
   EXPECT_THAT(w.host.Prompts(), IsEmpty());
   EXPECT_THAT(w.Problems(), IsEmpty());
   EXPECT_EQ(RecoverEvents(w), 0);
@@ -204,40 +188,28 @@ TEST_F(Recover, TheListRunsOldestFirstWithTheNewestChosenAndEqualTimesInReverseO
 
 TEST_F(Recover, FoldersThatCannotServeLeaveTheButtonAsTheyShouldAndOnlyAMissingSourceIsLogged) {
   fs::create_directories(w.dir / "empty");
-  fs::create_directories(w.dir / "strangers");
   test::WriteText(w.dir / "strangers" / "notes.txt", "not a configuration");
-  WriteSaved(source / "a.xml", DateTimeSerial(2026, 3, 1, 10, 0, 0), 1);
-  const std::string invalid = Text("InvalidFolder");
-  const std::string none = Text("NoConfigFile");
-  ASSERT_FALSE(invalid.empty());
-  ASSERT_FALSE(none.empty());
-
-  struct Case {
-    const char* what;
-    fs::path from;
-    fs::path to;
-    std::string sourceShown;
-    std::string destinationShown;
+  WriteSaved(source / "a.xml", On(3), 1);
+  const std::string invalid = Text("InvalidFolder"), none = Text("NoConfigFile");
+  ASSERT_FALSE(invalid.empty() || none.empty());
+  const struct {
+    fs::path from, to;
+    std::string sourceShown, destinationShown;
     int rows;
-    std::string chosenShown;
-    std::string chosenFile;
-    bool enabled;
-    int loggedFailures;
-  };
-  const std::vector<Case> cases = {
-      {"an empty source folder", w.dir / "empty", store, (w.dir / "empty").string(), store.string(),
-       0, none, "", false, 0},
-      {"a source of no configurations", w.dir / "strangers", store, (w.dir / "strangers").string(),
-       store.string(), 0, none, "", false, 0},
-      {"a missing store folder", source, w.dir / "gone", source.string(), invalid, 1, "",
-       Saved("a.xml"), false, 0},
-      // Listing the missing folder fails and ends the load before the button
-      // is looked at: it stays as it starts, with nothing chosen.
-      {"a missing source folder", w.dir / "nowhere", store, invalid, store.string(), 0, "", "",
-       true, 1},
+    std::string chosenShown, chosenFile;
+    bool enabled, logged;
+  } cases[] = {
+      {w.dir / "empty", store, (w.dir / "empty").string(), store.string(), 0, none, "", false,
+       false},
+      {w.dir / "strangers", store, (w.dir / "strangers").string(), store.string(), 0, none, "",
+       false, false},
+      {source, w.dir / "gone", source.string(), invalid, 1, "", Saved("a.xml"), false, false},
+      // Listing a missing source fails and ends the load before the button is
+      // looked at: it stays as it starts, with nothing chosen.
+      {w.dir / "nowhere", store, invalid, store.string(), 0, "", "", true, true},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.what);
+    SCOPED_TRACE(c.from.string() + " to " + c.to.string());
     w.log->records.clear();
     Open(c.from, c.to, [&](FrmRecover& d) {
       EXPECT_EQ(d.lblSourcePath.Caption(), c.sourceShown);
@@ -250,15 +222,13 @@ TEST_F(Recover, FoldersThatCannotServeLeaveTheButtonAsTheyShouldAndOnlyAMissingS
       EXPECT_EQ(d.cmdRecover.Enabled(), c.enabled);
       ASSERT_TRUE(d.cmdCancel.UserClick());
     });
-    const auto problems = w.Problems();
-    ASSERT_THAT(problems, SizeIs(c.loggedFailures));
-    if (c.loggedFailures == 1) {
-      EXPECT_EQ(problems[0].module, "frmRecover");
-      EXPECT_EQ(problems[0].procedure, "LoadForm");
-      EXPECT_EQ(problems[0].number, 76);
+    if (c.logged) {
+      EXPECT_THAT(w.Problems(),
+                  ElementsAre(test::LogRecord{"frmRecover", "LoadForm", "Path not found", 76}));
+    } else {
+      EXPECT_THAT(w.Problems(), IsEmpty());
     }
   }
-
   // Recover pressed with nothing chosen: the engine refuses, the user is told.
   Open(w.dir / "nowhere", store, [&](FrmRecover& d) { ASSERT_TRUE(d.cmdRecover.UserClick()); });
   EXPECT_THAT(w.host.Prompts(), ElementsAre(Text("RecoveryFailed")));
@@ -268,22 +238,18 @@ TEST_F(Recover, FoldersThatCannotServeLeaveTheButtonAsTheyShouldAndOnlyAMissingS
 }
 
 TEST_F(Recover, AClickedRowIsRecoveredAndOnceOneSucceededEvenACancelReportsARecovery) {
-  SaveThree();
+  WriteSaved(source / "a.xml", On(3), 1);
+  WriteSaved(source / "b.xml", On(6), 2);
+  WriteSaved(source / "d.xml", On(9), 4);
   const std::string failed = Text("RecoveryFailed");
   ASSERT_FALSE(failed.empty());
-
   // Each click chooses the member at the row's position; the engine refuses.
   w.engine->FailRecoverConfig(true);
   Open(source, store, [&](FrmRecover& d) {
-    struct Click {
-      int32_t row;
-      const char* file;
-    };
-    const std::vector<Click> clicks = {{0, "a.xml"}, {2, "d.xml"}, {1, "b.xml"}};
-    for (const auto& click : clicks) {
-      ASSERT_TRUE(d.lstConfigFiles.UserClickRow(click.row));
-      EXPECT_EQ(d.ChosenFile(), Saved(click.file)) << click.row;
-      EXPECT_EQ(d.lblChosenConfig.Caption(), d.lstConfigFiles.List(click.row));
+    for (const auto& [row, file] : {std::pair{0, "a.xml"}, {2, "d.xml"}, {1, "b.xml"}}) {
+      ASSERT_TRUE(d.lstConfigFiles.UserClickRow(row));
+      EXPECT_EQ(d.ChosenFile(), Saved(file)) << row;
+      EXPECT_EQ(d.lblChosenConfig.Caption(), d.lstConfigFiles.List(row));
     }
     ASSERT_TRUE(d.cmdRecover.UserClick());
   });
@@ -293,7 +259,6 @@ TEST_F(Recover, AClickedRowIsRecoveredAndOnceOneSucceededEvenACancelReportsAReco
   EXPECT_EQ(RecoverEvents(w), 0);
   EXPECT_EQ(w.recover.Recovered(), "False");
   EXPECT_FALSE(w.engine->Configured());
-
   // The oldest, clicked, is what comes back; the machine hears of it.
   w.engine->FailRecoverConfig(false);
   Open(source, store, [&](FrmRecover& d) {
@@ -303,151 +268,16 @@ TEST_F(Recover, AClickedRowIsRecoveredAndOnceOneSucceededEvenACancelReportsAReco
   EXPECT_THAT(w.host.Prompts(), ElementsAre(failed)) << "no second message";
   EXPECT_EQ(RecoverEvents(w), 1);
   EXPECT_EQ(w.recover.Recovered(), "True");
-  EXPECT_TRUE(w.engine->Configured());
   EXPECT_EQ(w.popup.ControlState(), MachineState::ConfiguredVisible);
   const auto agents = w.engine->Config()->Agents();
   ASSERT_EQ(agents.Count(), 1);
   EXPECT_EQ(agents.Item(1)->Name(), "Agent 1");
-
   // The one instance keeps its answer: a cancelled dialog reports it again.
-  w.log->records.clear();
   Open(
       source, store, [&](FrmRecover& d) { ASSERT_TRUE(d.cmdCancel.UserClick()); }, false);
-  EXPECT_EQ(RecoverEvents(w), 1);
+  EXPECT_EQ(RecoverEvents(w), 2);
   EXPECT_EQ(w.recover.Recovered(), "True");
   EXPECT_THAT(w.host.Prompts(), SizeIs(1));
-}
-
-TEST_F(Recover, TheDialogIsLaidOutInRowsWithTheListUnderThemAndTheButtonsBottomRight) {
-  const std::string widthKey = std::string(FrmRecover::kTextNode) + ".Width";
-  for (const bool ownWidth : {true, false}) {
-    if (!ownWidth)
-      w.config->RootNode()->GetNode(widthKey, false, "", Variant())->SetContent(Variant(0));
-    Open(source, store, [&](FrmRecover& d) {
-      const LayoutMetrics& lm = d.Metrics();
-      const int32_t right = d.lstConfigFiles.Left() + d.lstConfigFiles.Width();
-      // Without a width of its own the data column sets it.
-      EXPECT_EQ(d.Width(), ownWidth ? w.config->RootNode()->GetValue(widthKey).ToInteger()
-                                    : 3 * lm.Border + lm.LabelColumnWidth + lm.DataColumnWidth +
-                                          2 * lm.FormBLRBorder);
-      EXPECT_EQ(right + lm.Border + 2 * lm.FormBLRBorder, d.Width());
-      // The third row's value on its caption's line, as wide as the list reaches.
-      EXPECT_EQ(d.lblChosenConfig.Top(), d.lblUsing.Top());
-      EXPECT_EQ(d.lblChosenConfig.Left() + d.lblChosenConfig.Width(), right);
-      EXPECT_EQ(d.lstConfigFiles.Top(), lm.Border + 3 * (lm.Border + lm.RowHeight));
-      // Recover, then Cancel at the right end, under the list.
-      EXPECT_EQ(d.cmdCancel.Left() + d.cmdCancel.Width(), right);
-      EXPECT_EQ(d.cmdRecover.Left() + d.cmdRecover.Width() + lm.Border, d.cmdCancel.Left());
-      EXPECT_EQ(d.cmdCancel.Top() + lm.RowHeight + lm.Border + lm.FormTopBorder + lm.FormBLRBorder,
-                d.Height());
-      ASSERT_TRUE(d.cmdCancel.UserClick());
-    });
-  }
-  EXPECT_THAT(w.Problems(), IsEmpty());
-}
-
-// The way back after a lost store: a first backup leaves the configuration
-// beside the stores' copies; on a later start with the configuration gone
-// and the store folder emptied, Quick setup's Recover brings both back.
-TEST(RecoverStory, AConfigurationSavedByARealBackupComesBackWithItsStores) {
-  std::vector<std::string> agentNames;
-  std::vector<std::string> periodNames;
-  std::vector<std::string> storeFiles;
-  fs::path backups;
-  fs::path storeFolder;
-  test::PopupWorld before;
-  {
-    test::PopupWorld& w = before;
-    engine::Processor& work = w.UseProcessor();
-    w.PresetHidden(false);
-    w.Start();
-    backups = w.dir / "backup";
-    fs::create_directories(backups);
-    ASSERT_TRUE(w.popup.quickSetup.txtBackupPath.UserSetText(backups.string()));
-    w.host.OnModal("frmPredictiveStart", [&](Form& form) {
-      ASSERT_TRUE(dynamic_cast<FrmPredictiveStart&>(form).cmdRunNow.UserClick());
-    });
-    ASSERT_TRUE(w.popup.quickSetup.cmdOK.UserClick());
-    ASSERT_TRUE(w.host.PumpUntil([&] { return work.PassesDone() >= 1 && !work.Busy(); },
-                                 std::chrono::seconds(30)));
-    w.host.Pump();
-    const Ref<EngineConfig> config = w.engine->Config();
-    ASSERT_TRUE(config->BackupDue());
-    w.host.OnModal("frmBackupManager", [&](Form& form) {
-      auto& m = dynamic_cast<FrmBackupManager&>(form);
-      w.host.Advance(1000);
-      ASSERT_EQ(m.Mode(), FrmBackupManager::ModeCloseOutlook);
-      ASSERT_TRUE(m.cmdBackup.UserClick());
-      w.host.Advance(1000);
-      ASSERT_EQ(m.Mode(), FrmBackupManager::ModeBackupNow);
-      ASSERT_TRUE(m.cmdBackup.UserClick());
-      ASSERT_TRUE(
-          w.host.PumpUntil([&] { return !m.FlagBackupRunning(); }, std::chrono::seconds(30)));
-      w.host.Advance(1000);
-      ASSERT_TRUE(m.optPolicyCheckStore.UserClick());
-      w.host.Advance(1000);
-      ASSERT_EQ(m.Mode(), FrmBackupManager::ModeNothingToDo);
-      ASSERT_TRUE(m.cmdBackup.UserClick());
-    });
-    w.host.Advance(int64_t{60} * 1000);  // the backup timer's tick
-    ASSERT_FALSE(config->BackupDue()) << "the backup ran";
-    servers::WriteBehind::Shared().WaitAll();  // the configuration copy is written behind
-
-    for (const Ref<Agent>& agent : config->Agents())
-      agentNames.push_back(agent->Name());
-    const auto periods = config->Periods();
-    ASSERT_GE(periods.Count(), 2) << "the demo mail spans two periods";
-    for (const Ref<Period>& period : periods) {
-      periodNames.push_back(period->Name());
-      const fs::path file = w.paths.ToNative(period->FileName());
-      storeFiles.push_back(file.filename().string());
-      storeFolder = file.parent_path();
-    }
-    ASSERT_FALSE(agentNames.empty());
-  }
-  // The store is lost; its folder is still there, empty.
-  for (const auto& name : storeFiles) {
-    ASSERT_TRUE(fs::remove(storeFolder / name)) << name;
-  }
-  ASSERT_TRUE(fs::is_empty(storeFolder));
-
-  // A later start, its configuration gone with the store.
-  test::PopupWorld w;
-  w.PresetHidden(false);
-  w.Start();
-  ASSERT_EQ(w.popup.ControlState(), MachineState::UnconfiguredVisible);
-  ASSERT_TRUE(w.popup.quickSetup.txtBackupPath.UserSetText(backups.string()));
-  ASSERT_TRUE(w.popup.quickSetup.txtStorePath.UserSetText(storeFolder.string()));
-  std::string listed;
-  w.host.OnModal("frmRecover", [&](Form& form) {
-    auto& d = dynamic_cast<FrmRecover&>(form);
-    ASSERT_EQ(d.lstConfigFiles.ListCount(), 1) << "the stores' copies are no configurations";
-    listed = d.lstConfigFiles.List(0);
-    ASSERT_TRUE(d.cmdRecover.Enabled());
-    ASSERT_TRUE(d.cmdRecover.UserClick());
-  });
-  ASSERT_TRUE(w.popup.quickSetup.cmdRecover.UserClick());
-  EXPECT_THAT(listed, ::testing::HasSubstr(std::to_string(agentNames.size()) + " agent"));
-  EXPECT_THAT(w.host.Prompts(), IsEmpty());
-  EXPECT_EQ(RecoverEvents(w), 1);
-  EXPECT_TRUE(w.engine->Configured());
-  EXPECT_EQ(w.popup.ControlState(), MachineState::ConfiguredVisible);
-
-  const Ref<EngineConfig> config = w.engine->Config();
-  std::vector<std::string> agents;
-  for (const Ref<Agent>& agent : config->Agents())
-    agents.push_back(agent->Name());
-  EXPECT_THAT(agents, ElementsAreArray(agentNames));
-  std::vector<std::string> periods;
-  for (const Ref<Period>& period : config->Periods()) {
-    periods.push_back(period->Name());
-    const fs::path file = w.paths.ToNative(period->FileName());
-    EXPECT_EQ(file.parent_path(), storeFolder) << period->Name();
-    ASSERT_TRUE(fs::exists(file)) << file;
-    EXPECT_EQ(test::ReadText(file), test::ReadText(backups / file.filename())) << file;
-  }
-  EXPECT_THAT(periods, ElementsAreArray(periodNames));
-  EXPECT_EQ(config->StoreLocation(), storeFolder.string());
 }
 
 }  // namespace

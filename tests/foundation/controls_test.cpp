@@ -50,7 +50,6 @@ class EventForm : public Form {
   std::string Cell() const { return std::to_string(grid.Row()) + "," + std::to_string(grid.Col()); }
   // The events so far, leaving the log empty.
   std::vector<std::string> Events() { return std::exchange(log, {}); }
-
   FrameControl fraA{*this, "fraA"};
   OptionButton optA1{*this, "optA1", "fraA"};
   OptionButton optA2{*this, "optA2", "fraA"};
@@ -98,13 +97,11 @@ TEST_F(ControlsTest, CheckBoxAndOptionButtonsClickOnlyWhenTheirValueChanges) {
   EXPECT_THAT(form.Events(), ElementsAre("chkA_Click 1", "chkA_Click 0"));
   EXPECT_VB_ERROR(form.chkA.Value(3), 380);
   EXPECT_EQ(form.chkA.Value(), CheckBox::kUnchecked);
-
   // A grey box ticks on a user's click.
   form.chkA.Value(CheckBox::kGrayed);
   form.Events();
   EXPECT_TRUE(form.chkA.UserClick());
   EXPECT_THAT(form.Events(), ElementsAre("chkA_Click 1"));
-
   // Controls inside a hidden or disabled frame can't be reached.
   form.fraB.Visible(false);
   EXPECT_FALSE(form.chkA.UserClick());
@@ -116,7 +113,6 @@ TEST_F(ControlsTest, CheckBoxAndOptionButtonsClickOnlyWhenTheirValueChanges) {
   form.fraB.Enabled(true);
   EXPECT_TRUE(form.chkA.UserClick());
   form.Events();
-
   // Option buttons in one container clear each other.
   form.optA1.Value(true);
   form.optB1.Value(true);
@@ -125,7 +121,6 @@ TEST_F(ControlsTest, CheckBoxAndOptionButtonsClickOnlyWhenTheirValueChanges) {
   EXPECT_TRUE(form.optA2.Value());
   EXPECT_TRUE(form.optB1.Value()) << "another frame is another group";
   EXPECT_THAT(form.Events(), ElementsAre("optA1_Click", "optB1_Click", "optA2_Click"));
-
   form.optA2.Value(true);   // on already
   form.optA2.Value(false);  // off in code raises nothing
   form.optA1.UserClick();
@@ -142,7 +137,6 @@ TEST_F(ControlsTest, TextRunsChangeAndLostFocusAndObserversLearnWhichPropertyCha
   EXPECT_TRUE(form.cmdA.UserClick());
   EXPECT_THAT(form.Events(), ElementsAre("txtA_Change 365", "txtA_LostFocus", "cmdA_Click"));
   EXPECT_EQ(form.ActiveControl(), &form.cmdA);
-
   // A locked box takes no typing; a disabled button no click.
   form.txtA.Locked(true);
   EXPECT_FALSE(form.txtA.UserSetText("1"));
@@ -150,7 +144,6 @@ TEST_F(ControlsTest, TextRunsChangeAndLostFocusAndObserversLearnWhichPropertyCha
   EXPECT_FALSE(form.cmdA.UserClick());
   EXPECT_EQ(form.txtA.Text(), "365");
   EXPECT_THAT(form.Events(), IsEmpty());
-
   // Observers learn which property changed.
   std::vector<std::string> changes;
   Connection c = form.txtA.OnChanged([&changes](Control& control, std::string_view property) {
@@ -174,7 +167,6 @@ TEST_F(ControlsTest, ComboTextRunsChangeARowRunsClickAndARenamedRowStaysSelected
   cbo.Text("Fortnight");
   EXPECT_THAT(form.Events(), ElementsAre("cboA_Change Month", "cboA_Change Fortnight"));
   EXPECT_EQ(cbo.ListIndex(), -1) << "no row holds that text";
-
   // Choosing a row in code clicks, without a change.
   cbo.ListIndex(0);
   cbo.ListIndex(0);
@@ -184,12 +176,10 @@ TEST_F(ControlsTest, ComboTextRunsChangeARowRunsClickAndARenamedRowStaysSelected
   EXPECT_VB_ERROR(static_cast<void>(cbo.ItemData(2)), 381);
   EXPECT_VB_ERROR(cbo.AddItem("Day", 5), 5);
   EXPECT_EQ(cbo.List(7), "") << "reading past the list gives nothing, as the runtime does";
-
   // Clearing the list clears the text, which is a change.
   cbo.Clear();
   EXPECT_EQ(cbo.Text() + std::to_string(cbo.ListCount()) + std::to_string(cbo.ListIndex()), "0-1");
   EXPECT_THAT(form.Events(), ElementsAre("cboA_Change "));
-
   // The load of a panel: the text first, the rows after it. The row the user
   // renames stays the selected one.
   cbo.Text("Calendar");
@@ -201,7 +191,6 @@ TEST_F(ControlsTest, ComboTextRunsChangeARowRunsClickAndARenamedRowStaysSelected
   EXPECT_EQ(cbo.ListIndex(), 1);
   EXPECT_EQ(cbo.List(cbo.ListIndex()), "Calendar");
   EXPECT_THAT(form.Events(), ElementsAre("cboA_Change Diary"));
-
   // A row inserted before the selected one moves the selection along; removing
   // the selected row leaves none.
   cbo.AddItem("Contacts", 0);
@@ -212,7 +201,6 @@ TEST_F(ControlsTest, ComboTextRunsChangeARowRunsClickAndARenamedRowStaysSelected
   EXPECT_TRUE(cbo.UserPick(1));
   EXPECT_EQ(cbo.Text(), "Tasks");
   EXPECT_THAT(form.Events(), ElementsAre("cboA_Click Tasks"));
-
   // A drop-down list takes only the texts of its rows.
   cbo.Style(ComboBox::kDropdownList);
   cbo.Text("contacts");
@@ -235,7 +223,6 @@ TEST_F(ControlsTest, ListTicksRunItemCheckAndRemovedRowsShiftTheRowsBelow) {
   EXPECT_THAT(form.Events(), ElementsAre("lstA_ItemCheck 1 ticked", "lstA_ItemCheck 1 clear"));
   EXPECT_FALSE(lst.Selected(0) || lst.Selected(1));
   EXPECT_VB_ERROR(lst.Selected(2, true), 381);
-
   auto& lstB = form.lstB;
   for (const char* text : {"A", "B", "C", "D"})
     lstB.AddItem(text);
@@ -243,7 +230,6 @@ TEST_F(ControlsTest, ListTicksRunItemCheckAndRemovedRowsShiftTheRowsBelow) {
   lstB.Selected(2, true);
   lstB.ItemData(2, 7);
   EXPECT_TRUE(lstB.Selected(1) && lstB.Selected(2));
-
   // A walk with a fixed bound, as the removal of folders is written: the row
   // that moves into a removed place is passed over, and the walk runs past
   // the shortened list.
@@ -261,7 +247,6 @@ TEST_F(ControlsTest, ListTicksRunItemCheckAndRemovedRowsShiftTheRowsBelow) {
   EXPECT_EQ(lstB.ListCount(), 3);
   EXPECT_TRUE(lstB.Selected(1)) << "C keeps its selection";
   EXPECT_EQ(lstB.ItemData(1), 7) << "and its item data";
-
   // A single-select list follows its ListIndex.
   lstB.MultiSelect(ListBox::kMultiSelectNone);
   form.Events();
@@ -281,13 +266,11 @@ TEST_F(ControlsTest, TabChangeAsksBeforeClickAndACancelKeepsTheTab) {
   tabs.Tabs("Periods").Selected(true);
   EXPECT_TRUE(tabs.UserSelectTab("periods"));  // selected already: nothing
   EXPECT_THAT(form.Events(), ElementsAre("BeforeClick Summary", "Click Periods"));
-
   form.vetoLeaving = true;
   EXPECT_TRUE(tabs.UserSelectTab("Backup"));
   EXPECT_EQ(tabs.SelectedItem()->Key(), "Periods");
   EXPECT_TRUE(tabs.Tabs(2).Selected());
   EXPECT_THAT(form.Events(), ElementsAre("BeforeClick Periods"));
-
   EXPECT_VB_ERROR(static_cast<void>(tabs.Tabs("Attention")), 35601);
   EXPECT_VB_ERROR(static_cast<void>(tabs.Tabs(4)), 35600);
   EXPECT_VB_ERROR(tabs.AddTab("SUMMARY", "again"), 35602);
@@ -304,7 +287,6 @@ TEST_F(ControlsTest, TreePlacesNodesSortsChildrenAndClicksOnlyForTheUser) {
   for (const TreeNode* n : tvw.Roots())
     keys.push_back(n->Key());
   EXPECT_THAT(keys, ElementsAre("first", "a", "b", "c", "AgentsRoot"));
-
   int key = 0;
   for (const char* name : {"Tasks", "calendar", "Sent Emails", "Calendar"})
     tvw.Add("AgentsRoot", Rel::Child, "agent" + std::to_string(++key), name);
@@ -313,14 +295,12 @@ TEST_F(ControlsTest, TreePlacesNodesSortsChildrenAndClicksOnlyForTheUser) {
     texts.push_back(n->Text());
   EXPECT_THAT(texts, ElementsAre("calendar", "Calendar", "Sent Emails", "Tasks"));
   EXPECT_EQ(tvw.Nodes("AGENT3").FullPath(), "Agents\\Sent Emails");
-
   // Another node with a key that is there, in any case, is refused.
   const auto again = [&] { tvw.Add("b", Rel::Child, "AGENTSROOT", "Agents"); };
   EXPECT_EQ(test::ErrorNumber(again), 35602);
   EXPECT_EQ(test::ErrorDescription(again), "Key is not unique in collection");
   EXPECT_EQ(tvw.Nodes("AgentsRoot").Children().size(), 4U);
   EXPECT_VB_ERROR(tvw.Add("Nowhere", Rel::Child, "x", "x"), 35601);
-
   // Selected in code raises no click; a user's click does.
   tvw.Nodes("AgentsRoot").Selected(true);
   tvw.Nodes("AgentsRoot").Expanded(true);
@@ -328,7 +308,6 @@ TEST_F(ControlsTest, TreePlacesNodesSortsChildrenAndClicksOnlyForTheUser) {
   EXPECT_TRUE(tvw.UserClickNode("agent4"));
   EXPECT_EQ(tvw.SelectedItem(), &tvw.Nodes("agent4"));
   EXPECT_THAT(form.Events(), ElementsAre("NodeClick Agents\\Calendar", "tvw_Click"));
-
   // Removing a node takes its children and the selection with it.
   tvw.Remove("AgentsRoot");
   EXPECT_EQ(tvw.SelectedItem(), nullptr);
@@ -351,14 +330,12 @@ TEST_F(ControlsTest, GridMovesItsCurrentCellWithLeaveAndEnterCellAndKnowsItsGeom
   EXPECT_TRUE(grid.UserClickCell(0, 1));
   EXPECT_THAT(form.Events(),
               ElementsAre("LeaveCell 0,0", "EnterCell 2,0", "LeaveCell 2,0", "EnterCell 0,1"));
-
   grid.Text("Name");
   grid.TextMatrix(2, 1, "Value");
   grid.CellAlignment(FlexGrid::kAlignLeftBottom);
   EXPECT_EQ(grid.TextMatrix(0, 1), "Name");
   EXPECT_EQ(grid.CellAlignmentAt(0, 1), FlexGrid::kAlignLeftBottom);
   EXPECT_EQ(grid.CellAlignmentAt(1, 1), FlexGrid::kAlignGeneral) << "the column's alignment";
-
   // Growing keeps the texts; shrinking pulls the current cell in.
   grid.Rows(5);
   EXPECT_EQ(grid.TextMatrix(2, 1), "Value");
@@ -368,20 +345,17 @@ TEST_F(ControlsTest, GridMovesItsCurrentCellWithLeaveAndEnterCellAndKnowsItsGeom
   EXPECT_VB_ERROR(grid.Row(2), 30009);
   EXPECT_VB_ERROR(grid.Col(2), 30010);
   EXPECT_VB_ERROR(static_cast<void>(grid.TextMatrix(2, 0)), 381);
-
   // A grid set to no rows has no current cell.
   grid.Rows(0);
   EXPECT_EQ(grid.Row(), -1);
   EXPECT_VB_ERROR(grid.Row(0), 30009);
   EXPECT_VB_ERROR(static_cast<void>(grid.Text()), 30009);
   EXPECT_VB_ERROR(grid.Rows(-1), 30009);
-
   grid.Rows(1);
   grid.TextMatrix(0, 1, "x");
   grid.Clear();
   EXPECT_EQ(grid.TextMatrix(0, 1), "");
   EXPECT_EQ(grid.Cols(), 2);
-
   // The cell rectangle and the column under the pointer.
   grid.Cols(3);
   grid.Rows(4);
@@ -412,7 +386,6 @@ TEST_F(ControlsTest, DatePickerAndUpDownRaiseChangeAndKeepTheirRange) {
   EXPECT_FALSE(dtp.UserSetValue(Date(44000.0)));
   EXPECT_TRUE(dtp.UserSetValue(Date(45002.25)));
   EXPECT_THAT(form.Events(), ElementsAre("dtp_Change", "dtp_Change"));
-
   // The up-down steps its buddy within its range; a number typed out of range is pulled in first.
   form.txtCount.Text("364");
   form.Events();
@@ -443,7 +416,6 @@ TEST(LogBox, LinesGoOnTopTheTextEndsEachWithABreakAndObserversLearnOfEachLine) {
   std::vector<std::string> changes;
   Connection c = box.OnChanged(
       [&changes](Control&, std::string_view property) { changes.emplace_back(property); });
-
   EXPECT_EQ(box.Text(), "");
   box.PrependLine("first");
   box.PrependLine("");
@@ -451,7 +423,6 @@ TEST(LogBox, LinesGoOnTopTheTextEndsEachWithABreakAndObserversLearnOfEachLine) {
   EXPECT_EQ(box.Text(), "third\r\n\r\nfirst\r\n");
   EXPECT_EQ(box.Line(0), "third");
   EXPECT_THAT(changes, ElementsAre("Prepend", "Prepend", "Prepend"));
-
   // The text read back and set again keeps the box as it was, blank line
   // included; a last piece without its break is a line as well.
   changes.clear();

@@ -42,7 +42,6 @@ TEST(FormatNumberTest, PatternsGroupRoundAndTakeDecimalsPercentExponentsAndSecti
       {-5, "###,##0", "-5"}};
   ExpectNumbers(cases);
   EXPECT_EQ(Format(1e18, "###,##0", kEn), "1,000,000,000,000,000,000");
-
   // The decimal digits round, not the binary ones: 1.005 gives 1.01.
   const NumberCase decimals[] = {
       {1, "0.##", "1."},          {9.99, "0.0E+0", "1.0E+1"},
@@ -56,7 +55,6 @@ TEST(FormatNumberTest, PatternsGroupRoundAndTakeDecimalsPercentExponentsAndSecti
       {1234, "000-0", "123-4"},   {1.5, "###,##0.000 Gb", "1.500 Gb"},
       {1.0005, "0.000", "1.001"}, {1234.5678, "###,##0.000", "1,234.568"}};
   ExpectNumbers(decimals);
-
   // Sections, named formats and odd values.
   const NumberCase sections[] = {
       {5, "0;(0);zero", "5"},       {-5, "0;(0);zero", "(5)"},  {0, "0;(0);\"zero\"", "zero"},
@@ -75,7 +73,6 @@ TEST(FormatNumberTest, ValuesFormatByTheirTypeAndSeparatorsNamesAndPatternsComeF
   EXPECT_EQ(Format(1.5, "###,##0.000 Gb", custom), "1,500 Gb");
   EXPECT_EQ(Format(2.25, "", custom), "2,25");
   EXPECT_EQ(Format(Variant("1234"), "###,##0", custom), "1.234");
-
   // Values format by their type.
   const struct {
     Variant value;
@@ -86,7 +83,6 @@ TEST(FormatNumberTest, ValuesFormatByTheirTypeAndSeparatorsNamesAndPatternsComeF
                {"Inbox", "0.0", "Inbox"}, {DateSerial(1963, 9, 22), "yyyy", "1963"}};
   for (const auto& c : cases)
     EXPECT_EQ(Format(c.value, c.pattern, kEn), c.want) << c.value.ToString() << " as " << c.pattern;
-
   custom.monthNames[8] = "Septembre";
   custom.dayAbbrevs[0] = "";  // a missing name falls back to English
   custom.shortDate = "yyyy-mm-dd";
@@ -117,7 +113,6 @@ TEST(FormatDateTest, NamedFormatsPatternTokensLiteralsAndTheEmptyResult) {
   EXPECT_EQ(Format(TimeSerial(6, 0, 0), "", kEn), "06:00:00");
   EXPECT_EQ(Format(DateSerial(2020, 3, 5), "d/m", kEn), "5/3");
   EXPECT_EQ(Format(DateSerial(2000, 1, 1), "hh am/pm a/p", kEn), "12 am a");
-
   // Literals and quotes; "y" alone is the day of the year.
   const DateCase literals[] = {{"-", "-"},      {"xyz", "x265z"},   {"File yyyy", "File 1963"},
                                {"\\", "\\"},    {"\"open", "open"}, {"\"yyyy\" yyyy", "yyyy 1963"},

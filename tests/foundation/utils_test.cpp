@@ -40,7 +40,6 @@ TEST_F(FrameTest, SoftTextIsLoggedWithNumberZeroAndNegativeNumbersEndTheProcedur
   EXPECT_THAT(log->records, ElementsAre(LogRecord{"frmPopup", "LeavePeriods",
                                                   "Unexpected Event 8 in State 3", 0}));
   EXPECT_EQ(log->malformed, 0);
-
   // With an error as well: two records, the text first.
   log->records.clear();
   Frame second(ctx, "Utils", "GetFolder");
@@ -50,7 +49,6 @@ TEST_F(FrameTest, SoftTextIsLoggedWithNumberZeroAndNegativeNumbersEndTheProcedur
   });
   EXPECT_THAT(log->records, ElementsAre(LogRecord{"Utils", "GetFolder", "Inbox not found", 0},
                                         LogRecord{"Utils", "GetFolder", "Division by zero", 11}));
-
   // Negative numbers from servers end the procedure silently; the soft text is still written.
   log->records.clear();
   bool reached = false;
@@ -80,7 +78,6 @@ TEST_F(FrameTest, AFailureStopsTheProcedureLogsOnceAndANumberAbove32767Overflows
   EXPECT_THAT(log->records,
               ElementsAre(LogRecord{"frmPopup", "cmdAgAdd_Click",
                                     "Object variable or With block variable not set", 91}));
-
   // A result set before the failure is what the caller gets.
   Frame second(ctx, "frmPopup", "FormRun");
   EXPECT_TRUE(second.Run(false, [&](bool& r) {
@@ -88,13 +85,11 @@ TEST_F(FrameTest, AFailureStopsTheProcedureLogsOnceAndANumberAbove32767Overflows
     Raise(err::kObjectNotSet);
   }));
   EXPECT_EQ(log->records.size(), 2U);
-
   // Foreign exceptions are logged as internal errors.
   Frame third(ctx, "frmPopup", "LoadLog");
   EXPECT_EQ(third.Run(0, []() -> int { throw std::out_of_range("vector"); }), 0);
   ASSERT_EQ(log->records.size(), 3U);
   EXPECT_EQ(log->records[2].number, 51);
-
   // A number above 32767 overflows into the caller's frame.
   log->records.clear();
   Frame outer(ctx, "frmPopup", "LoadSummary");
@@ -112,7 +107,6 @@ TEST_F(FrameTest, AFailureStopsTheProcedureLogsOnceAndANumberAbove32767Overflows
   EXPECT_THAT(log->records,
               ElementsAre(LogRecord{"frmPopup", "PopulateSelector", "building tree", 0},
                           LogRecord{"frmPopup", "LoadSummary", "Overflow", 6}));
-
   // 32767 itself still fits.
   log->records.clear();
   Frame edge(ctx, "Utils", "TrimAll");
@@ -124,14 +118,12 @@ TEST_F(FrameTest, AMissingOrFailingLogIsPassedOverOnlyWhereTheFrameSaysSo) {
   log->failWith = 5;
   Frame frame(ctx, "frmPopup", "Form_Load");
   EXPECT_VB_ERROR(frame.Run([&] { frame.ErrorText = "x"; }), 5);
-
   Frame main(ctx, "Startup", "Main");
   main.PassOverErrors = true;
   EXPECT_NO_THROW(main.Run([&] {
     main.ErrorText = "x";
     Raise(err::kTypeMismatch);
   }));
-
   // With no error log at all, failures are passed over.
   log->failWith = 0;
   ctx.errorLog.Reset();
@@ -153,7 +145,6 @@ TEST_F(UtilsTest, FileSizesReadInDecimalUnitsWithTheUsersSeparators) {
   for (const auto& c : cases)
     EXPECT_EQ(utils.DisplayFileSizeText(c.bytes), c.want) << c.bytes;
   EXPECT_THAT(log->records, IsEmpty());
-
   services.locale.thousandsSeparator = ".";
   services.locale.decimalSeparator = ",";
   EXPECT_EQ(utils.DisplayFileSizeText(1234567890), "1,235 Gb");
@@ -196,7 +187,6 @@ TEST_F(GetFolderTest, WalksThePathPassingOverMissingLevelsAndNamesThePartThatFai
     EXPECT_EQ(f.Shared(), c.want) << c.path;
   }
   EXPECT_THAT(log->records, IsEmpty());
-
   // An unknown store or no name gives nothing.
   for (const char* path : {"", "\\\\", "Outlook:\\\\Outlook:", "\\\\Archive"})
     EXPECT_TRUE(utils.GetFolder(nsRef, path).IsNothing()) << path;
@@ -214,7 +204,6 @@ TEST_F(UtilsTest, FolderTypesAndTrimmedPathsAreTheTextsAgentsUse) {
   for (int type = 0; type <= 8; ++type)
     EXPECT_EQ(utils.FolderTypeName(type), want[type]) << type;
   EXPECT_EQ(utils.FolderTypeName(-1), "");
-
   // The folder path an agent is matched by loses every blank and control character.
   EXPECT_EQ(utils.TrimAll("  a b\tc\r\nd\f\v\be  "), "abcde");
   EXPECT_EQ(utils.TrimAll(std::string("x\0y", 3)), "xy");
@@ -245,7 +234,6 @@ TEST_F(UtilsTest, SecondsOfAPeriodUseTheFixedTableAndOverflowGivesZero) {
     EXPECT_EQ(utils.CalculateSeconds(c.count, c.unit), c.want) << c.count << " " << c.unit;
   EXPECT_EQ(utils.CalculateSeconds(1634, "Years"), 2147076000) << "the most years that fit";
   EXPECT_THAT(log->records, IsEmpty());
-
   for (const int32_t years : {1635, 2000, -2000})
     EXPECT_EQ(utils.CalculateSeconds(years, "Years"), 0) << years;
   const LogRecord overflow{"Utils", "CalculateSeconds", "Overflow", 6};

@@ -61,7 +61,6 @@ TEST(FillForm, PlacesTheFormItsPanelsAndButtonsByTheMetrics) {
   EXPECT_EQ(RectOf(p.cmdStopStart), (Rect{5820, 5670, 1200, 300}));
   EXPECT_EQ(RectOf(p.cmdHide), (Rect{4520, 5670, 1200, 300}));
   EXPECT_THAT(w.Problems(), IsEmpty());
-
   // Texts come from the tree.
   EXPECT_EQ(p.tabControlOptions.Tabs("Backup").Caption(),
             w.Text(".Strings.ControlPanel.Backup.Tab"));
@@ -75,9 +74,8 @@ TEST(FillForm, ABorderOfZeroMakesControlsTouchWithoutNegativeValues) {
   test::PopupWorld w;
   SetLayout(w, {{"CommonFormat.FormLayout.Border", 0}});
   w.Start();
-  for (const Control* c : w.popup.Controls()) {
+  for (const Control* c : w.popup.Controls())
     EXPECT_GE(std::min({c->Left(), c->Top(), c->Width(), c->Height()}), 0) << c->Name();
-  }
   EXPECT_EQ(w.popup.cmdStopStart.Left() + w.popup.cmdStopStart.Width(), w.popup.cmdExit.Left());
   EXPECT_THAT(w.Problems(), IsEmpty());
 }
@@ -120,18 +118,15 @@ TEST(BootConfiguration, HoldsEveryKeyAFirstRunTheTabsTheQuestionsAndMessagesAskF
   su.tvwSuSelector.UserClickNode("Agents");
   su.tvwSuSelector.UserClickNode("Received Emails");
   su.tvwSuSelector.UserClickNode("PeriodsRoot");
-  for (const auto& period : w.engine->Config()->Periods()) {
+  for (const auto& period : w.engine->Config()->Periods())
     su.tvwSuSelector.UserClickNode(period->Name());
-  }
-  for (const char* tab : {"Periods", "Agents", "Import", "Backup", "Log", "Summary"}) {
+  for (const char* tab : {"Periods", "Agents", "Import", "Backup", "Log", "Summary"})
     w.popup.tabControlOptions.UserSelectTab(tab);
-  }
   w.popup.cmdStopStart.UserClick();  // stop; the first run started it
   w.popup.cmdHide.UserClick();
   w.popup.mPopView_Click();
   w.host.Pump();
   EXPECT_THAT(w.Problems(), IsEmpty());
-
   w.host.ClearPrompts();
   w.host.AnswerNext(MsgResult::No);
   w.popup.StateMonitor(MachineEvent::QuickSetup);  // the warning before quick setup
@@ -142,12 +137,6 @@ TEST(BootConfiguration, HoldsEveryKeyAFirstRunTheTabsTheQuestionsAndMessagesAskF
     EXPECT_FALSE(prompt.empty());
   EXPECT_THAT(Missing(w), IsEmpty());
 }
-
-}  // namespace
-}  // namespace vellix
-
-namespace vellix {
-namespace {
 
 // The controls whose Enabled changed, in the order they changed.
 class EnabledWatch {
@@ -165,12 +154,11 @@ class EnabledWatch {
   std::vector<Connection> connections_;
 };
 
-TEST(RunDisable, SetsTheEditingControlsInTheirOrderAndTheRunButtonsTheOtherWay) {
+TEST(RunDisable, SetsTheEditingControlsInOrderAndTheRunButtonsTheOtherWayAndExitKeepsItsTraceName) {
   test::PopupWorld w;
   w.engine->Configured(true);
   w.Start();
   w.popup.RunDisable(false);
-
   EnabledWatch watch(w.popup);
   w.popup.RunDisable(true);
   const std::vector<std::string> stopped = {
@@ -190,17 +178,11 @@ TEST(RunDisable, SetsTheEditingControlsInTheirOrderAndTheRunButtonsTheOtherWay) 
   EXPECT_FALSE(w.popup.mPopStart.Visible());
   EXPECT_TRUE(w.popup.mPopStop.Visible());
   EXPECT_EQ(w.tray.Current(), "Running.ico");
-}
 
-// The exit's question logs under a name that is not the procedure's own: log
-// searches know it by that name. (The machine's "Visible" is checked with its
-// cells.)
-TEST(TraceNames, ExitLogsUnderItsHistoricName) {
-  test::PopupWorld w;
-  w.engine->Configured(true);
-  w.Start();
+  // The exit's question logs under a name that is not the procedure's own:
+  // log searches know it by that name. (The machine's "Visible" is checked
+  // with its cells.) Here the question itself fails.
   w.log->records.clear();
-  // The question itself fails.
   w.host.AnswerNext(MsgResult::Cancel, [] { throw VbError(err::kInvalidCall); });
   w.popup.cmdExit.UserClick();
   ASSERT_EQ(w.Problems().size(), 1U);

@@ -118,10 +118,8 @@ TEST_P(StateMachineCell, DoesWhatItsCellSays) {
   w.engine->ClearJournal();
   w.log->records.clear();
   w.host.ClearPrompts();
-
   w.popup.StateMonitor(static_cast<MachineEvent>(event));
   w.host.Pump();
-
   const auto found = kTable.find(state * 100 + event);
   const Cell want = found == kTable.end() ? Cell{} : found->second;
   EXPECT_THAT(w.StateTrace(), ElementsAre(std::string("Current State: ") + StateName(state) +
@@ -187,7 +185,6 @@ TEST(StateMachine, LoadFollowsThePersistedHiddenSettingAndAMissingOneMeansHidden
     EXPECT_EQ(w.popup.mPopView.Visible(), hidden);
     EXPECT_EQ(w.popup.mPopHide.Visible(), !hidden);
   }
-
   // A boot branch without the key: the window starts hidden and the key is made.
   test::PopupWorld w;
   std::ostringstream boot;
@@ -232,13 +229,11 @@ TEST(StateMachine, ExitAsksFirstAndThenWaitsForTheEnginesShutdown) {
   w.popup.cmdExit.UserClick();
   EXPECT_TRUE(w.popup.Loaded());
   EXPECT_THAT(w.Journal(), Not(Contains("Shutdown")));
-
   w.engine->SilentShutdown(true);
   w.host.AnswerNext(MsgResult::OK);
   w.popup.cmdExit.UserClick();
   EXPECT_THAT(w.host.Prompts(), ElementsAre(question, question));
   EXPECT_TRUE(w.popup.Loaded()) << "no Shutdown report: the form stays";
-
   // The tray menu's Exit asks nothing, commits the tree and ends the component.
   const std::string key = "Componants.VellixControl.TrayExitMark";
   w.config->RootNode()->GetNode(key, true, "String", Variant("kept"));
@@ -260,7 +255,7 @@ TEST(StateMachine, ExitAsksFirstAndThenWaitsForTheEnginesShutdown) {
   EXPECT_THAT(w.Problems(), IsEmpty());
 }
 
-TEST(StateMachine, TrayGesturesAndMinimisingReachTheWindowTheMachineAndTheMenu) {
+TEST(StateMachine, TrayGesturesReachTheWindowTheMachineAndTheMenuAndStrayNumbersAreLogged) {
   test::PopupWorld w;
   w.engine->Configured(true);
   w.Start();
@@ -279,7 +274,6 @@ TEST(StateMachine, TrayGesturesAndMinimisingReachTheWindowTheMachineAndTheMenu) 
   EXPECT_TRUE(w.popup.Visible());
   EXPECT_EQ(w.popup.WindowState(), 0);
   EXPECT_EQ(StateOf(w), 3);
-
   w.host.OnPopup("mPopupSys", [](Menu& menu) { menu.Parent().Get<Menu>("mPopHide").UserClick(); });
   mouse(517);  // right button up: the menu
   EXPECT_THAT(w.host.History(), Contains("popup mPopupSys"));
@@ -289,20 +283,21 @@ TEST(StateMachine, TrayGesturesAndMinimisingReachTheWindowTheMachineAndTheMenu) 
   mouse(515);  // double click
   EXPECT_EQ(StateOf(w), 3);
   EXPECT_TRUE(w.popup.Visible());
-}
 
-TEST(StateMachine, AnUnknownStateIsLoggedAndLeftAlone) {
-  test::PopupWorld w;
-  w.Start();
+  // An event or a state out of range is traced by number, logged and left alone.
   w.log->records.clear();
+  w.popup.StateMonitor(static_cast<MachineEvent>(12));
   w.popup.ControlState(static_cast<MachineState>(9));
   w.popup.StateMonitor(MachineEvent::View);
   w.popup.StateMonitor(static_cast<MachineEvent>(12));
   EXPECT_THAT(w.StateTrace(),
-              ElementsAre("Current State:  Event: View", "Current State:  Event: "));
-  EXPECT_THAT(w.Problems(),
-              ElementsAre(test::LogRecord{"frmPopup", "Visible", "State 9 unknown", 0},
-                          test::LogRecord{"frmPopup", "Visible", "State 9 unknown", 0}));
+              ElementsAre("Current State: ConfiguredVisible Event: ", "Current State:  Event: View",
+                          "Current State:  Event: "));
+  EXPECT_THAT(
+      w.Problems(),
+      ElementsAre(test::LogRecord{"frmPopup", "Visible", "Unexpected Event 12 in State 3", 0},
+                  test::LogRecord{"frmPopup", "Visible", "State 9 unknown", 0},
+                  test::LogRecord{"frmPopup", "Visible", "State 9 unknown", 0}));
   EXPECT_EQ(StateOf(w), 9);
 }
 
@@ -320,12 +315,6 @@ TEST(StateMachine, NoEngineMeansNoWindowAndNoMessage) {
   EXPECT_EQ(w.tray.calls.back().action, "Delete");
 }
 
-}  // namespace
-}  // namespace vellix
-
-namespace vellix {
-namespace {
-
 TEST(NoNotificationArea, TheTaskBarStandsInForTheTrayAndTheMachineFollowsIt) {
   test::PopupWorld w;
   w.tray.available = false;
@@ -333,36 +322,32 @@ TEST(NoNotificationArea, TheTaskBarStandsInForTheTrayAndTheMachineFollowsIt) {
   w.PresetHidden(true);
   w.Start();
   w.host.Pump();
-  // A hidden start leaves the window on the task bar, not out of reach.
+  // A hidden start leaves the window minimised on the task bar, not out of reach.
   ASSERT_EQ(StateOf(w), 4);
   EXPECT_TRUE(w.popup.Visible());
   EXPECT_EQ(w.popup.WindowState(), 1);
-
+  const auto restore = [&](int32_t windowState) {
+    w.popup.UserWindowState(windowState);
+    w.host.Pump();
+  };
   // Restoring it from the task bar is a View, once.
   w.log->records.clear();
-  w.popup.UserWindowState(0);
-  w.host.Pump();
+  restore(0);
   EXPECT_EQ(StateOf(w), 3);
   EXPECT_FALSE(w.popup.Hidden());
   EXPECT_THAT(w.StateTrace(), ElementsAre("Current State: ConfiguredHidden Event: View"));
-
   // Hide minimises, and the machine is told as usual.
   w.popup.cmdHide.UserClick();
   w.host.Pump();
   EXPECT_EQ(StateOf(w), 4);
-  EXPECT_TRUE(w.popup.Hidden());
-  EXPECT_TRUE(w.popup.Visible());
+  EXPECT_TRUE(w.popup.Hidden() && w.popup.Visible());
   EXPECT_EQ(w.popup.WindowState(), 1);
-  w.popup.UserWindowState(0);
-  w.host.Pump();
+  restore(0);
   ASSERT_EQ(StateOf(w), 3);
-
   // Minimising a shown window by hand hides nothing and tells nobody.
   w.log->records.clear();
-  w.popup.UserWindowState(1);
-  w.host.Pump();
-  w.popup.UserWindowState(0);
-  w.host.Pump();
+  restore(1);
+  restore(0);
   EXPECT_EQ(StateOf(w), 3);
   EXPECT_TRUE(w.popup.Visible());
   EXPECT_THAT(w.StateTrace(), IsEmpty());
