@@ -1,24 +1,19 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <functional>
 #include <map>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "foundation/agent.h"
-#include "foundation/engine_config.h"
+#include "panels/panel_test.h"
 #include "servers/common/write_behind.h"
-#include "support/popup/popup_world.h"
 #include "support/temp_folder.h"
 
-namespace vellix {
+namespace vellix::test {
 namespace {
 
-namespace fs = std::filesystem;
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
@@ -31,26 +26,9 @@ std::string Key(const std::string& name) {
   return ".Strings.ControlPanel.Agents." + name;
 }
 
-// The window on screen with the Agents tab open, and nothing recorded yet.
-AgentsPanel& OpenAgents(test::PopupWorld& w) {
-  w.Start();
-  EXPECT_TRUE(w.popup.tabControlOptions.UserSelectTab("Agents"));
-  w.log->records.clear();
-  w.engine->ClearJournal();
+AgentsPanel& OpenAgents(PopupWorld& w) {
+  OpenTab(w, "Agents");
   return w.popup.agents;
-}
-
-Ref<Agent> AgentOf(test::PopupWorld& w, const std::string& nameOrId) {
-  Ref<Agent> agent = w.engine->Config()->Agent(nameOrId);
-  EXPECT_TRUE(agent) << nameOrId;
-  return agent;
-}
-
-std::vector<std::string> Rows(const ListControl& list) {
-  std::vector<std::string> out;
-  for (int32_t i = 0; i < list.ListCount(); ++i)
-    out.push_back(list.List(i));
-  return out;
 }
 
 std::vector<int32_t> Ids(const ComboBox& combo) {
@@ -60,35 +38,14 @@ std::vector<int32_t> Ids(const ComboBox& combo) {
   return out;
 }
 
-// "module.procedure number" of each problem logged.
-std::vector<std::string> Traces(const test::PopupWorld& w) {
-  std::vector<std::string> out;
-  for (const test::LogRecord& r : w.Problems())
-    out.push_back(r.module + "." + r.procedure + " " + std::to_string(r.number));
-  return out;
-}
-
-void Type(TextBox& box, const std::string& text) {
-  ASSERT_TRUE(box.UserSetText(text)) << box.Name();
-  box.UserLeave();
-}
-
-void Pick(ComboBox& combo, const std::string& row) {
-  for (int32_t i = 0; i < combo.ListCount(); ++i) {
-    if (combo.List(i) == row) {
-      ASSERT_TRUE(combo.UserPick(i));
-      return;
-    }
-  }
-  FAIL() << "no row " << row << " in " << combo.Name();
-}
-
 // What the panel shows of an agent: type, folders, removal period, store
 // count, units and format, delay and its unit, and the three boxes.
 std::vector<std::string> Shown(const AgentsPanel& ag) {
-  std::string folders;
+  std::string folders, boxes;
   for (const std::string& row : Rows(ag.lstAgFolders))
     folders += row + ";";
+  for (const CheckBox* box : {&ag.chkAgFileDisabled, &ag.chkAgPurgeDisabled, &ag.chkAgSubFolders})
+    boxes += std::to_string(box->Value());
   return {ag.lblAgAgentType.Caption(),
           folders,
           ag.txtAgRemove.Text(),
@@ -97,13 +54,11 @@ std::vector<std::string> Shown(const AgentsPanel& ag) {
           ag.txtAgFormat.Text(),
           ag.txtAgFileAfterCount.Text(),
           ag.cboAgFileAfterUnits.Text(),
-          std::to_string(ag.chkAgFileDisabled.Value()) +
-              std::to_string(ag.chkAgPurgeDisabled.Value()) +
-              std::to_string(ag.chkAgSubFolders.Value())};
+          boxes};
 }
 
 TEST(AgentsPanel, ShowsEachAgentAsTheEngineHoldsItAndWritesNothingBack) {
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine(
       "<Agent Id=\"4\" Name=\"Received Emails\" MonitorType=\"Mail and Post\" "
       "SubFolders=\"False\" StoreCount=\"3\" StoreUnits=\"Month\" StoreFormat=\"'@MMM'\" "
@@ -153,28 +108,30 @@ TEST(AgentsPanel, FieldsAreTestedBeforeTheyAreWrittenAndRestoredWhenRefused) {
   };
   // The agent holds RemovePeriod 30, FileAfterCount 5, StoreFormat '@yyyy'
   // and a store of 1 Year before each case.
+  const auto remove = &AgentsPanel::txtAgRemove;
+  const auto after = &AgentsPanel::txtAgFileAfterCount;
+  const auto format = &AgentsPanel::txtAgFormat;
+  const auto count = &AgentsPanel::txtAgNewCount;
+  const char* badAfter = "MsgInvalidFileAfterCount";
   // clang-format off
   const Case cases[] = {
-      {&AgentsPanel::txtAgRemove, "999", "999", "999", "", ""},
-      {&AgentsPanel::txtAgRemove, "0", "0", "0", "", ""},
-      {&AgentsPanel::txtAgRemove, "1000", "30", "30", "MsgInvalidRemovePeriod", ""},
-      {&AgentsPanel::txtAgRemove, "-1", "30", "30", "MsgInvalidRemovePeriod", ""},
+      {remove, "999", "999", "999", "", ""},
+      {remove, "0", "0", "0", "", ""},
+      {remove, "1000", "30", "30", "MsgInvalidRemovePeriod", ""},
+      {remove, "-1", "30", "30", "MsgInvalidRemovePeriod", ""},
       // Letters count as 0 and go as typed, which the 16-bit period refuses.
-      {&AgentsPanel::txtAgRemove, "abc", "30", "abc", "", "frmPopup.txtPeFormat_Click 13"},
-      {&AgentsPanel::txtAgFileAfterCount, "1.9", "1", "1", "", ""},
-      {&AgentsPanel::txtAgFileAfterCount, "-1.9", "-1", "-1", "", ""},
-      {&AgentsPanel::txtAgFileAfterCount, "999", "999", "999", "", ""},
-      {&AgentsPanel::txtAgFileAfterCount, "12abc", "5", "12abc", "",
-       "frmPopup.txtAgFileAfterCount_LostFocus 13"},
-      {&AgentsPanel::txtAgFileAfterCount, "0", "5", "5", "MsgInvalidFileAfterCount", ""},
-      {&AgentsPanel::txtAgFileAfterCount, "1000", "5", "5", "MsgInvalidFileAfterCount", ""},
-      {&AgentsPanel::txtAgFormat, "Mail '@yyyy mmm'", "Mail '@yyyy mmm'", "Mail '@yyyy mmm'", "", ""},
-      {&AgentsPanel::txtAgFormat, "Mail", "'@yyyy'", "'@yyyy'", "MsgFormatIncorrect", ""},
-      {&AgentsPanel::txtAgNewCount, "0", "1", "1", "MsgInvalidStoreDuration", ""},
-      {&AgentsPanel::txtAgNewCount, "-2", "-2", "-2", "", ""},
+      {remove, "abc", "30", "abc", "", "frmPopup.txtPeFormat_Click 13"},
+      {after, "1.9", "1", "1", "", ""},       {after, "-1.9", "-1", "-1", "", ""},
+      {after, "999", "999", "999", "", ""},   {after, "0", "5", "5", badAfter, ""},
+      {after, "1000", "5", "5", badAfter, ""},
+      {after, "12abc", "5", "12abc", "", "frmPopup.txtAgFileAfterCount_LostFocus 13"},
+      {format, "Mail '@yyyy mmm'", "Mail '@yyyy mmm'", "Mail '@yyyy mmm'", "", ""},
+      {format, "Mail", "'@yyyy'", "'@yyyy'", "MsgFormatIncorrect", ""},
+      {count, "0", "1", "1", "MsgInvalidStoreDuration", ""},
+      {count, "-2", "-2", "-2", "", ""},
   };
   // clang-format on
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine("<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" />");
   AgentsPanel& ag = OpenAgents(w);
   const Ref<Agent> agent = AgentOf(w, "Mail");
@@ -226,7 +183,7 @@ TEST(AgentsPanel, AStoreMayLastAPeriodButNoLonger) {
       {"365", "Day", false},   {"366", "Day", true},   {"1", "Year", false},
       {"2", "Year", true},
   };
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine("<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" />");
   AgentsPanel& ag = OpenAgents(w);
   const Ref<Agent> agent = AgentOf(w, "Mail");
@@ -275,7 +232,7 @@ TEST(AgentsPanel, TheFirstFolderFixesTheTypeAndNoFolderOfAPeriodStoreIsTaken) {
       {kSent, "", {kInbox, kSent}, "Mail and Post"},
       {periodCalendar, "MsgRecrsiveAgent", {kInbox, kSent}, "Mail and Post"},
   };
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine("<Agent Id=\"1\" Name=\"New Agent\" />",
                "<Period Name=\"Archive 2025\" FileName=\"Archive 2025.pst\" />");
   // The period's store is open in the mail program, as the engine keeps it.
@@ -316,7 +273,7 @@ TEST(AgentsPanel, RemoveWalksToTheBoundTakenAtTheStartAndSkipsTheRowThatMovedUp)
       {{2}, {kInbox, kSent}, {}},
       {{}, {kInbox, kSent, kDrafts}, {}},
   };
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine("<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" />");
   AgentsPanel& ag = OpenAgents(w);
   const Ref<Agent> agent = AgentOf(w, "Mail");
@@ -339,7 +296,7 @@ TEST(AgentsPanel, RemoveWalksToTheBoundTakenAtTheStartAndSkipsTheRowThatMovedUp)
 }
 
 TEST(AgentsPanel, RenameOnLeavingTheNameGivesTheIdToTheLastRow) {
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine(
       "<Agent Id=\"1\" Name=\"Alpha\" /><Agent Id=\"2\" Name=\"Beta\" />"
       "<Agent Id=\"3\" Name=\"Gamma\" />");
@@ -366,7 +323,7 @@ TEST(AgentsPanel, RenameOnLeavingTheNameGivesTheIdToTheLastRow) {
 }
 
 TEST(AgentsPanel, DeletingTheLastAgentLeavesNoAgentsAndNewShowsTheEnginesAgent) {
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine(
       "<Agent Id=\"5\" Name=\"Only\" MonitorType=\"Tasks\" FileDisabled=\"True\">"
       "<Folder Path=\"\\\\Mailbox - Alex Morgan\\Tasks\" /></Agent>");
@@ -413,17 +370,17 @@ TEST(AgentsPanel, DeletingTheLastAgentLeavesNoAgentsAndNewShowsTheEnginesAgent) 
 TEST(AgentsPanel, WhicheverOfFormRunAndTheDetailsRanLastDecidesTheEnabling) {
   struct Step {
     const char* what;
-    std::function<void(test::PopupWorld&, AgentsPanel&)> act;
+    std::function<void(PopupWorld&, AgentsPanel&)> act;
     // txtAgRemove, txtAgFileAfterCount, cboAgFileAfterUnits, cmdAgPurgeNow, cmdAgFileNow
     std::vector<bool> enabled;
   };
-  const auto startStop = [](test::PopupWorld& w, AgentsPanel&) {
+  const auto startStop = [](PopupWorld& w, AgentsPanel&) {
     ASSERT_TRUE(w.popup.cmdStopStart.UserClick());
     w.host.Pump();
   };
-  const auto showAgain = [](test::PopupWorld&, AgentsPanel& ag) { Pick(ag.cboAgName, "Mail"); };
+  const auto showAgain = [](PopupWorld&, AgentsPanel& ag) { Pick(ag.cboAgName, "Mail"); };
   // The run buttons reach the engine while they are open.
-  const auto runNow = [](test::PopupWorld& w, AgentsPanel& ag) {
+  const auto runNow = [](PopupWorld& w, AgentsPanel& ag) {
     w.engine->ClearJournal();
     ASSERT_TRUE(ag.cmdAgFileNow.UserClick());
     ASSERT_TRUE(ag.cmdAgPurgeNow.UserClick());
@@ -437,13 +394,13 @@ TEST(AgentsPanel, WhicheverOfFormRunAndTheDetailsRanLastDecidesTheEnabling) {
       {"stopped", startStop, {false, true, true, false, false}},
       {"shown while stopped", showAgain, {true, true, true, false, false}},
       {"purge box cleared",
-       [](test::PopupWorld&, AgentsPanel& ag) { ASSERT_TRUE(ag.chkAgPurgeDisabled.UserClick()); },
+       [](PopupWorld&, AgentsPanel& ag) { ASSERT_TRUE(ag.chkAgPurgeDisabled.UserClick()); },
        {true, true, true, false, false}},
       {"file box ticked",
-       [](test::PopupWorld&, AgentsPanel& ag) { ASSERT_TRUE(ag.chkAgFileDisabled.UserClick()); },
+       [](PopupWorld&, AgentsPanel& ag) { ASSERT_TRUE(ag.chkAgFileDisabled.UserClick()); },
        {true, false, false, false, false}},
   };
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine(
       "<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" "
       "PurgeDisabled=\"True\" />");
@@ -477,7 +434,7 @@ TEST(AgentsPanel, AnAgentMadeWithTwoPickedFoldersAndItsFormatIsThereAfterARestar
   std::string engineFile;
   std::string treeFile;
   {
-    test::PopupWorld w;
+    PopupWorld w;
     w.engine->Configured(true);
     AgentsPanel& ag = OpenAgents(w);
     ASSERT_TRUE(ag.cmdAgNew.UserClick());
@@ -499,13 +456,13 @@ TEST(AgentsPanel, AnAgentMadeWithTwoPickedFoldersAndItsFormatIsThereAfterARestar
     ASSERT_TRUE(w.popup.cmdExit.UserClick());
     EXPECT_FALSE(w.host.IsLoaded("frmPopup"));
     servers::WriteBehind::Shared().WaitAll();  // as the program's end does
-    engineFile = test::ReadText(w.dir / "Engine.xml");
-    treeFile = test::ReadText(w.dir / "ConfigTree.xml");
+    engineFile = ReadText(w.dir / "Engine.xml");
+    treeFile = ReadText(w.dir / "ConfigTree.xml");
   }
 
-  test::PopupWorld w;
-  test::WriteText(w.dir / "Engine.xml", engineFile);
-  test::WriteText(w.dir / "ConfigTree.xml", treeFile);
+  PopupWorld w;
+  WriteText(w.dir / "Engine.xml", engineFile);
+  WriteText(w.dir / "ConfigTree.xml", treeFile);
   w.ReopenServers();
   AgentsPanel& ag = OpenAgents(w);
   Pick(ag.cboAgName, "Projects and clients");
@@ -516,4 +473,4 @@ TEST(AgentsPanel, AnAgentMadeWithTwoPickedFoldersAndItsFormatIsThereAfterARestar
 }
 
 }  // namespace
-}  // namespace vellix
+}  // namespace vellix::test

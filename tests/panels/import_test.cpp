@@ -1,19 +1,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "foundation/agent.h"
-#include "foundation/engine_config.h"
-#include "foundation/mail_program.h"
-#include "foundation/outlook.h"
-#include "foundation/period.h"
-#include "support/popup/popup_world.h"
+#include "panels/panel_test.h"
 
-namespace vellix {
+namespace vellix::test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -25,32 +19,13 @@ constexpr const char* kSent = R"(\\Mailbox - Alex Morgan\Sent Items)";
 constexpr const char* kDrafts = R"(\\Mailbox - Alex Morgan\Drafts)";
 constexpr const char* kCalendar = R"(\\Mailbox - Alex Morgan\Calendar)";
 
-// The window on screen with the Import tab open, and nothing recorded yet.
-ImportPanel& OpenImport(test::PopupWorld& w) {
-  w.Start();
-  EXPECT_TRUE(w.popup.tabControlOptions.UserSelectTab("Import"));
-  w.log->records.clear();
-  w.engine->ClearJournal();
+ImportPanel& OpenImport(PopupWorld& w) {
+  OpenTab(w, "Import");
   return w.popup.import;
-}
-
-Ref<Agent> AgentOf(test::PopupWorld& w, const std::string& name) {
-  Ref<Agent> agent = w.engine->Config()->Agent(name);
-  EXPECT_TRUE(agent) << name;
-  return agent;
-}
-
-std::vector<std::string> Rows(const ListControl& list) {
-  std::vector<std::string> out;
-  out.reserve(static_cast<size_t>(list.ListCount()));
-  for (int32_t i = 0; i < list.ListCount(); ++i)
-    out.push_back(list.List(i));
-  return out;
 }
 
 std::vector<bool> Ticks(const ListBox& list) {
   std::vector<bool> out;
-  out.reserve(static_cast<size_t>(list.ListCount()));
   for (int32_t i = 0; i < list.ListCount(); ++i)
     out.push_back(list.Selected(i));
   return out;
@@ -64,26 +39,8 @@ std::vector<std::string> Imports(const Ref<Agent>& agent) {
   return out;
 }
 
-// "module.procedure number" of each problem logged.
-std::vector<std::string> Traces(const test::PopupWorld& w) {
-  std::vector<std::string> out;
-  for (const test::LogRecord& r : w.Problems())
-    out.push_back(r.module + "." + r.procedure + " " + std::to_string(r.number));
-  return out;
-}
-
-void Pick(ComboBox& combo, const std::string& row) {
-  for (int32_t i = 0; i < combo.ListCount(); ++i) {
-    if (combo.List(i) == row) {
-      ASSERT_TRUE(combo.UserPick(i));
-      return;
-    }
-  }
-  FAIL() << "no row " << row << " in " << combo.Name();
-}
-
 TEST(ImportPanel, WithNoAgentsOnlySmartImportAndAttachAreOffered) {
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine("");
   ImportPanel& im = OpenImport(w);
   EXPECT_EQ(im.cboImName.Text(), w.Text(".Strings.ControlPanel.Agents.NoAgentsText"));
@@ -143,7 +100,7 @@ TEST(ImportPanel, AFolderIsTakenOnlyOfTheAgentsTypeAndNeverFromAPeriodStore) {
       {"New", kSent, false, false, incorrectType.c_str(), {kCalendar}, "Calendar"},
   };
   // clang-format on
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine(R"(<Agent Id="1" Name="Mail" MonitorType="Mail and Post" />)"
                R"(<Agent Id="2" Name="New" />)",
                R"(<Period Name="Archive 2025" FileName="Archive 2025.pst" />)");
@@ -194,7 +151,7 @@ TEST(ImportPanel, RemoveTakesTheFirstTickedRowAndTicksItsNeighbour) {
       {{0}, {kSent, kDrafts}, {true, false}},
       {{2}, {kInbox, kSent}, {false, true}},
   };
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine(R"(<Agent Id="1" Name="Mail" MonitorType="Mail and Post" />)");
   ImportPanel& im = OpenImport(w);
   const Ref<Agent> agent = AgentOf(w, "Mail");
@@ -221,7 +178,7 @@ TEST(ImportPanel, RemoveTakesTheFirstTickedRowAndTicksItsNeighbour) {
 }
 
 TEST(ImportPanel, TheSubFolderBoxSetsEveryRowAndLoadingLeavesItAlone) {
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine(R"(<Agent Id="1" Name="Mail" MonitorType="Mail and Post" />)"
                R"(<Agent Id="2" Name="Other" MonitorType="Mail and Post" />)");
   const Ref<Agent> agent = AgentOf(w, "Mail");
@@ -247,7 +204,7 @@ TEST(ImportPanel, TheSubFolderBoxSetsEveryRowAndLoadingLeavesItAlone) {
 }
 
 TEST(ImportPanel, ImportNowSetsTheTimeAndAWaitingImportHoldsTheButtonWhateverTheEngine) {
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine(R"(<Agent Id="1" Name="Mail" MonitorType="Mail and Post" />)"
                R"(<Agent Id="2" Name="Other" MonitorType="Mail and Post" />)");
   ImportPanel& im = OpenImport(w);
@@ -285,56 +242,5 @@ TEST(ImportPanel, ImportNowSetsTheTimeAndAWaitingImportHoldsTheButtonWhateverThe
   EXPECT_THAT(w.Problems(), IsEmpty());
 }
 
-// Import Now on the panel while the engine runs: the next pass takes the
-// folder's items into the period stores and clears the waiting import, and
-// the tab, entered again, offers Import Now once more.
-TEST(ImportPanel, TheEngineRunsAScheduledImportIntoThePeriodStoresAndClearsIt) {
-  test::PopupWorld w;
-  w.LoadEngine(R"(<Agent Id="1" Name="Mail" MonitorType="Mail and Post" />)");
-  engine::Processor& work = w.UseProcessor();
-  w.Start();
-  ASSERT_TRUE(w.popup.cmdStopStart.UserClick());
-  ASSERT_TRUE(w.host.PumpUntil([&] { return work.PassesDone() >= 1 && !work.Busy(); },
-                               std::chrono::seconds(30)));
-  w.host.Pump();
-  const auto itemsInStores = [&] {
-    int32_t items = 0;
-    for (const Ref<Period>& period : w.engine->Config()->Periods())
-      items += period->ItemCount();
-    return items;
-  };
-  // The agent watches no folder: nothing was filed.
-  ASSERT_EQ(itemsInStores(), 0);
-  const int32_t sentItems =
-      w.ctx.Mail().CreateApplication()->GetNamespace("MAPI")->GetDefaultFolder(5)->ItemCount();
-  ASSERT_GT(sentItems, 0);
-
-  ASSERT_TRUE(w.popup.tabControlOptions.UserSelectTab("Import"));
-  ImportPanel& im = w.popup.import;
-  w.host.PickMailFolderNext(std::string(kSent));
-  ASSERT_TRUE(im.cmdImAdd.UserClick());
-  ASSERT_THAT(Rows(im.lstImImportList), ElementsAre(kSent));
-  ASSERT_TRUE(im.cmdImRun.UserClick());
-  const Ref<Agent> agent = AgentOf(w, "Mail");
-  ASSERT_FALSE(agent->ImportTime().IsZero());
-  // Entering the tab while the import waits: Import Now can't be asked twice.
-  ASSERT_TRUE(w.popup.tabControlOptions.UserSelectTab("Summary"));
-  ASSERT_TRUE(w.popup.tabControlOptions.UserSelectTab("Import"));
-  EXPECT_FALSE(im.cmdImRun.Enabled());
-
-  // The engine's next pass falls due.
-  w.host.Advance(int64_t{6} * 60 * 1000);
-  ASSERT_TRUE(w.host.PumpUntil([&] { return work.PassesDone() >= 2 && !work.Busy(); },
-                               std::chrono::seconds(30)));
-  w.host.Pump();
-  EXPECT_EQ(itemsInStores(), sentItems);
-  EXPECT_TRUE(agent->ImportTime().IsZero());
-  // Entering the tab again offers it once more.
-  ASSERT_TRUE(w.popup.tabControlOptions.UserSelectTab("Summary"));
-  ASSERT_TRUE(w.popup.tabControlOptions.UserSelectTab("Import"));
-  EXPECT_TRUE(im.cmdImRun.Enabled());
-  EXPECT_THAT(w.Problems(), IsEmpty());
-}
-
 }  // namespace
-}  // namespace vellix
+}  // namespace vellix::test

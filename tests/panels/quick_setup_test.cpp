@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -14,7 +15,7 @@
 #include "servers/config/config_server.h"
 #include "support/popup/popup_world.h"
 
-namespace vellix {
+namespace vellix::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -24,21 +25,18 @@ using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-void Tick(CheckBox& box, bool ticked) {
-  if ((box.Value() == CheckBox::kChecked) != ticked) {
-    ASSERT_TRUE(box.UserClick());
-  }
-}
-
-void TickAll(QuickSetupPanel& qs, bool ticked) {
+// Ticks the boxes given and clears the others.
+void TickOnly(QuickSetupPanel& qs, const std::set<const CheckBox*>& ticked) {
   for (CheckBox* box :
        {&qs.chkEmails, &qs.chkCalendar, &qs.chkTasks, &qs.chkContacts, &qs.chkNotes}) {
-    Tick(*box, ticked);
+    if ((box->Value() == CheckBox::kChecked) != (ticked.count(box) != 0)) {
+      ASSERT_TRUE(box->UserClick());
+    }
   }
 }
 
 // The page on screen, as on a first start.
-void StartOnThePage(test::PopupWorld& w) {
+void StartOnThePage(PopupWorld& w) {
   w.PresetHidden(false);
   w.Start();
   ASSERT_EQ(w.popup.ControlState(), MachineState::UnconfiguredVisible);
@@ -50,24 +48,22 @@ void StartOnThePage(test::PopupWorld& w) {
 
 // A new user's first start: they keep mail and calendar, choose quarterly
 // periods and type a backup folder.
-void FillInThePage(test::PopupWorld& w) {
+void FillInThePage(PopupWorld& w) {
   StartOnThePage(w);
   QuickSetupPanel& qs = w.popup.quickSetup;
-  TickAll(qs, false);
-  Tick(qs.chkEmails, true);
-  Tick(qs.chkCalendar, true);
+  TickOnly(qs, {&qs.chkEmails, &qs.chkCalendar});
   ASSERT_TRUE(qs.optQuarter.UserClick());
   ASSERT_TRUE(qs.txtBackupPath.UserSetText((w.dir / "backup").string()));
 }
 
-void SetTreeValue(test::PopupWorld& w, const std::string& key, const std::string& type,
+void SetTreeValue(PopupWorld& w, const std::string& key, const std::string& type,
                   const Variant& value) {
   w.config->RootNode()
       ->GetNode("Componants.VellixControl" + key, true, type, value)
       ->SetContent(value);
 }
 
-std::vector<std::string> AgentNames(test::PopupWorld& w) {
+std::vector<std::string> AgentNames(PopupWorld& w) {
   std::vector<std::string> names;
   for (const auto& agent : w.engine->Config()->Agents())
     names.push_back(agent->Name());
@@ -75,7 +71,7 @@ std::vector<std::string> AgentNames(test::PopupWorld& w) {
 }
 
 // What the filled-in page must have written, whichever way the user went on.
-void ExpectQuarterlyMailAndCalendar(test::PopupWorld& w) {
+void ExpectQuarterlyMailAndCalendar(PopupWorld& w) {
   auto config = w.engine->Config();
   auto mapi = w.ctx.Mail().CreateApplication()->GetNamespace("MAPI");
   EXPECT_THAT(AgentNames(w), ElementsAre("Received Emails", "Sent Emails", "Calendar"));
@@ -92,12 +88,12 @@ void ExpectQuarterlyMailAndCalendar(test::PopupWorld& w) {
   }
   EXPECT_EQ(config->Agent("Received Emails")->MonitorType(), "Mail and Post");
   auto calendar = config->Agent("Calendar");
-  EXPECT_EQ(calendar->MonitorType(), "Calendar");
+  EXPECT_THAT(
+      (std::vector<std::string>{calendar->MonitorType(), calendar->StoreFormat(),
+                                calendar->StoreUnits(), config->PeriodUnits(),
+                                config->PeriodFormat()}),
+      ElementsAre("Calendar", "'@MMM'-'$MMM'", "Quarter", "Quarter", "File '@yyyy mmm'-'$mmm'"));
   EXPECT_EQ(calendar->StoreCount(), 1);
-  EXPECT_EQ(calendar->StoreFormat(), "'@MMM'-'$MMM'");
-  EXPECT_EQ(calendar->StoreUnits(), "Quarter");
-  EXPECT_EQ(config->PeriodUnits(), "Quarter");
-  EXPECT_EQ(config->PeriodFormat(), "File '@yyyy mmm'-'$mmm'");
   EXPECT_EQ(config->PeriodCount(), 1);
   EXPECT_EQ(config->ReferenceDate(), DateSerial(2026, 1, 1));
   EXPECT_EQ(config->StoreLocation(), w.popup.quickSetup.txtStorePath.Text());
@@ -129,7 +125,7 @@ TEST(FirstRun, OkSavesThePageThenRunsNowOrWaitsOnScreen) {
   // clang-format on
   for (const Way& way : ways) {
     SCOPED_TRACE(way.name);
-    test::PopupWorld w;
+    PopupWorld w;
     FillInThePage(w);
     if (way.button != nullptr) {
       w.host.OnModal("frmPredictiveStart", [&way](Form& form) {
@@ -163,7 +159,7 @@ TEST(FirstRun, OkSavesThePageThenRunsNowOrWaitsOnScreen) {
 }
 
 TEST(FirstRun, ConfigureMoreSavesWithoutQuestionsAndGoesToTheTabs) {
-  test::PopupWorld w;
+  PopupWorld w;
   FillInThePage(w);
   // An empty backup folder and a store folder that can't be made: neither is
   // asked about on this way.
@@ -187,7 +183,7 @@ TEST(FirstRun, ConfigureMoreSavesWithoutQuestionsAndGoesToTheTabs) {
 }
 
 TEST(FirstRun, CancelLeavesTheSystemUnconfiguredAndHidden) {
-  test::PopupWorld w;
+  PopupWorld w;
   FillInThePage(w);
   w.engine->ClearJournal();
   ASSERT_TRUE(w.popup.quickSetup.cmdCancel.UserClick());
@@ -201,7 +197,7 @@ TEST(FirstRun, CancelLeavesTheSystemUnconfiguredAndHidden) {
 }
 
 TEST(QuickSetup, LoadFillsThePageFromTheDefaultsAndTheDateUnlocksOnlyWhileTicked) {
-  test::PopupWorld w;
+  PopupWorld w;
   w.PresetHidden(false);
   // The boot file's defaults, with one turned round to show the key is read.
   SetTreeValue(w, ".DefaultTasks", "Boolean", Variant(true));
@@ -209,19 +205,18 @@ TEST(QuickSetup, LoadFillsThePageFromTheDefaultsAndTheDateUnlocksOnlyWhileTicked
   w.Start();
   QuickSetupPanel& qs = w.popup.quickSetup;
 
-  EXPECT_TRUE(qs.optAnnual.Value());
-  EXPECT_FALSE(qs.optQuarter.Value());
-  EXPECT_FALSE(qs.dtpReference.Enabled());
+  EXPECT_THAT(
+      (std::vector<bool>{qs.optAnnual.Value(), qs.optQuarter.Value(), qs.dtpReference.Enabled()}),
+      ElementsAre(true, false, false));
   EXPECT_EQ(qs.dtpReference.CustomFormat(), "dd MMMM");
   EXPECT_EQ(qs.dtpReference.Value(), DateSerial(2026, 1, 1));
-  EXPECT_EQ(qs.chkEmails.Value(), 0);
-  EXPECT_EQ(qs.chkTasks.Value(), 1);
-  EXPECT_EQ(qs.chkCalendar.Value(), w.Text(".DefaultCalendar") == "True" ? 1 : 0);
-  EXPECT_EQ(qs.txtStorePath.Text(), *w.shell->PersonalFolder() + "\\My Vellix Activity");
-  EXPECT_EQ(qs.txtBackupPath.Text(), "");
-  EXPECT_EQ(qs.fraDefaultFolders.Caption(), "Monitor and File");
-  EXPECT_EQ(w.popup.Caption(), w.Text(".Strings.QuickSetup.FormCaption"));
-
+  EXPECT_THAT(
+      (std::vector<int32_t>{qs.chkEmails.Value(), qs.chkTasks.Value(), qs.chkCalendar.Value()}),
+      ElementsAre(0, 1, w.Text(".DefaultCalendar") == "True" ? 1 : 0));
+  EXPECT_THAT((std::vector<std::string>{qs.txtStorePath.Text(), qs.txtBackupPath.Text(),
+                                        qs.fraDefaultFolders.Caption(), w.popup.Caption()}),
+              ElementsAre(*w.shell->PersonalFolder() + "\\My Vellix Activity", "",
+                          "Monitor and File", w.Text(".Strings.QuickSetup.FormCaption")));
   // A date changed while ticked is saved even after the box is cleared.
   EXPECT_FALSE(qs.dtpReference.UserSetValue(DateSerial(2026, 4, 6))) << "locked until ticked";
   ASSERT_TRUE(qs.chkNotFirstDay.UserClick());
@@ -240,7 +235,7 @@ TEST(QuickSetup, LoadFillsThePageFromTheDefaultsAndTheDateUnlocksOnlyWhileTicked
   EXPECT_FALSE(qs.dtpReference.Enabled());
 
   // Without a personal folder the store goes to the fixed default.
-  test::PopupWorld bare;
+  PopupWorld bare;
   fs::remove_all(bare.dir / "home" / "Documents");
   StartOnThePage(bare);
   EXPECT_EQ(bare.popup.quickSetup.txtStorePath.Text(), "c:\\Orvane Vellix Store");
@@ -250,10 +245,13 @@ TEST(QuickSetup, EveryBoxMakesItsAgentAndOnlyAQuarterlySetupChangesMailAndCalend
   for (const int ticked : {0, 1, 2}) {  // none; all, annual; all, quarterly
     SCOPED_TRACE(ticked);
     const bool quarterly = ticked == 2;
-    test::PopupWorld w;
+    PopupWorld w;
     StartOnThePage(w);
     QuickSetupPanel& qs = w.popup.quickSetup;
-    TickAll(qs, ticked != 0);
+    TickOnly(qs, ticked == 0
+                     ? std::set<const CheckBox*>{}
+                     : std::set<const CheckBox*>{&qs.chkEmails, &qs.chkCalendar, &qs.chkTasks,
+                                                 &qs.chkContacts, &qs.chkNotes});
     if (quarterly) {
       ASSERT_TRUE(qs.optQuarter.UserClick());
     }
@@ -295,7 +293,7 @@ TEST(QuickSetup, EveryBoxMakesItsAgentAndOnlyAQuarterlySetupChangesMailAndCalend
 }
 
 TEST(QuickSetup, DoubtfulFoldersAreAskedAboutAndOnlyTheUsersYesGoesOn) {
-  test::PopupWorld w;
+  PopupWorld w;
   StartOnThePage(w);
   QuickSetupPanel& qs = w.popup.quickSetup;
   ASSERT_TRUE(qs.txtBackupPath.UserSetText("/srv/backup"));
@@ -340,7 +338,7 @@ TEST(QuickSetup, DoubtfulFoldersAreAskedAboutAndOnlyTheUsersYesGoesOn) {
 }
 
 TEST(QuickSetup, WithoutOutlookNothingIsWrittenAndTheUserIsTold) {
-  test::PopupWorld w;
+  PopupWorld w;
   outlook::ProfileMailProgram noOutlook{std::shared_ptr<outlook::MailProfile>()};
   w.services.mailProgram = &noOutlook;
   StartOnThePage(w);
@@ -350,12 +348,12 @@ TEST(QuickSetup, WithoutOutlookNothingIsWrittenAndTheUserIsTold) {
   const std::string message = w.Text(".Strings.QuickSetup.MsgNoOutlook");
   EXPECT_FALSE(message.empty());
   EXPECT_THAT(w.host.Prompts(), ElementsAre(message));
-  EXPECT_THAT(w.Problems(), ElementsAre(test::LogRecord{"frmPopup", "SaveQuickSetup", message, 0}));
+  EXPECT_THAT(w.Problems(), ElementsAre(LogRecord{"frmPopup", "SaveQuickSetup", message, 0}));
   EXPECT_THAT(w.Journal(), IsEmpty());
 }
 
 TEST(QuickSetup, BrowseButtonsFillTheirOwnFieldAndACancelledDialogChangesNothing) {
-  test::PopupWorld w;
+  PopupWorld w;
   StartOnThePage(w);
   QuickSetupPanel& qs = w.popup.quickSetup;
   const std::string storeBefore = qs.txtStorePath.Text();
@@ -383,7 +381,7 @@ Rect RectOf(const Control& c) {
 }
 
 TEST(QuickSetup, ThePageIsLaidOutInFramesWithoutOverlapsAndButtonsBottomRight) {
-  test::PopupWorld w;
+  PopupWorld w;
   StartOnThePage(w);
   QuickSetupPanel& qs = w.popup.quickSetup;
   const LayoutMetrics& m = w.popup.Metrics();
@@ -430,4 +428,4 @@ TEST(QuickSetup, ThePageIsLaidOutInFramesWithoutOverlapsAndButtonsBottomRight) {
 }
 
 }  // namespace
-}  // namespace vellix
+}  // namespace vellix::test

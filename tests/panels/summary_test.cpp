@@ -14,7 +14,7 @@
 #include "support/popup/popup_world.h"
 #include "support/temp_folder.h"
 
-namespace vellix {
+namespace vellix::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -27,7 +27,7 @@ using Rows = std::vector<std::pair<std::string, std::string>>;
 constexpr const char* kSummary = ".Strings.ControlPanel.Summary";
 
 // The engine as processing runs would have left it, read from its own file.
-void LoadArchive(test::PopupWorld& w) {
+void LoadArchive(PopupWorld& w) {
   auto at = [](int y, int m, int d, int h, int n, int s) {
     std::ostringstream out;
     out.precision(17);
@@ -35,7 +35,7 @@ void LoadArchive(test::PopupWorld& w) {
     return out.str();
   };
   const fs::path store = w.dir / "store";
-  test::WriteText(store / "File 2024.pst", std::string(1500, 'x'));
+  WriteText(store / "File 2024.pst", std::string(1500, 'x'));
   w.LoadEngine(
       "<Agent Id=\"1\" Name=\"Received Emails\" MonitorType=\"Mail and Post\" "
       "ItemCount=\"1234567\" ItemsToPurge=\"42\" EarliestStore=" +
@@ -47,7 +47,8 @@ void LoadArchive(test::PopupWorld& w) {
       "<Period Name=\"File 2025\" FileName=\"x.pst\" />"
       "<Period Name=\"File 2024\" FileName=\"" +
           (store / "File 2024.pst").string() + "\" FirstEntry=" + at(2024, 1, 3, 8, 15, 0) +
-          " LastEntry=" + at(2024, 12, 30, 17, 45, 30) + " Connected=\"False\" />");
+          " LastEntry=" + at(2024, 12, 30, 17, 45, 30) +
+          " LastBackup=" + at(2026, 11, 21, 22, 0, 0) + " Connected=\"False\" />");
 }
 
 Rows GridRows(const FlexGrid& grid) {
@@ -71,7 +72,7 @@ std::vector<std::string> Texts(const std::vector<TreeNode*>& nodes) {
   return out;
 }
 
-void SetText(test::PopupWorld& w, const std::string& key, const std::string& text) {
+void SetText(PopupWorld& w, const std::string& key, const std::string& text) {
   w.config->RootNode()
       ->GetNode("Componants.VellixControl" + std::string(kSummary) + "." + key, true, "String",
                 Variant(text))
@@ -79,7 +80,7 @@ void SetText(test::PopupWorld& w, const std::string& key, const std::string& tex
 }
 
 TEST(SummaryPanel, SelectorListsAgentsAndPeriodsAndRootsShowTheirListsInsideThePanel) {
-  test::PopupWorld w;
+  PopupWorld w;
   LoadArchive(w);
   w.Start();
   SummaryPanel& su = w.popup.summary;
@@ -114,14 +115,15 @@ TEST(SummaryPanel, SelectorListsAgentsAndPeriodsAndRootsShowTheirListsInsideTheP
 
   // Tree, grid and buttons lie inside the panel; the columns fill the grid.
   const LayoutMetrics& m = w.popup.Metrics();
-  const int32_t picHeight = w.popup.picSu.Height();
-  EXPECT_EQ(tree.Height(), picHeight - 2 * m.Border - m.RowHeight);
-  EXPECT_EQ(su.fgcSuDetail.Left() + su.fgcSuDetail.Width(), w.popup.picSu.Width() - m.Border);
-  EXPECT_EQ(su.fgcSuDetail.ColWidth(0),
-            std::stoi(w.Text(std::string(kSummary) + ".DetailNameWidth")));
-  EXPECT_EQ(su.fgcSuDetail.ColWidth(0) + su.fgcSuDetail.ColWidth(1), su.fgcSuDetail.Width());
-  EXPECT_EQ(su.cmdSuHelp.Top() + su.cmdSuHelp.Height(), picHeight);
-  EXPECT_EQ(su.cmdSuSetupWiz.Left(), su.cmdSuHelp.Left() + su.cmdSuHelp.Width() + m.Border);
+  const FlexGrid& grid = su.fgcSuDetail;
+  const int32_t height = w.popup.picSu.Height();
+  EXPECT_THAT(
+      (std::vector<int32_t>{tree.Height(), grid.Left() + grid.Width(), grid.ColWidth(0),
+                            grid.ColWidth(0) + grid.ColWidth(1),
+                            su.cmdSuHelp.Top() + su.cmdSuHelp.Height(), su.cmdSuSetupWiz.Left()}),
+      ElementsAre(height - 2 * m.Border - m.RowHeight, w.popup.picSu.Width() - m.Border,
+                  std::stoi(w.Text(std::string(kSummary) + ".DetailNameWidth")), grid.Width(),
+                  height, su.cmdSuHelp.Left() + su.cmdSuHelp.Width() + m.Border));
   EXPECT_EQ(su.cmdSuHelp.Caption(), w.Text(std::string(kSummary) + ".cmdSuHelp.ButtonText"));
 }
 
@@ -154,7 +156,7 @@ class StatusPeriod : public Period {
 };
 
 TEST(SummaryPanel, DetailsShowEveryFigureOfAnAgentInTheOrderOfTheirNamesAndOfAPeriod) {
-  test::PopupWorld w;
+  PopupWorld w;
   LoadArchive(w);
   w.Start();
   SummaryPanel& su = w.popup.summary;
@@ -199,7 +201,7 @@ TEST(SummaryPanel, DetailsShowEveryFigureOfAnAgentInTheOrderOfTheirNamesAndOfAPe
           Pair(period("Connected"), "False"), Pair(period("FileName"), store + "/File 2024.pst"),
           Pair(period("FileSize"), "2 Kb"), Pair(period("FirstEntry"), "03 January 2024 08:15:00"),
           // A period's count shows 0, unlike an agent's.
-          Pair(period("ItemCount"), "0"), Pair(period("LastBackup"), ""),
+          Pair(period("ItemCount"), "0"), Pair(period("LastBackup"), "21 November 2026 22:00:00"),
           Pair(period("LastEntry"), "30 December 2024 17:45:30"),
           Pair(period("StoreLocation"), store)));
 
@@ -219,7 +221,7 @@ TEST(SummaryPanel, DetailsShowEveryFigureOfAnAgentInTheOrderOfTheirNamesAndOfAPe
 }
 
 TEST(SummaryPanel, EmptyAgentListAndCollidingNames) {
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine("", R"(<Period Name="File 2024" FileName="x.pst" />)");
   w.Start();
   SummaryPanel& su = w.popup.summary;
@@ -254,7 +256,7 @@ TEST(SummaryPanel, EmptyAgentListAndCollidingNames) {
 
 // The page lies beside the temporary folder, its name joined straight on, and
 // is gone once the browser is found or not.
-void ExpectPageGone(test::PopupWorld& w) {
+void ExpectPageGone(PopupWorld& w) {
   const std::string temp = w.files->GetSpecialFolder(2);
   EXPECT_EQ(w.browser.page.rfind(temp + "rad", 0), 0U) << w.browser.page;
   EXPECT_EQ(w.browser.page.substr(w.browser.page.size() - 4), ".htm");
@@ -265,7 +267,7 @@ void ExpectPageGone(test::PopupWorld& w) {
 }
 
 TEST(SummaryPanel, HelpOpensTheAddressWithTheProgramFoundFromATemporaryPageOrSaysWhyNot) {
-  test::PopupWorld w;
+  PopupWorld w;
   LoadArchive(w);
   w.Start();
   w.host.ClearPrompts();
@@ -297,4 +299,4 @@ TEST(SummaryPanel, HelpOpensTheAddressWithTheProgramFoundFromATemporaryPageOrSay
 }
 
 }  // namespace
-}  // namespace vellix
+}  // namespace vellix::test
