@@ -83,7 +83,6 @@ class MailWithInspectors : public MailProgram {
 class BackupManager : public ::testing::Test {
  protected:
   BackupManager() { w.backupServer = server; }
-
   fs::path Store(const std::string& name) const { return w.dir / "store" / (name + ".pst"); }
   // Periods of the engine: a name with a store file, or "-name" without one.
   void Engine(const std::vector<std::string>& periods) {
@@ -117,7 +116,6 @@ class BackupManager : public ::testing::Test {
   static std::string Cell(const Manager& m, int32_t row, int32_t col) {
     return m.fgcPeriods.TextMatrix(row, col);
   }
-
   PopupWorld w;
   std::shared_ptr<ScriptedServer> server = std::make_shared<ScriptedServer>();
 };

@@ -49,7 +49,6 @@ class BackupNow : public ::testing::Test {
         ->GetNode(std::string(FrmBackupNow::kTextNode) + key, true, "String", value)
         ->SetContent(value);
   }
-
   PopupWorld w;
   FrmBackupNow notice{w.ctx, w.host};
 };

@@ -46,7 +46,6 @@ TEST(BackupStory, ADueBackupAfterTheFirstPassCopiesEveryStoreAndSavesTheConfigur
   ASSERT_TRUE(config->BackupDue());
   ASSERT_TRUE(config->BackupLocationAvailable()) << config->BackupLocation();
   w.log->records.clear();
-
   int openings = 0;
   w.host.OnModal("frmBackupManager", [&](Form& form) {
     ++openings;

@@ -82,7 +82,6 @@ TEST(AgentsPanel, ShowsEachAgentAsTheEngineHoldsItAndWritesNothingBack) {
   EXPECT_EQ(Shown(ag), calendar);
   // Showing an agent sets its boxes; none of that goes back to the engine.
   EXPECT_THAT(w.Journal(), IsEmpty());
-
   // An agent the engine doesn't know leaves the panel as it was; coming back
   // to the tab keeps the agent shown.
   EXPECT_FALSE(ag.LoadAgentDetails("Nobody"));
@@ -90,7 +89,6 @@ TEST(AgentsPanel, ShowsEachAgentAsTheEngineHoldsItAndWritesNothingBack) {
   ASSERT_TRUE(w.popup.tabControlOptions.UserSelectTab("Agents"));
   EXPECT_EQ(ag.cboAgName.Text(), "Calendar");
   EXPECT_EQ(Shown(ag), calendar);
-
   ASSERT_TRUE(ag.chkAgSubFolders.UserClick());
   EXPECT_FALSE(AgentOf(w, "Calendar")->SubFolders());
   EXPECT_THAT(w.Journal(), ElementsAre("put SubFolders False"));
@@ -151,7 +149,6 @@ TEST(AgentsPanel, FieldsAreTestedBeforeTheyAreWrittenAndRestoredWhenRefused) {
     ag.LoadAgents();
     w.host.ClearPrompts();
     w.log->records.clear();
-
     Type(ag.*c.field, c.typed);
     EXPECT_EQ(property.at(&(ag.*c.field))(), c.stored);
     EXPECT_EQ((ag.*c.field).Text(), c.shown);
@@ -168,29 +165,23 @@ TEST(AgentsPanel, FieldsAreTestedBeforeTheyAreWrittenAndRestoredWhenRefused) {
     if (*c.trace != '\0') traces.emplace_back(c.trace);
     EXPECT_EQ(Traces(w), traces);
   }
-}
-
-TEST(AgentsPanel, AStoreMayLastAPeriodButNoLonger) {
-  struct Case {
+  // A store may last the period of one year of 365 days, but no longer: by
+  // the count typed to a store of one unit, or by the unit picked to a count
+  // of days.
+  struct Store {
     const char* count;
     const char* units;
     bool tooLong;
   };
-  // The period is one year of 365 days.
-  const Case cases[] = {
+  const Store stores[] = {
       {"4", "Quarter", false}, {"5", "Quarter", true}, {"12", "Month", false},
       {"13", "Month", true},   {"52", "Week", false},  {"53", "Week", true},
       {"365", "Day", false},   {"366", "Day", true},   {"1", "Year", false},
       {"2", "Year", true},
   };
-  PopupWorld w;
-  w.LoadEngine("<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" />");
-  AgentsPanel& ag = OpenAgents(w);
-  const Ref<Agent> agent = AgentOf(w, "Mail");
   const std::vector<std::string> tooLong = {w.Text(Key("MsgStoreTooLong"))};
-  for (const Case& c : cases) {
+  for (const Store& c : stores) {
     SCOPED_TRACE(std::string(c.count) + " " + c.units);
-    // Typing the count to a store of one unit.
     agent->StoreCount(1);
     agent->StoreUnits(c.units);
     ag.LoadAgents();
@@ -199,8 +190,6 @@ TEST(AgentsPanel, AStoreMayLastAPeriodButNoLonger) {
     EXPECT_EQ(agent->StoreCount(), c.tooLong ? 1 : std::stoi(c.count));
     EXPECT_EQ(ag.txtAgNewCount.Text(), c.tooLong ? "1" : c.count);
     EXPECT_EQ(w.host.Prompts(), c.tooLong ? tooLong : std::vector<std::string>{});
-
-    // Picking the unit to a count of days.
     agent->StoreCount(static_cast<int16_t>(std::stoi(c.count)));
     agent->StoreUnits("Day");
     ag.LoadAgents();
@@ -287,7 +276,6 @@ TEST(AgentsPanel, RemoveWalksToTheBoundTakenAtTheStartAndSkipsTheRowThatMovedUp)
     w.log->records.clear();
     for (int32_t row : c.selected)
       ASSERT_TRUE(ag.lstAgFolders.UserClickRow(row, true));
-
     ASSERT_TRUE(ag.cmdAgRemove.UserClick());
     EXPECT_THAT(agent->Folders().Values(), ElementsAreArray(c.left));
     EXPECT_THAT(Rows(ag.lstAgFolders), ElementsAreArray(c.left));
@@ -305,13 +293,11 @@ TEST(AgentsPanel, RenameOnLeavingTheNameGivesTheIdToTheLastRow) {
   ASSERT_TRUE(ag.cboAgName.UserSetText("Bravo"));
   EXPECT_TRUE(ag.AgentNameEdited);
   ag.cboAgName.UserLeave();
-
   EXPECT_EQ(AgentOf(w, "2")->Name(), "Bravo");
   EXPECT_EQ(AgentOf(w, "3")->Name(), "Gamma");
   EXPECT_THAT(Rows(ag.cboAgName), ElementsAre("Alpha", "Bravo", "Gamma"));
   EXPECT_THAT(Ids(ag.cboAgName), ElementsAre(1, 0, 2));
   EXPECT_FALSE(ag.AgentNameEdited);
-
   // Typed back to the row's own text: nothing is renamed and the flag stays.
   Pick(ag.cboAgName, "Alpha");
   ASSERT_TRUE(ag.cboAgName.UserSetText("Alpine"));
@@ -328,14 +314,12 @@ TEST(AgentsPanel, DeletingTheLastAgentLeavesNoAgentsAndNewShowsTheEnginesAgent) 
       "<Agent Id=\"5\" Name=\"Only\" MonitorType=\"Tasks\" FileDisabled=\"True\">"
       "<Folder Path=\"\\\\Mailbox - Alex Morgan\\Tasks\" /></Agent>");
   AgentsPanel& ag = OpenAgents(w);
-
   w.host.AnswerNext(MsgResult::No);
   ASSERT_TRUE(ag.cmdAgDelete.UserClick());
   ASSERT_EQ(w.host.PromptRecords().size(), 1U);
   EXPECT_EQ(w.host.PromptRecords()[0].text, w.Text(Key("MsgConfirmDelete")));
   EXPECT_EQ(w.host.PromptRecords()[0].buttons, MsgButtons::YesNo);
   EXPECT_THAT(Rows(ag.cboAgName), ElementsAre("Only"));
-
   w.host.AnswerNext(MsgResult::Yes);
   ASSERT_TRUE(ag.cmdAgDelete.UserClick());
   EXPECT_EQ(w.engine->Config()->Agents().Count(), 0);
@@ -351,7 +335,6 @@ TEST(AgentsPanel, DeletingTheLastAgentLeavesNoAgentsAndNewShowsTheEnginesAgent) 
     EXPECT_FALSE(c->Enabled()) << c->Name();
   }
   EXPECT_TRUE(ag.cmdAgNew.Enabled());
-
   ASSERT_TRUE(ag.cmdAgNew.UserClick());
   ASSERT_EQ(w.engine->Config()->Agents().Count(), 1);
   const Ref<Agent> made = w.engine->Config()->Agents().Item(1);
@@ -416,7 +399,6 @@ TEST(AgentsPanel, WhicheverOfFormRunAndTheDetailsRanLastDecidesTheEnabling) {
   EXPECT_FALSE(AgentOf(w, "Mail")->PurgeDisabled());
   EXPECT_TRUE(AgentOf(w, "Mail")->FileDisabled());
   EXPECT_THAT(w.Problems(), IsEmpty());
-
   // Gone behind the panel's back: each handler fetches anew and ends in the trace.
   w.engine->Config()->DeleteAgent("Mail");
   ASSERT_TRUE(ag.chkAgSubFolders.UserClick());
@@ -451,7 +433,6 @@ TEST(AgentsPanel, AnAgentMadeWithTwoPickedFoldersAndItsFormatIsThereAfterARestar
     EXPECT_EQ(w.host.MailFolderPicks(), 2);
     EXPECT_THAT(w.host.Prompts(), IsEmpty());
     EXPECT_THAT(w.Problems(), IsEmpty());
-
     w.host.AnswerNext(MsgResult::OK);  // yes, close the control panel
     ASSERT_TRUE(w.popup.cmdExit.UserClick());
     EXPECT_FALSE(w.host.IsLoaded("frmPopup"));
@@ -459,7 +440,6 @@ TEST(AgentsPanel, AnAgentMadeWithTwoPickedFoldersAndItsFormatIsThereAfterARestar
     engineFile = ReadText(w.dir / "Engine.xml");
     treeFile = ReadText(w.dir / "ConfigTree.xml");
   }
-
   PopupWorld w;
   WriteText(w.dir / "Engine.xml", engineFile);
   WriteText(w.dir / "ConfigTree.xml", treeFile);

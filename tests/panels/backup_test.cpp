@@ -53,7 +53,6 @@ struct BackupWorld {
     return static_cast<int>(
         std::count(history.begin(), history.end(), std::string("show modal frmBackupManager")));
   }
-
   PopupWorld w;
 };
 
@@ -76,7 +75,6 @@ TEST(BackupPanel, ShowsTheEnginesSettingsInRowsWithTheUnitsFromTheConfiguration)
                           m.Border + 2 * (m.RowHeight + m.Border),
                           m.Border + 3 * (m.RowHeight + m.Border)));
   EXPECT_THAT(b.w.Problems(), IsEmpty());
-
   // Running: the folders and the interval are shut; the next backup can be
   // moved and a backup asked for all the same.
   const std::vector<const Control*> shut = {
@@ -121,7 +119,6 @@ TEST(BackupPanel, TheIntervalIsCorrectedQuietlyAndTheEngineGetsTheWholeTextRound
       EXPECT_THAT(Traces(b.w), ElementsAre(c.trace));
     }
   }
-
   // The up-down keeps to the same range.
   b.ba().txtBaEveryCount.Text("365");
   b.ba().updBaEveryCount.UserUp();
@@ -129,7 +126,6 @@ TEST(BackupPanel, TheIntervalIsCorrectedQuietlyAndTheEngineGetsTheWholeTextRound
   b.ba().txtBaEveryCount.Text("1");
   b.ba().updBaEveryCount.UserDown();
   EXPECT_EQ(b.ba().txtBaEveryCount.Text(), "1");
-
   // The unit goes as it stands.
   ASSERT_TRUE(b.ba().cboBaEveryUnits.UserSetText("Fortnight"));
   b.ba().cboBaEveryUnits.UserLeave();
@@ -194,7 +190,6 @@ TEST(BackupPanel, BrowseFillsTheFieldAndItsCheckFollowsAlsoAfterACancel) {
   BackupWorld b;
   BackupPanel& ba = b.ba();
   const std::string chosen = (b.w.dir / "home" / "Documents").string();
-
   // A folder chosen: the dialog opened where the field pointed, the field
   // takes the choice and the engine gets it.
   const std::string before = ba.txtBaBackupFolder.Text();
@@ -206,7 +201,6 @@ TEST(BackupPanel, BrowseFillsTheFieldAndItsCheckFollowsAlsoAfterACancel) {
   EXPECT_THAT(b.w.host.FolderTitles(),
               ElementsAre(b.w.Text(".Strings.ControlPanel.CaptionFindFolder")));
   EXPECT_THAT(b.w.host.FolderStarts(), ElementsAre(b.w.paths.ToNative(before).string()));
-
   // An empty field, then a cancelled dialog: the empty field is questioned.
   ba.txtBaBackupFolder.Text("");
   b.Clear();
@@ -214,7 +208,6 @@ TEST(BackupPanel, BrowseFillsTheFieldAndItsCheckFollowsAlsoAfterACancel) {
   ASSERT_TRUE(ba.cmdBaBrowseBackup.UserClick());
   EXPECT_THAT(b.w.host.Prompts(), ElementsAre(b.w.Text(kNoBackupPath)));
   EXPECT_EQ(ba.txtBaBackupFolder.Text(), chosen);
-
   // The store's dialog cancelled on a good folder asks nothing and writes it.
   b.Clear();
   ASSERT_TRUE(ba.cmdBaBrowseFolder.UserClick());
@@ -232,13 +225,11 @@ TEST(BackupPanel, ThePickersTimeIsWrittenOnEachChangeAndOnLeavingWhichIsNeverRef
   EXPECT_EQ(b.config()->NextBackup(), first);
   ASSERT_TRUE(ba.dtpBaNextBackup.UserSetValue(second));
   EXPECT_EQ(b.config()->NextBackup(), second);
-
   // Whatever the engine came to hold meanwhile, leaving puts the picker's.
   b.config()->NextBackup(DateTimeSerial(2027, 1, 1, 0, 0, 0));
   ASSERT_TRUE(b.w.popup.tabControlOptions.UserSelectTab("Log"));
   EXPECT_EQ(b.Tab(), "Log");
   EXPECT_EQ(b.config()->NextBackup(), second);
-
   // A write the engine fails keeps nobody on the tab.
   ASSERT_TRUE(b.w.popup.tabControlOptions.UserSelectTab("Backup"));
   ASSERT_TRUE(ba.dtpBaNextBackup.UserSetValue(first));
@@ -288,18 +279,15 @@ TEST(BackupPanel, TheTimerOpensTheManagerOnlyWhenDueAndIdleAndNeverTwice) {
   auto* monitor = dynamic_cast<engine::MonitorObject*>(&b.w.engine->Monitor().Get());
   ASSERT_NE(monitor, nullptr);
   constexpr int64_t kMinute = 60 * 1000;
-
   // Not due: nothing opens.
   b.w.host.Advance(3 * kMinute);
   EXPECT_EQ(b.ManagerShown(), 0);
-
   // Due while the engine processes: it waits for the pass to end.
   b.config()->NextBackup(kStart);
   monitor->SetProcessing(true);
   b.w.host.Advance(3 * kMinute);
   EXPECT_EQ(b.ManagerShown(), 0);
   monitor->SetProcessing(false);
-
   // The next tick opens it. While it is up the ticks go on, finding the
   // backup still due, and open no second; the manager moves the next backup
   // on, and the panel shows that once it has closed.
@@ -320,7 +308,6 @@ TEST(BackupPanel, TheTimerOpensTheManagerOnlyWhenDueAndIdleAndNeverTwice) {
   b.w.host.Advance(10 * kMinute);
   EXPECT_EQ(b.ManagerShown(), 1);
   EXPECT_THAT(b.w.Problems(), IsEmpty());
-
   // Backup Now opens it whether due or not, and the panel is read again.
   b.w.host.OnModal("frmBackupManager", [&](Form& manager) {
     b.config()->BackupEveryCount(3);
@@ -338,7 +325,6 @@ TEST(BackupPanel, WithLoggingOffADueBackupWaitsInTheTrace) {
   // Not due: the tick ends before it needs the monitor.
   b.w.host.Advance(60 * 1000);
   EXPECT_THAT(b.w.Problems(), IsEmpty());
-
   b.config()->NextBackup(kStart);
   b.w.host.Advance(2 * 60 * 1000);
   EXPECT_EQ(b.ManagerShown(), 0);

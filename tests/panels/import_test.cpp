@@ -55,7 +55,6 @@ TEST(ImportPanel, WithNoAgentsOnlySmartImportAndAttachAreOffered) {
             w.Text(".Strings.ControlPanel.Import.chkImSubfolders-Tip"));
   EXPECT_EQ(im.lstImImportList.ToolTipText(),
             w.Text(".Strings.ControlPanel.Import.lstImImportList-Tip"));
-
   ASSERT_TRUE(im.cmdImSmartImport.UserClick());
   EXPECT_THAT(w.host.Prompts(), ElementsAre("Feature not yet implemented"));
   // Attach opens its dialog and leaves the panel usable beside it.
@@ -65,7 +64,6 @@ TEST(ImportPanel, WithNoAgentsOnlySmartImportAndAttachAreOffered) {
   ASSERT_TRUE(w.attachPeriod.cmdCancel.UserClick());
   EXPECT_FALSE(w.attachPeriod.Loaded());
   EXPECT_THAT(w.Problems(), IsEmpty());
-
   // The none text names no agent: the engine's state can't reach Import
   // Now, and the call on nothing is a line in the trace.
   w.popup.FormRun(true);
@@ -118,7 +116,6 @@ TEST(ImportPanel, AFolderIsTakenOnlyOfTheAgentsTypeAndNeverFromAPeriodStore) {
     // A row the engine doesn't hold: a reload replaces it.
     im.lstImImportList.AddItem("stale row");
     w.host.PickMailFolderNext(c.picked);
-
     ASSERT_TRUE(im.cmdImAdd.UserClick());
     std::vector<std::string> prompts;
     if (*c.message != '\0') prompts.push_back(w.Text(c.message));
@@ -164,7 +161,6 @@ TEST(ImportPanel, RemoveTakesTheFirstTickedRowAndTicksItsNeighbour) {
     im.LoadImport();
     for (int32_t row : c.ticked)
       ASSERT_TRUE(im.lstImImportList.UserCheck(row, true));
-
     ASSERT_TRUE(im.cmdImRemove.UserClick());
     EXPECT_THAT(Rows(im.lstImImportList), ElementsAreArray(c.left));
     EXPECT_THAT(Ticks(im.lstImImportList), ElementsAreArray(c.ticksAfter));
@@ -177,7 +173,7 @@ TEST(ImportPanel, RemoveTakesTheFirstTickedRowAndTicksItsNeighbour) {
   EXPECT_THAT(w.Problems(), IsEmpty());
 }
 
-TEST(ImportPanel, TheSubFolderBoxSetsEveryRowAndLoadingLeavesItAlone) {
+TEST(ImportPanel, TheSubFolderBoxSetsEveryRowAndImportNowHoldsTheButtonWhileItWaits) {
   PopupWorld w;
   w.LoadEngine(R"(<Agent Id="1" Name="Mail" MonitorType="Mail and Post" />)"
                R"(<Agent Id="2" Name="Other" MonitorType="Mail and Post" />)");
@@ -186,7 +182,6 @@ TEST(ImportPanel, TheSubFolderBoxSetsEveryRowAndLoadingLeavesItAlone) {
   agent->AddImport(kSent, false);
   ImportPanel& im = OpenImport(w);
   EXPECT_THAT(Ticks(im.lstImImportList), ElementsAre(true, false));
-
   ASSERT_TRUE(im.chkImSubFolders.UserClick());
   EXPECT_THAT(Ticks(im.lstImImportList), ElementsAre(true, true));
   EXPECT_THAT(Imports(agent),
@@ -194,23 +189,15 @@ TEST(ImportPanel, TheSubFolderBoxSetsEveryRowAndLoadingLeavesItAlone) {
   ASSERT_TRUE(im.chkImSubFolders.UserClick());
   EXPECT_THAT(Ticks(im.lstImImportList), ElementsAre(false, false));
   EXPECT_THAT(Imports(agent), ElementsAre(kInbox, kSent));
-
   // Another agent shown: the box keeps its value.
   ASSERT_TRUE(im.chkImSubFolders.UserClick());
   Pick(im.cboImName, "Other");
   EXPECT_EQ(im.chkImSubFolders.Value(), CheckBox::kChecked);
   EXPECT_THAT(Rows(im.lstImImportList), IsEmpty());
-  EXPECT_THAT(w.Problems(), IsEmpty());
-}
-
-TEST(ImportPanel, ImportNowSetsTheTimeAndAWaitingImportHoldsTheButtonWhateverTheEngine) {
-  PopupWorld w;
-  w.LoadEngine(R"(<Agent Id="1" Name="Mail" MonitorType="Mail and Post" />)"
-               R"(<Agent Id="2" Name="Other" MonitorType="Mail and Post" />)");
-  ImportPanel& im = OpenImport(w);
-  const Ref<Agent> agent = AgentOf(w, "Mail");
+  // Import Now sets the time, and a waiting import holds the button whatever
+  // the engine's state.
+  Pick(im.cboImName, "Mail");
   ASSERT_TRUE(im.cmdImRun.Enabled());
-
   const Date first = w.clock.Now();
   ASSERT_TRUE(im.cmdImRun.UserClick());
   EXPECT_EQ(agent->ImportTime(), first);
@@ -219,25 +206,16 @@ TEST(ImportPanel, ImportNowSetsTheTimeAndAWaitingImportHoldsTheButtonWhateverThe
   w.clock.Set(Date(first.Serial() + 1.0 / 24));
   ASSERT_TRUE(im.cmdImRun.UserClick());
   EXPECT_EQ(agent->ImportTime(), w.clock.Now());
-
-  struct Case {
-    const char* agent;
-    bool running;
-    bool enabled;
-  };
-  const std::vector<Case> cases = {
-      {"Mail", true, false},
-      {"Mail", false, false},
-      {"Other", true, true},
-      {"Other", false, false},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(std::string(c.agent) + (c.running ? " running" : " stopped"));
-    Pick(im.cboImName, c.agent);
-    // Loading alone goes by the waiting import.
-    EXPECT_EQ(im.cmdImRun.Enabled(), std::string(c.agent) == "Other");
-    w.popup.FormRun(c.running);
-    EXPECT_EQ(im.cmdImRun.Enabled(), c.enabled);
+  for (const std::string name : {"Mail", "Other"}) {
+    for (const bool running : {true, false}) {
+      SCOPED_TRACE(name + (running ? " running" : " stopped"));
+      Pick(im.cboImName, name);
+      // Loading alone goes by the waiting import; the engine's state then
+      // opens the button only where none waits.
+      EXPECT_EQ(im.cmdImRun.Enabled(), name == "Other");
+      w.popup.FormRun(running);
+      EXPECT_EQ(im.cmdImRun.Enabled(), running && name == "Other");
+    }
   }
   EXPECT_THAT(w.Problems(), IsEmpty());
 }

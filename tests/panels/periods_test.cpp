@@ -34,7 +34,6 @@ struct PeriodsWorld {
   }
   Ref<EngineConfig> config() { return w.ctx.engine->Config(); }
   PeriodsPanel& pe() { return w.popup.periods; }
-
   PopupWorld w;
 };
 

@@ -142,7 +142,6 @@ TEST(FirstRun, OkSavesThePageThenRunsNowOrWaitsOnScreen) {
       w.engine->ReleaseReports();
       w.host.Pump();
     }
-
     ExpectQuarterlyMailAndCalendar(w);
     EXPECT_THAT(w.StateTrace(), ElementsAreArray(way.trace));
     EXPECT_THAT(w.host.History(), Contains("show modal frmPredictiveStart"));
@@ -169,7 +168,6 @@ TEST(FirstRun, ConfigureMoreSavesWithoutQuestionsAndGoesToTheTabs) {
   ASSERT_TRUE(qs.txtStorePath.UserSetText(unreachable));
   ASSERT_TRUE(qs.cmdConfigMore.UserClick());
   w.host.Pump();
-
   EXPECT_THAT(w.host.Prompts(), IsEmpty());
   EXPECT_THAT(w.host.History(), Not(Contains("show modal frmPredictiveStart")));
   EXPECT_EQ(w.popup.ControlState(), MachineState::ConfiguredVisible);
@@ -188,7 +186,6 @@ TEST(FirstRun, CancelLeavesTheSystemUnconfiguredAndHidden) {
   w.engine->ClearJournal();
   ASSERT_TRUE(w.popup.quickSetup.cmdCancel.UserClick());
   w.host.Pump();
-
   EXPECT_THAT(w.host.Prompts(), ElementsAre(w.Text(".Strings.QuickSetup.MsgLater")));
   EXPECT_EQ(w.popup.ControlState(), MachineState::UnconfiguredHidden);
   EXPECT_FALSE(w.popup.Visible());
@@ -204,7 +201,6 @@ TEST(QuickSetup, LoadFillsThePageFromTheDefaultsAndTheDateUnlocksOnlyWhileTicked
   SetTreeValue(w, ".DefaultEmails", "Boolean", Variant(false));
   w.Start();
   QuickSetupPanel& qs = w.popup.quickSetup;
-
   EXPECT_THAT(
       (std::vector<bool>{qs.optAnnual.Value(), qs.optQuarter.Value(), qs.dtpReference.Enabled()}),
       ElementsAre(true, false, false));
@@ -225,7 +221,6 @@ TEST(QuickSetup, LoadFillsThePageFromTheDefaultsAndTheDateUnlocksOnlyWhileTicked
   EXPECT_FALSE(qs.dtpReference.Enabled());
   ASSERT_TRUE(qs.SaveQuickSetup());
   EXPECT_EQ(w.engine->Config()->ReferenceDate(), DateSerial(2026, 4, 6));
-
   // A second Load leaves the box alone, so a ticked box can stand beside a
   // locked date.
   ASSERT_TRUE(qs.chkNotFirstDay.UserClick());
@@ -233,7 +228,6 @@ TEST(QuickSetup, LoadFillsThePageFromTheDefaultsAndTheDateUnlocksOnlyWhileTicked
   qs.Load();
   EXPECT_EQ(qs.chkNotFirstDay.Value(), 1);
   EXPECT_FALSE(qs.dtpReference.Enabled());
-
   // Without a personal folder the store goes to the fixed default.
   PopupWorld bare;
   fs::remove_all(bare.dir / "home" / "Documents");
@@ -260,7 +254,6 @@ TEST(QuickSetup, EveryBoxMakesItsAgentAndOnlyAQuarterlySetupChangesMailAndCalend
     SetTreeValue(w, ".Strings.ProductName", "String", Variant("Probe"));
     w.engine->ClearJournal();
     ASSERT_TRUE(qs.SaveQuickSetup());
-
     const auto& journal = w.engine->Journal();
     ConfigServer disk(w.dir / "ConfigTree.xml", "");
     EXPECT_EQ(disk.RootNode()->GetValue("Componants.VellixControl.Strings.ProductName").ToString(),
@@ -297,7 +290,6 @@ TEST(QuickSetup, DoubtfulFoldersAreAskedAboutAndOnlyTheUsersYesGoesOn) {
   StartOnThePage(w);
   QuickSetupPanel& qs = w.popup.quickSetup;
   ASSERT_TRUE(qs.txtBackupPath.UserSetText("/srv/backup"));
-
   // A store folder two levels down can't be made.
   const fs::path deep = w.dir / "missing" / "store";
   ASSERT_TRUE(qs.txtStorePath.UserSetText(deep.string()));
@@ -310,14 +302,12 @@ TEST(QuickSetup, DoubtfulFoldersAreAskedAboutAndOnlyTheUsersYesGoesOn) {
   w.host.AnswerNext(MsgResult::Yes);
   EXPECT_TRUE(qs.LeaveQuickSetup());
   EXPECT_FALSE(fs::exists(deep));
-
   // One level down is made without a question.
   w.host.ClearPrompts();
   ASSERT_TRUE(qs.txtStorePath.UserSetText((w.dir / "store").string()));
   EXPECT_TRUE(qs.LeaveQuickSetup());
   EXPECT_THAT(w.host.Prompts(), IsEmpty());
   EXPECT_TRUE(fs::is_directory(w.dir / "store"));
-
   // A backup folder of blanks: Cancel keeps the user on the page with
   // nothing written; OK goes on, and the blanks themselves reach the engine.
   ASSERT_TRUE(qs.txtBackupPath.UserSetText("   "));
@@ -343,7 +333,6 @@ TEST(QuickSetup, WithoutOutlookNothingIsWrittenAndTheUserIsTold) {
   w.services.mailProgram = &noOutlook;
   StartOnThePage(w);
   w.engine->ClearJournal();
-
   EXPECT_FALSE(w.popup.quickSetup.SaveQuickSetup());
   const std::string message = w.Text(".Strings.QuickSetup.MsgNoOutlook");
   EXPECT_FALSE(message.empty());
@@ -359,12 +348,10 @@ TEST(QuickSetup, BrowseButtonsFillTheirOwnFieldAndACancelledDialogChangesNothing
   const std::string storeBefore = qs.txtStorePath.Text();
   const fs::path chosen = w.dir / "chosen";
   fs::create_directories(chosen);
-
   w.host.ChooseFolderNext(chosen.string());
   ASSERT_TRUE(qs.cmdBrowseBackup.UserClick());
   EXPECT_EQ(qs.txtBackupPath.Text(), w.paths.ToLogic(chosen));
   EXPECT_EQ(qs.txtStorePath.Text(), storeBefore);
-
   w.host.ChooseFolderNext(std::nullopt);
   ASSERT_TRUE(qs.cmdBrowseStore.UserClick());
   EXPECT_EQ(qs.txtStorePath.Text(), storeBefore);
@@ -385,7 +372,6 @@ TEST(QuickSetup, ThePageIsLaidOutInFramesWithoutOverlapsAndButtonsBottomRight) {
   StartOnThePage(w);
   QuickSetupPanel& qs = w.popup.quickSetup;
   const LayoutMetrics& m = w.popup.Metrics();
-
   // Each frame holds its controls, each inside it and none on another.
   const std::pair<const char*, size_t> containers[] = {{"picQuickSetup", 8U},
                                                        {"fraPeriod", 2U},
@@ -410,7 +396,6 @@ TEST(QuickSetup, ThePageIsLaidOutInFramesWithoutOverlapsAndButtonsBottomRight) {
       }
     }
   }
-
   // The buttons: one row at the bottom right, in the order Help, Configure
   // More, Cancel, OK, a Border apart.
   const Control& pic = w.popup.picQuickSetup;
@@ -421,7 +406,6 @@ TEST(QuickSetup, ThePageIsLaidOutInFramesWithoutOverlapsAndButtonsBottomRight) {
     EXPECT_EQ(row[i]->Top(), qs.cmdOK.Top());
     EXPECT_EQ(row[i]->Left(), row[i - 1]->Left() + row[i - 1]->Width() + m.Border);
   }
-
   // Labels sit in the label column.
   EXPECT_EQ(qs.lblStore.Top(), qs.txtStorePath.Top() + m.TextOffset);
   EXPECT_EQ(qs.txtStorePath.Left(), m.Border + m.LabelColumnWidth + m.Border);

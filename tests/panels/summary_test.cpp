@@ -85,7 +85,6 @@ TEST(SummaryPanel, SelectorListsAgentsAndPeriodsAndRootsShowTheirListsInsideTheP
   w.Start();
   SummaryPanel& su = w.popup.summary;
   TreeView& tree = su.tvwSuSelector;
-
   EXPECT_THAT(Texts(tree.Roots()), ElementsAre("Agents", "Periods"));
   EXPECT_THAT(Texts(tree.Nodes("Agents").Children()),
               ElementsAre("calendar", "Received Emails", "Sent Emails"));
@@ -95,24 +94,20 @@ TEST(SummaryPanel, SelectorListsAgentsAndPeriodsAndRootsShowTheirListsInsideTheP
   EXPECT_TRUE(tree.Nodes("PeriodsRoot").Expanded());
   // Selecting in code is no click: nothing is listed yet.
   EXPECT_EQ(su.fgcSuDetail.Rows(), 0);
-
   ASSERT_TRUE(tree.UserClickNode("Agents"));
   EXPECT_THAT(GridRows(su.fgcSuDetail),
               ElementsAre(Pair("calendar", "Calendar"), Pair("Received Emails", "Mail and Post"),
                           Pair("Sent Emails", "Mail and Post")));
   EXPECT_EQ(su.fgcSuDetail.CellAlignmentAt(1, 1), 2);
-
   // Coming back to the tab rebuilds the tree and leaves the list alone.
   su.Load();
   EXPECT_EQ(su.fgcSuDetail.Rows(), 3);
   EXPECT_TRUE(tree.Nodes("PeriodsRoot").Selected());
-
   ASSERT_TRUE(tree.UserClickNode("PeriodsRoot"));
   EXPECT_THAT(GridRows(su.fgcSuDetail), ElementsAre(Pair("File 2024", "03/01/2024 - 30/12/2024"),
                                                     Pair("File 2025", "30/12/1899 - 30/12/1899")));
   EXPECT_TRUE(su.LeaveSummary());
   EXPECT_THAT(w.Problems(), IsEmpty());
-
   // Tree, grid and buttons lie inside the panel; the columns fill the grid.
   const LayoutMetrics& m = w.popup.Metrics();
   const FlexGrid& grid = su.fgcSuDetail;
@@ -166,12 +161,10 @@ TEST(SummaryPanel, DetailsShowEveryFigureOfAnAgentInTheOrderOfTheirNamesAndOfAPe
   auto period = [&](const std::string& key) {
     return w.Text(std::string(kSummary) + ".Period." + key);
   };
-
   // An agent that has filed nothing shows its count as nothing at all.
   ASSERT_TRUE(su.tvwSuSelector.UserClickNode("calendar"));
   EXPECT_EQ(RowValue(su.fgcSuDetail, agent("ItemCount")), "");
   EXPECT_EQ(RowValue(su.fgcSuDetail, agent("MonitorType")), "Calendar");
-
   // The order follows the configured wording: case aside, and the later of
   // two equal names first.
   const std::pair<const char*, const char*> names[] = {
@@ -189,7 +182,6 @@ TEST(SummaryPanel, DetailsShowEveryFigureOfAnAgentInTheOrderOfTheirNamesAndOfAPe
                           Pair("earliest", "01 January 2024 00:00:00"),
                           Pair("Kind", "Mail and Post"), Pair("Latest", "01 January 2025 12:00:00"),
                           Pair("purge", "42"), Pair("Unfiled", "")));
-
   ASSERT_TRUE(su.tvwSuSelector.UserClickNode("File 2024"));
   const std::string store = (w.dir / "store").string();
   EXPECT_THAT(
@@ -204,7 +196,6 @@ TEST(SummaryPanel, DetailsShowEveryFigureOfAnAgentInTheOrderOfTheirNamesAndOfAPe
           Pair(period("ItemCount"), "0"), Pair(period("LastBackup"), "21 November 2026 22:00:00"),
           Pair(period("LastEntry"), "30 December 2024 17:45:30"),
           Pair(period("StoreLocation"), store)));
-
   // Any status the engine might answer.
   auto status = [&](int16_t value) {
     su.ShowPeriodDetails(MakeRef<StatusPeriod>(w.engine->Config(), value));
@@ -225,12 +216,10 @@ TEST(SummaryPanel, EmptyAgentListAndCollidingNames) {
   w.LoadEngine("", R"(<Period Name="File 2024" FileName="x.pst" />)");
   w.Start();
   SummaryPanel& su = w.popup.summary;
-
   ASSERT_TRUE(su.tvwSuSelector.UserClickNode("PeriodsRoot"));
   EXPECT_EQ(su.fgcSuDetail.Rows(), 1);
   ASSERT_TRUE(su.tvwSuSelector.UserClickNode("Agents"));
   EXPECT_EQ(su.fgcSuDetail.Rows(), 0);
-
   // An agent named as a period collides in the tree: the build stops there.
   // The tree's error number doesn't fit the log's 16-bit field, so the
   // record is the overflow, in the procedure that asked for the tree.
@@ -244,7 +233,6 @@ TEST(SummaryPanel, EmptyAgentListAndCollidingNames) {
   ASSERT_EQ(problems.size(), logged + 1);
   EXPECT_EQ(problems.back().procedure, "LoadSummary");
   EXPECT_EQ(problems.back().number, 6);
-
   // A name with a backslash is a path of three parts: a click shows nothing.
   w.engine->Config()->Agent("Zed")->Name("In\\Out");
   su.Load();
@@ -277,7 +265,6 @@ TEST(SummaryPanel, HelpOpensTheAddressWithTheProgramFoundFromATemporaryPageOrSay
   EXPECT_THAT(w.browser.opened, ElementsAre("web-browser " + text(".cmdSuHelp.LinkURL")));
   EXPECT_THAT(w.host.Prompts(), IsEmpty());
   ExpectPageGone(w);
-
   // No browser.
   w.browser.opened.clear();
   w.browser.findResult = kShellErrorNoAssociation;
@@ -285,7 +272,6 @@ TEST(SummaryPanel, HelpOpensTheAddressWithTheProgramFoundFromATemporaryPageOrSay
   EXPECT_THAT(w.host.Prompts(), ElementsAre(text(".cmdSuHelp.NoBrowser")));
   EXPECT_THAT(w.browser.opened, IsEmpty());
   ExpectPageGone(w);
-
   // Found, but it does not start.
   w.host.ClearPrompts();
   w.browser.findResult = kShellSuccess;
