@@ -285,11 +285,24 @@ TEST(QuickSetup, EveryBoxMakesItsAgentAndOnlyAQuarterlySetupChangesMailAndCalend
   }
 }
 
-TEST(QuickSetup, DoubtfulFoldersAreAskedAboutAndOnlyTheUsersYesGoesOn) {
+TEST(QuickSetup, BrowseFillsItsOwnFieldAndDoubtfulFoldersAreAskedAboutUntilTheUsersYes) {
   PopupWorld w;
   StartOnThePage(w);
   QuickSetupPanel& qs = w.popup.quickSetup;
-  ASSERT_TRUE(qs.txtBackupPath.UserSetText("/srv/backup"));
+  // Each browse button fills its own field; a cancelled dialog changes nothing.
+  const std::string storeBefore = qs.txtStorePath.Text();
+  const fs::path chosen = w.dir / "chosen";
+  fs::create_directories(chosen);
+  w.host.ChooseFolderNext(chosen.string());
+  ASSERT_TRUE(qs.cmdBrowseBackup.UserClick());
+  EXPECT_EQ(qs.txtBackupPath.Text(), w.paths.ToLogic(chosen));
+  EXPECT_EQ(qs.txtStorePath.Text(), storeBefore);
+  w.host.ChooseFolderNext(std::nullopt);
+  ASSERT_TRUE(qs.cmdBrowseStore.UserClick());
+  EXPECT_EQ(qs.txtStorePath.Text(), storeBefore);
+  const std::string title = w.Text(".Strings.ControlPanel.CaptionFindFolder");
+  EXPECT_THAT(w.host.FolderTitles(), ElementsAre(title, title));
+  EXPECT_THAT(w.host.Prompts(), IsEmpty());
   // A store folder two levels down can't be made.
   const fs::path deep = w.dir / "missing" / "store";
   ASSERT_TRUE(qs.txtStorePath.UserSetText(deep.string()));
@@ -341,32 +354,6 @@ TEST(QuickSetup, WithoutOutlookNothingIsWrittenAndTheUserIsTold) {
   EXPECT_THAT(w.Journal(), IsEmpty());
 }
 
-TEST(QuickSetup, BrowseButtonsFillTheirOwnFieldAndACancelledDialogChangesNothing) {
-  PopupWorld w;
-  StartOnThePage(w);
-  QuickSetupPanel& qs = w.popup.quickSetup;
-  const std::string storeBefore = qs.txtStorePath.Text();
-  const fs::path chosen = w.dir / "chosen";
-  fs::create_directories(chosen);
-  w.host.ChooseFolderNext(chosen.string());
-  ASSERT_TRUE(qs.cmdBrowseBackup.UserClick());
-  EXPECT_EQ(qs.txtBackupPath.Text(), w.paths.ToLogic(chosen));
-  EXPECT_EQ(qs.txtStorePath.Text(), storeBefore);
-  w.host.ChooseFolderNext(std::nullopt);
-  ASSERT_TRUE(qs.cmdBrowseStore.UserClick());
-  EXPECT_EQ(qs.txtStorePath.Text(), storeBefore);
-  const std::string title = w.Text(".Strings.ControlPanel.CaptionFindFolder");
-  EXPECT_THAT(w.host.FolderTitles(), ElementsAre(title, title));
-}
-
-struct Rect {
-  int32_t left, top, right, bottom;
-};
-
-Rect RectOf(const Control& c) {
-  return {c.Left(), c.Top(), c.Left() + c.Width(), c.Top() + c.Height()};
-}
-
 TEST(QuickSetup, ThePageIsLaidOutInFramesWithoutOverlapsAndButtonsBottomRight) {
   PopupWorld w;
   StartOnThePage(w);
@@ -384,15 +371,16 @@ TEST(QuickSetup, ThePageIsLaidOutInFramesWithoutOverlapsAndButtonsBottomRight) {
     const auto children = w.popup.ChildrenOf(container);
     EXPECT_EQ(children.size(), count) << container;
     for (size_t i = 0; i < children.size(); ++i) {
-      const Rect a = RectOf(*children[i]);
-      const bool inside = a.left >= 0 && a.top >= 0 && a.left < a.right && a.top < a.bottom &&
-                          a.right <= box->Width() && a.bottom <= box->Height();
-      EXPECT_TRUE(inside) << children[i]->Name() << " is empty or sticks out of " << container;
+      const Control& a = *children[i];
+      const bool inside = a.Left() >= 0 && a.Top() >= 0 && a.Width() > 0 && a.Height() > 0 &&
+                          a.Left() + a.Width() <= box->Width() &&
+                          a.Top() + a.Height() <= box->Height();
+      EXPECT_TRUE(inside) << a.Name() << " is empty or sticks out of " << container;
       for (size_t j = i + 1; j < children.size(); ++j) {
-        const Rect b = RectOf(*children[j]);
-        const bool apart =
-            a.right <= b.left || b.right <= a.left || a.bottom <= b.top || b.bottom <= a.top;
-        EXPECT_TRUE(apart) << children[i]->Name() << " overlaps " << children[j]->Name();
+        const Control& b = *children[j];
+        const bool apart = a.Left() + a.Width() <= b.Left() || b.Left() + b.Width() <= a.Left() ||
+                           a.Top() + a.Height() <= b.Top() || b.Top() + b.Height() <= a.Top();
+        EXPECT_TRUE(apart) << a.Name() << " overlaps " << b.Name();
       }
     }
   }
