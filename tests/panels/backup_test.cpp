@@ -89,7 +89,7 @@ TEST(BackupPanel, ShowsTheEnginesSettingsInRowsWithTheUnitsFromTheConfiguration)
   }
 }
 
-TEST(BackupPanel, TheIntervalIsCorrectedQuietlyAndTheEngineGetsTheWholeTextRoundedToEven) {
+TEST(BackupPanel, TheIntervalIsCorrectedQuietlyRoundedToEvenAndThePickersTimeWrittenAlways) {
   struct Case {
     const char* typed;
     const char* shown;
@@ -130,6 +130,28 @@ TEST(BackupPanel, TheIntervalIsCorrectedQuietlyAndTheEngineGetsTheWholeTextRound
   ASSERT_TRUE(b.ba().cboBaEveryUnits.UserSetText("Fortnight"));
   b.ba().cboBaEveryUnits.UserLeave();
   EXPECT_EQ(b.config()->BackupEveryUnits(), "Fortnight");
+  // The picker's time is written on each change, and on leaving, which is
+  // never refused.
+  BackupPanel& ba = b.ba();
+  const Date first = DateTimeSerial(2026, 11, 23, 18, 0, 0);
+  const Date second = DateTimeSerial(2026, 11, 24, 7, 15, 0);
+  ASSERT_TRUE(ba.dtpBaNextBackup.UserSetValue(first));
+  EXPECT_EQ(b.config()->NextBackup(), first);
+  ASSERT_TRUE(ba.dtpBaNextBackup.UserSetValue(second));
+  EXPECT_EQ(b.config()->NextBackup(), second);
+  // Whatever the engine came to hold meanwhile, leaving puts the picker's.
+  b.config()->NextBackup(DateTimeSerial(2027, 1, 1, 0, 0, 0));
+  ASSERT_TRUE(b.w.popup.tabControlOptions.UserSelectTab("Log"));
+  EXPECT_EQ(b.Tab(), "Log");
+  EXPECT_EQ(b.config()->NextBackup(), second);
+  // A write the engine fails keeps nobody on the tab.
+  ASSERT_TRUE(b.w.popup.tabControlOptions.UserSelectTab("Backup"));
+  ASSERT_TRUE(ba.dtpBaNextBackup.UserSetValue(first));
+  b.w.engine->FailCall("put NextBackup");
+  ASSERT_TRUE(b.w.popup.tabControlOptions.UserSelectTab("Summary"));
+  EXPECT_EQ(b.Tab(), "Summary");
+  b.w.engine->ClearFaults();
+  EXPECT_EQ(b.config()->NextBackup(), first);
 }
 
 TEST(BackupPanel, AFolderThatCantBeMadeIsWrittenOnYesAndRestoredOnNo) {
@@ -214,30 +236,6 @@ TEST(BackupPanel, BrowseFillsTheFieldAndItsCheckFollowsAlsoAfterACancel) {
   EXPECT_THAT(b.w.host.Prompts(), IsEmpty());
   EXPECT_EQ(b.config()->StoreLocation(), (b.w.dir / "store").string());
   EXPECT_THAT(b.w.Problems(), IsEmpty());
-}
-
-TEST(BackupPanel, ThePickersTimeIsWrittenOnEachChangeAndOnLeavingWhichIsNeverRefused) {
-  BackupWorld b;
-  BackupPanel& ba = b.ba();
-  const Date first = DateTimeSerial(2026, 11, 23, 18, 0, 0);
-  const Date second = DateTimeSerial(2026, 11, 24, 7, 15, 0);
-  ASSERT_TRUE(ba.dtpBaNextBackup.UserSetValue(first));
-  EXPECT_EQ(b.config()->NextBackup(), first);
-  ASSERT_TRUE(ba.dtpBaNextBackup.UserSetValue(second));
-  EXPECT_EQ(b.config()->NextBackup(), second);
-  // Whatever the engine came to hold meanwhile, leaving puts the picker's.
-  b.config()->NextBackup(DateTimeSerial(2027, 1, 1, 0, 0, 0));
-  ASSERT_TRUE(b.w.popup.tabControlOptions.UserSelectTab("Log"));
-  EXPECT_EQ(b.Tab(), "Log");
-  EXPECT_EQ(b.config()->NextBackup(), second);
-  // A write the engine fails keeps nobody on the tab.
-  ASSERT_TRUE(b.w.popup.tabControlOptions.UserSelectTab("Backup"));
-  ASSERT_TRUE(ba.dtpBaNextBackup.UserSetValue(first));
-  b.w.engine->FailCall("put NextBackup");
-  ASSERT_TRUE(b.w.popup.tabControlOptions.UserSelectTab("Summary"));
-  EXPECT_EQ(b.Tab(), "Summary");
-  b.w.engine->ClearFaults();
-  EXPECT_EQ(b.config()->NextBackup(), first);
 }
 
 TEST(BackupPanel, FailuresGoToTheTraceUnderTheNamesItsReadersKnow) {

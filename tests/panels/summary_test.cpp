@@ -79,7 +79,35 @@ void SetText(PopupWorld& w, const std::string& key, const std::string& text) {
       ->SetContent(Variant(text));
 }
 
-TEST(SummaryPanel, SelectorListsAgentsAndPeriodsAndRootsShowTheirListsInsideThePanel) {
+// A period whose backup status can be anything the engine might answer.
+class StatusPeriod : public Period {
+ public:
+  StatusPeriod(Ref<EngineConfig> config, int16_t status)
+      : config_(std::move(config)), status_(status) {}
+  std::string Name() override { return "Odd"; }
+  std::string FileName() override { return "Odd.pst"; }
+  std::string BackupFile() override { return "Odd.pst"; }
+  std::string BackupFileLabel() override { return "Odd.pst"; }
+  int32_t FileSize() override { return 0; }
+  int32_t Free() override { return -1; }
+  int32_t Valid() override { return -1; }
+  int16_t BackupStatus() override { return status_; }
+  Date LastBackup() override { return {}; }
+  void LastBackup(Date) override {}
+  Date LastLocated() override { return {}; }
+  Date Watermark() override { return {}; }
+  Date FirstEntry() override { return {}; }
+  Date LastEntry() override { return {}; }
+  int32_t ItemCount() override { return 1234; }
+  bool Connected() override { return true; }
+  Ref<EngineConfig> Config() override { return config_; }
+
+ private:
+  Ref<EngineConfig> config_;
+  int16_t status_;
+};
+
+TEST(SummaryPanel, SelectorListsAgentsAndPeriodsAndEachNodeShowsItsListOrItsFiguresInOrder) {
   PopupWorld w;
   LoadArchive(w);
   w.Start();
@@ -120,41 +148,8 @@ TEST(SummaryPanel, SelectorListsAgentsAndPeriodsAndRootsShowTheirListsInsideTheP
                   std::stoi(w.Text(std::string(kSummary) + ".DetailNameWidth")), grid.Width(),
                   height, su.cmdSuHelp.Left() + su.cmdSuHelp.Width() + m.Border));
   EXPECT_EQ(su.cmdSuHelp.Caption(), w.Text(std::string(kSummary) + ".cmdSuHelp.ButtonText"));
-}
-
-// A period whose backup status can be anything the engine might answer.
-class StatusPeriod : public Period {
- public:
-  StatusPeriod(Ref<EngineConfig> config, int16_t status)
-      : config_(std::move(config)), status_(status) {}
-  std::string Name() override { return "Odd"; }
-  std::string FileName() override { return "Odd.pst"; }
-  std::string BackupFile() override { return "Odd.pst"; }
-  std::string BackupFileLabel() override { return "Odd.pst"; }
-  int32_t FileSize() override { return 0; }
-  int32_t Free() override { return -1; }
-  int32_t Valid() override { return -1; }
-  int16_t BackupStatus() override { return status_; }
-  Date LastBackup() override { return {}; }
-  void LastBackup(Date) override {}
-  Date LastLocated() override { return {}; }
-  Date Watermark() override { return {}; }
-  Date FirstEntry() override { return {}; }
-  Date LastEntry() override { return {}; }
-  int32_t ItemCount() override { return 1234; }
-  bool Connected() override { return true; }
-  Ref<EngineConfig> Config() override { return config_; }
-
- private:
-  Ref<EngineConfig> config_;
-  int16_t status_;
-};
-
-TEST(SummaryPanel, DetailsShowEveryFigureOfAnAgentInTheOrderOfTheirNamesAndOfAPeriod) {
-  PopupWorld w;
-  LoadArchive(w);
-  w.Start();
-  SummaryPanel& su = w.popup.summary;
+  // The details show every figure of an agent in the order of their names,
+  // and of a period.
   auto agent = [&](const std::string& key) {
     return w.Text(std::string(kSummary) + ".Agent." + key);
   };
