@@ -1,19 +1,22 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "foundation/config_file_info.h"
 #include "foundation/config_node.h"
+#include "foundation/period.h"
+#include "servers/engine/engine_server_connector.h"
 #include "servers/engine/store_file.h"
 #include "support/popup/popup_world.h"
 #include "support/temp_folder.h"
 
-namespace vellix {
+namespace vellix::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -21,6 +24,7 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
+using ::testing::SizeIs;
 
 using Manager = FrmBackupManager;
 constexpr int32_t kFree = 4;
@@ -47,85 +51,67 @@ class ScriptedServer : public BackupServer {
   int starts = 0;
 };
 
-// The mail program of the profile, with item windows that record their closing.
+// The profile's mail program with two item windows open that record their closing.
 class MailWithInspectors : public MailProgram {
- public:
-  class Window : public Inspector {
-   public:
-    Window(std::vector<std::string>& calls, std::string name)
-        : calls_(calls), name_(std::move(name)) {}
-    void Close(int32_t saveMode) override {
-      calls_.push_back("close " + name_ + " " + std::to_string(saveMode));
+  struct Window : Inspector {
+    Window(std::vector<std::string>& c, std::string n) : calls(c), name(std::move(n)) {}
+    void Close(int32_t mode) override {
+      calls.push_back("close " + name + " " + std::to_string(mode));
     }
-
-   private:
-    std::vector<std::string>& calls_;
-    std::string name_;
+    std::vector<std::string>& calls;
+    std::string name;
   };
-  class App : public OutlookApplication {
-   public:
-    App(Ref<OutlookApplication> real, std::vector<std::string>& calls)
-        : real_(std::move(real)), calls_(calls) {}
+  struct App : OutlookApplication {
+    App(Ref<OutlookApplication> r, std::vector<std::string>& c) : real(std::move(r)), calls(c) {}
     Ref<NameSpace> GetNamespace(const std::string& type) override {
-      return real_->GetNamespace(type);
+      return real->GetNamespace(type);
     }
     void Quit() override {
-      calls_.push_back("quit");
-      real_->Quit();
+      calls.push_back("quit");
+      real->Quit();
     }
     std::vector<Ref<Inspector>> Inspectors() override {
-      return {MakeRef<Window>(calls_, "draft"), MakeRef<Window>(calls_, "reply")};
+      return {MakeRef<Window>(calls, "draft"), MakeRef<Window>(calls, "reply")};
     }
-
-   private:
-    Ref<OutlookApplication> real_;
-    std::vector<std::string>& calls_;
+    Ref<OutlookApplication> real;
+    std::vector<std::string>& calls;
   };
+  MailProgram& real_;
+
+ public:
   explicit MailWithInspectors(MailProgram& real) : real_(real) {}
   Ref<OutlookApplication> CreateApplication() override {
     return MakeRef<App>(real_.CreateApplication(), calls);
   }
   std::vector<std::string> calls;
-
- private:
-  MailProgram& real_;
 };
 
 class BackupManager : public ::testing::Test {
  protected:
   BackupManager() { w.backupServer = server; }
-
   fs::path Store(const std::string& name) const { return w.dir / "store" / (name + ".pst"); }
-
   // Periods of the engine: a name with a store file, or "-name" without one.
   void Engine(const std::vector<std::string>& periods) {
     std::string xml;
     for (const std::string& entry : periods) {
-      const bool made = entry[0] != '-';
-      const std::string name = made ? entry : entry.substr(1);
+      const std::string name = entry[0] == '-' ? entry.substr(1) : entry;
       xml += "<Period Name=\"" + name + "\" FileName=\"" + Store(name).string() + "\" />";
     }
     fs::create_directories(w.dir / "store");
     fs::create_directories(w.dir / "backups");
     w.LoadEngine("", xml);
     for (const std::string& entry : periods) {
-      if (entry[0] == '-') continue;
       std::string error;
+      if (entry[0] == '-') continue;
       ASSERT_TRUE(engine::CreateStoreFile(Store(entry), entry, DateSerial(2024, 1, 1),
                                           DateSerial(2025, 1, 1), &error))
           << error;
     }
   }
-  // The mail program holds every store open, as while it runs.
-  void StoresHeldOpen() { w.ShowStoresInProfile(); }
   Ref<EngineConfig> Config() { return w.engine->Config(); }
-
-  void Started() {
-    if (!w.popup.Loaded()) w.Start();
-  }
   // Starts the panel, then runs `step` while the manager is up.
   void Open(const std::function<void(Manager&)>& step) {
-    Started();
+    if (!w.popup.Loaded()) w.Start();
     w.log->records.clear();
     w.host.OnModal("frmBackupManager", [&](Form&) { step(w.backupManager); });
     w.backupManager.Show(true);
@@ -133,16 +119,10 @@ class BackupManager : public ::testing::Test {
   }
   void Tick(int seconds = 1) { w.host.Advance(1000LL * seconds); }
   Date Later(double seconds) { return AddSeconds(w.clock.Now(), seconds); }
-  std::string Cell(const Manager& m, int32_t row, int32_t col) {
+  static std::string Cell(const Manager& m, int32_t row, int32_t col) {
     return m.fgcPeriods.TextMatrix(row, col);
   }
-  void SetKey(const std::string& key, const Variant& value) {
-    w.config->RootNode()
-        ->GetNode(std::string(Manager::kTextNode) + "." + key, true, value.TypeName(), value)
-        ->SetContent(value);
-  }
-
-  test::PopupWorld w;
+  PopupWorld w;
   std::shared_ptr<ScriptedServer> server = std::make_shared<ScriptedServer>();
 };
 
@@ -178,71 +158,76 @@ TEST_F(BackupManager, UnattendedCountdownPressesTheButtonAndANewLookStartsItOver
     Tick();
     EXPECT_EQ(m.cmdBackup.Caption(), "Cancel Backup");
     EXPECT_FALSE(m.cmdChange.Enabled());
-    // Closing while the run goes warns first; OK closes.
+    // Closing while the run goes warns first: Cancel stays, OK closes.
+    w.host.AnswerNext(MsgResult::Cancel);
+    EXPECT_FALSE(m.UserClose());
+    EXPECT_TRUE(m.Loaded());
     m.UserClose();
   });
-  EXPECT_THAT(w.host.Prompts(),
-              ElementsAre("Closing the Backup Manager while it is running may result in backed "
-                          "up stored being left corrupt"));
+  const std::string warning =
+      "Closing the Backup Manager while it is running may result in backed up stored being left "
+      "corrupt";
+  EXPECT_THAT(w.host.Prompts(), ElementsAre(warning, warning));
   EXPECT_EQ(Config()->NextBackup(), Date()) << "a press was made: no postponement";
   EXPECT_THAT(w.Journal(), Contains("BackupManagerOpen False"));
   EXPECT_THAT(w.Problems(), IsEmpty());
 }
 
-TEST_F(BackupManager, AttendedTheCountdownStaysHiddenAndTheButtonWaits) {
-  Engine({"File 2024"});
-  Started();
-  SetKey("AutoDelay", Variant(int16_t{3}));
-  Open([&](Manager& m) {
-    Tick(10);
-    EXPECT_EQ(m.cmdBackup.Caption(), "Backup Now");
-    EXPECT_FALSE(m.lblCountdown.Visible());
-    EXPECT_EQ(m.Countdown(), 3);
-    EXPECT_EQ(server->starts, 0);
-    m.UserClose();
-  });
-  EXPECT_EQ(Config()->NextBackup(), Later(300)) << "closed by its frame while due";
-}
-
 TEST_F(BackupManager, ThePressOfEachWaitingLookSetsTheNextBackupAndCloses) {
   struct Row {
     const char* what;
-    std::function<void()> setup;
     std::function<void(Manager&)> act;
     std::string caption;
     double seconds;
+    std::function<void()> before = [] {};  // the manager opens
   };
   const std::vector<Row> rows = {
-      {"later by ten minutes", [] {},
+      // Attended, the countdown stays hidden and the button waits.
+      {"closed by its frame while due",
+       [&](Manager& m) {
+         Tick(10);
+         EXPECT_EQ(m.cmdBackup.Caption(), "Backup Now");
+         EXPECT_FALSE(m.lblCountdown.Visible());
+         EXPECT_EQ(m.Countdown(), 3);
+         EXPECT_EQ(server->starts, 0);
+         m.UserClose();
+       },
+       "Backup Now", 300},
+      {"later by ten minutes",
        [](Manager& m) {
          m.cboLater.UserPick(1);
          EXPECT_EQ(m.txtLater.Text(), "10");
          EXPECT_TRUE(m.txtLater.Enabled());
        },
        "Try Again Later", 600},
-      {"later by two hours", [] {},
+      {"later by two hours",
        [](Manager& m) {
          m.cboLater.UserPick(2);
          m.txtLater.UserSetText("2");
        },
        "Try Again Later", 7200},
-      {"no location: later without delay", [&] { fs::remove_all(w.dir / "backups"); },
-       [](Manager&) {}, "Try Again Later", 0},
-      {"everything backed up: close until the next is due",
+      {"no location: later without delay", [](Manager&) {}, "Try Again Later", 0,
+       [&] { fs::remove_all(w.dir / "backups"); }},
+      {"everything backed up: close until the next is due", [](Manager&) {}, "Close", 7 * 86400,
        [&] {
          Config()->BackupPolicy(2);
          Config()->Period("File 2024")->LastBackup(DateSerial(2099, 1, 1));
-       },
-       [](Manager&) {}, "Close", 7 * 86400},
+       }},
   };
   Engine({"File 2024"});
+  w.Start();
+  const Variant delay(int16_t{3});
+  w.config->RootNode()
+      ->GetNode(std::string(Manager::kTextNode) + ".AutoDelay", true, delay.TypeName(), delay)
+      ->SetContent(delay);
   for (const Row& row : rows) {
     SCOPED_TRACE(row.what);
     fs::create_directories(w.dir / "backups");
-    row.setup();
+    row.before();
     Open([&](Manager& m) {
       Tick();
       row.act(m);
+      if (!m.Loaded()) return;
       Tick();
       EXPECT_EQ(m.cmdBackup.Caption(), row.caption);
       m.cmdBackup.UserClick();
@@ -277,7 +262,7 @@ TEST_F(BackupManager, TheGridShowsWhatTheEngineSaysOfEachStore) {
   Config()->Period("File 2024")->LastBackup(DateTimeSerial(2099, 11, 1, 8, 5, 0));
   // A store open in the mail program isn't free; a missing one isn't valid.
   w.mail->CreateApplication();
-  StoresHeldOpen();
+  w.ShowStoresInProfile();
   ASSERT_EQ(Config()->Period("Held")->Free(), 0);
   w.mail->Profile()->UnlistStoreFile(Store("File 2024"));
   Open([&](Manager& m) {
@@ -308,9 +293,10 @@ TEST_F(BackupManager, TheGridShowsWhatTheEngineSaysOfEachStore) {
   EXPECT_THAT(w.Problems(), IsEmpty());
 }
 
-TEST_F(BackupManager, NoPeriodsLeaveTheHeadingRowAndNothingToDo) {
+TEST_F(BackupManager, NoPeriodsLeaveNothingToDoAndMissingTextsAreMadeWithTheirDefaults) {
   Engine({});
   Open([&](Manager& m) {
+    EXPECT_EQ(m.Caption(), "Orvane Vellix Backup Manager");
     EXPECT_EQ(m.fgcPeriods.Rows(), 1);
     EXPECT_FALSE(m.FlagFilesToBackup());
     EXPECT_FALSE(m.FlagFilesToRelease());
@@ -318,6 +304,23 @@ TEST_F(BackupManager, NoPeriodsLeaveTheHeadingRowAndNothingToDo) {
     EXPECT_EQ(m.cmdBackup.Caption(), "Close");
     m.UserClose();
   });
+  const std::pair<std::string, std::string> made[] = {
+      {"fraPolicy-Tip", "Select policy to to determine if a Period Store should be backed up"},
+      {"optPolicyCheckHistory-Tip",
+       "For Rermoveable Media - Reference the date and time stamp of last backup to determine if "
+       "a Store requires backup"},
+      {"chkUnattendedOpperation", "Enable unattended opperation"},
+      {"fgcPeriods.Heading0", "Period Store"},
+      {"cboLater.1", "Backup Now"},
+      {"cboLater.4", "Day"},
+      {"txtLater", "10"},
+  };
+  for (const auto& [key, text] : made)
+    EXPECT_EQ(w.Text(".Strings.frmBackupManager." + key), text) << key;
+  const ComboBox& list = w.backupManager.cboLater;
+  ASSERT_EQ(list.ListCount(), 4);
+  EXPECT_EQ(list.List(0), "Backup Now");
+  EXPECT_EQ(list.List(3), "Day");
   EXPECT_THAT(w.Problems(), IsEmpty());
 }
 
@@ -326,11 +329,11 @@ TEST_F(BackupManager, AHeldStoreIsLetGoByClosingTheMailProgram) {
   MailWithInspectors mail(*w.mail);
   w.services.mailProgram = &mail;
   w.mail->CreateApplication();
-  StoresHeldOpen();
+  w.ShowStoresInProfile();
   Open([&](Manager& m) {
     Tick();
     EXPECT_EQ(m.cmdBackup.Caption(), "Save && Close Outlook");
-    EXPECT_EQ(w.engine->Config()->Period("File 2024")->Free(), 0);
+    EXPECT_EQ(Config()->Period("File 2024")->Free(), 0);
     w.engine->ClearJournal();
     m.cmdBackup.UserClick();
     EXPECT_THAT(mail.calls, ElementsAre("close draft 0", "close reply 0", "quit"));
@@ -360,22 +363,22 @@ class BackupRun : public BackupManager {
     });
   }
   std::string File(const std::string& name) const { return Store(name).string(); }
-  int32_t Size() const { return static_cast<int32_t>(fs::file_size(Store("File 2024"))); }
 };
 
 TEST_F(BackupRun, ProgressAndCompletionFillTheProgressColumn) {
   Run([&](Manager& m) {
+    const auto size = static_cast<int32_t>(fs::file_size(Store("File 2024")));
     server->Send(BackupServer::kFileBegins, File("File 2024"));
     EXPECT_EQ(Cell(m, 1, kProgress), "Started");
     EXPECT_EQ(m.CurrentRow(), 1);
-    server->Send(BackupServer::kProgress, std::to_string(Size() / 4));
+    server->Send(BackupServer::kProgress, std::to_string(size / 4));
     EXPECT_EQ(Cell(m, 1, kProgress), "25%");
     // A file nobody has changes no cell.
     server->Send(BackupServer::kFileComplete, "/nowhere/else.pst");
     EXPECT_EQ(m.CurrentRow(), 0);
     EXPECT_EQ(Cell(m, 1, kProgress), "25%");
     // Progress without a row writes over the heading.
-    server->Send(BackupServer::kProgress, std::to_string(Size()));
+    server->Send(BackupServer::kProgress, std::to_string(size));
     EXPECT_EQ(Cell(m, 0, kProgress), "100%");
     server->Send(BackupServer::kFileComplete, File("File 2024"));
     EXPECT_EQ(Cell(m, 1, kProgress), "Complete");
@@ -390,7 +393,7 @@ TEST_F(BackupRun, ProgressAndCompletionFillTheProgressColumn) {
     EXPECT_EQ(Config()->LastBackup(), Date());
     server->Send(BackupServer::kRunComplete);
   });
-  const std::vector<test::LogRecord> problems = w.Problems();
+  const std::vector<LogRecord> problems = w.Problems();
   ASSERT_EQ(problems.size(), 1u);
   EXPECT_EQ(problems[0].procedure, "mobjBackupServer_Status");
   EXPECT_EQ(problems[0].number, 11);
@@ -436,44 +439,81 @@ TEST_F(BackupRun, AnUnattendedWindowClosesItselfWhenTheRunIsComplete) {
   EXPECT_THAT(w.Journal(), Contains("BackupManagerOpen False"));
 }
 
-TEST_F(BackupManager, ClosingDuringARunCanBeCancelled) {
-  Engine({"File 2024"});
-  Open([&](Manager& m) {
-    Tick();
-    m.cmdBackup.UserClick();
-    w.host.AnswerNext(MsgResult::Cancel);
-    EXPECT_FALSE(m.UserClose());
-    EXPECT_TRUE(m.Loaded());
-    m.UserClose();
+// A user's first backup: Quick setup with a backup folder, Run Now, the first
+// pass filing the demo mail into its stores; the backup falls due, the timer
+// opens the manager once the pass is over, the mail program lets go of the
+// stores and the run copies each of them whole, the configuration beside them.
+TEST(BackupStory, ADueBackupAfterTheFirstPassCopiesEveryStoreAndSavesTheConfiguration) {
+  PopupWorld w;
+  engine::Processor& work = w.UseProcessor();
+  w.PresetHidden(false);
+  w.Start();
+  const fs::path backups = w.dir / "backup";
+  fs::create_directories(backups);
+  ASSERT_TRUE(w.popup.quickSetup.txtBackupPath.UserSetText(backups.string()));
+  w.host.OnModal("frmPredictiveStart", [&](Form& form) {
+    ASSERT_TRUE(dynamic_cast<FrmPredictiveStart&>(form).cmdRunNow.UserClick());
   });
-  EXPECT_EQ(w.host.Prompts().size(), 2u);
-}
-
-TEST_F(BackupManager, MissingTextsAreMadeWithTheirDefaults) {
-  Engine({});
-  Open([&](Manager& m) {
-    EXPECT_EQ(m.Caption(), "Orvane Vellix Backup Manager");
-    m.UserClose();
+  ASSERT_TRUE(w.popup.quickSetup.cmdOK.UserClick());
+  ASSERT_TRUE(w.host.PumpUntil([&] { return work.PassesDone() >= 1 && !work.Busy(); },
+                               std::chrono::seconds(30)));
+  w.host.Pump();
+  const Ref<EngineConfig> config = w.engine->Config();
+  const auto periods = config->Periods();
+  ASSERT_GE(periods.Count(), 2) << "the demo mail spans two periods";
+  // A first configuration is due for its backup at once.
+  ASSERT_TRUE(config->BackupDue());
+  ASSERT_TRUE(config->BackupLocationAvailable()) << config->BackupLocation();
+  w.log->records.clear();
+  int openings = 0;
+  w.host.OnModal("frmBackupManager", [&](Form& form) {
+    ++openings;
+    auto& m = dynamic_cast<FrmBackupManager&>(form);
+    w.host.Advance(1000);
+    // The mail program shows the stores, so it holds them open.
+    ASSERT_EQ(m.Mode(), FrmBackupManager::ModeCloseOutlook);
+    ASSERT_TRUE(m.cmdBackup.UserClick());
+    w.host.Advance(1000);
+    ASSERT_EQ(m.Mode(), FrmBackupManager::ModeBackupNow);
+    ASSERT_TRUE(m.cmdBackup.UserClick());
+    ASSERT_TRUE(w.host.PumpUntil([&] { return !m.FlagBackupRunning(); }, std::chrono::seconds(30)));
+    for (int32_t row = 1; row <= periods.Count(); ++row)
+      EXPECT_EQ(m.fgcPeriods.TextMatrix(row, kProgress), "Complete") << row;
+    // The first configuration's policy backs every store up each time; judged
+    // by the copies in the backup folder none needs it now, and Close
+    // schedules the next backup.
+    w.host.Advance(1000);
+    ASSERT_EQ(m.Mode(), FrmBackupManager::ModeBackupNow);
+    ASSERT_EQ(config->BackupPolicy(), 0);
+    ASSERT_TRUE(m.optPolicyCheckStore.UserClick());
+    EXPECT_EQ(config->BackupPolicy(), 1);
+    w.host.Advance(1000);
+    ASSERT_EQ(m.Mode(), FrmBackupManager::ModeNothingToDo);
+    ASSERT_TRUE(m.cmdBackup.UserClick());
   });
-  const std::vector<std::pair<std::string, std::string>> made = {
-      {"fraPolicy-Tip", "Select policy to to determine if a Period Store should be backed up"},
-      {"optPolicyCheckHistory-Tip",
-       "For Rermoveable Media - Reference the date and time stamp of last backup to determine if "
-       "a Store requires backup"},
-      {"chkUnattendedOpperation", "Enable unattended opperation"},
-      {"fgcPeriods.Heading0", "Period Store"},
-      {"cboLater.1", "Backup Now"},
-      {"cboLater.4", "Day"},
-      {"txtLater", "10"},
-  };
-  for (const auto& [key, text] : made) {
-    EXPECT_EQ(w.Text(".Strings.frmBackupManager." + key), text) << key;
+  const Date ranAt = w.clock.Now();
+  w.host.Advance(60 * 1000);  // the backup timer's tick
+  ASSERT_EQ(openings, 1);
+  EXPECT_FALSE(w.backupManager.Loaded());
+  EXPECT_FALSE(config->BackupDue());
+  for (int32_t i = 1; i <= periods.Count(); ++i) {
+    const fs::path store = w.paths.ToNative(periods.Item(i)->FileName());
+    const fs::path copy = backups / store.filename();
+    ASSERT_TRUE(fs::exists(copy)) << copy;
+    EXPECT_EQ(ReadText(copy), ReadText(store)) << copy;
+    EXPECT_GE(periods.Item(i)->LastBackup(), ranAt);
   }
-  const ComboBox& list = w.backupManager.cboLater;
-  ASSERT_EQ(list.ListCount(), 4);
-  EXPECT_EQ(list.List(0), "Backup Now");
-  EXPECT_EQ(list.List(3), "Day");
+  // Beside them, the configuration as it was, for recovery.
+  std::vector<Ref<ConfigFileInfo>> saved;
+  for (const auto& entry : fs::directory_iterator(backups)) {
+    if (entry.path().extension() == ".pst") continue;
+    auto info = engine::EngineServerConnector(w.engine, w.paths).NewConfigFileInfo();
+    if (info->Load(entry.path().string())) saved.push_back(info);
+  }
+  ASSERT_THAT(saved, SizeIs(1));
+  EXPECT_GE(saved[0]->SavedTime(), ranAt);
+  EXPECT_THAT(w.Problems(), IsEmpty());
 }
 
 }  // namespace
-}  // namespace vellix
+}  // namespace vellix::test

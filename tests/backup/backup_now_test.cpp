@@ -6,12 +6,13 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "foundation/config_node.h"
 #include "support/popup/popup_world.h"
 #include "support/popup/recording_config.h"
 
-namespace vellix {
+namespace vellix::test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -19,7 +20,7 @@ using ::testing::IsEmpty;
 
 // The tree the program reads, less one key: its value reads as Empty and its
 // node is not found.
-class TreeWithout : public test::RecordingConfigNode {
+class TreeWithout : public RecordingConfigNode {
  public:
   TreeWithout(Ref<ConfigNode> inner, std::string hidden)
       : RecordingConfigNode(std::move(inner), "", std::make_shared<std::set<std::string>>()),
@@ -48,8 +49,7 @@ class BackupNow : public ::testing::Test {
         ->GetNode(std::string(FrmBackupNow::kTextNode) + key, true, "String", value)
         ->SetContent(value);
   }
-
-  test::PopupWorld w;
+  PopupWorld w;
   FrmBackupNow notice{w.ctx, w.host};
 };
 
@@ -61,35 +61,27 @@ TEST_F(BackupNow, TheListLiesUnderTheHeadingAndOkUnderTheListWithTheHeightFromTh
   const LayoutMetrics& m = notice.Metrics();
   ASSERT_GT(m.Border, 0);
   ASSERT_GT(m.RowHeight, 0);
-  const Label& heading = notice.lblProblems;
+  const Label& head = notice.lblProblems;
   const ListBox& list = notice.lstMessages;
   const CommandButton& ok = notice.cmdOK;
-
-  EXPECT_EQ(notice.Width(), 5400);
-  EXPECT_EQ(notice.Caption(), w.Text(".Strings.frmBackupNow.Caption"));
-  EXPECT_FALSE(notice.Caption().empty());
-  EXPECT_EQ(heading.Caption(), "These stores were not backed up:");
+  EXPECT_EQ(head.Caption(), "These stores were not backed up:");
   EXPECT_EQ(ok.Caption(), w.Text(".Strings.frmBackupNow.cmdOK"));
-
-  const int inner = 5400 - 2 * m.Border - 2 * m.FormBLRBorder;
-  EXPECT_EQ(heading.Left(), m.Border);
-  EXPECT_EQ(heading.Top(), m.Border + m.TextOffset);
-  EXPECT_EQ(heading.Width(), inner);
-  EXPECT_EQ(list.Left(), m.Border);
-  EXPECT_EQ(list.Top(), m.Border + m.RowHeight + m.Border);
-  EXPECT_EQ(list.Width(), inner);
   EXPECT_GT(list.Height(), m.RowHeight);
-  EXPECT_EQ(ok.Top(), list.Top() + list.Height() + m.Border);
-  EXPECT_EQ(ok.Left() + ok.Width(), list.Left() + list.Width());
-  EXPECT_EQ(ok.Height(), m.RowHeight);
-  EXPECT_EQ(notice.Height(), ok.Top() + ok.Height() + m.Border + m.FormTopBorder + m.FormBLRBorder);
+  const int inner = 5400 - 2 * m.Border - 2 * m.FormBLRBorder;
+  const int okTop = list.Top() + list.Height() + m.Border;
+  EXPECT_THAT(
+      (std::vector<int>{notice.Width(), head.Left(), head.Top(), head.Width(), list.Left(),
+                        list.Top(), list.Width(), ok.Top(), ok.Left() + ok.Width(), ok.Height(),
+                        notice.Height()}),
+      ElementsAre(5400, m.Border, m.Border + m.TextOffset, inner, m.Border,
+                  m.Border + m.RowHeight + m.Border, inner, okTop, m.Border + inner, m.RowHeight,
+                  okTop + m.RowHeight + m.Border + m.FormTopBorder + m.FormBLRBorder));
   EXPECT_THAT(w.Problems(), IsEmpty());
-
   // OK closes the notice, and it opens again laid out the same.
   notice.cmdOK.UserClick();
   EXPECT_FALSE(notice.Loaded());
   notice.Load();
-  EXPECT_EQ(notice.cmdOK.Top(), ok.Top());
+  EXPECT_EQ(notice.cmdOK.Top(), okTop);
   notice.Unload();
 }
 
@@ -98,7 +90,7 @@ TEST_F(BackupNow, TheListLiesUnderTheHeadingAndOkUnderTheListWithTheHeightFromTh
 TEST_F(BackupNow, AMissingKeyIsLoggedAndTheNoticeStillOpensAndCloses) {
   struct Case {
     std::string hidden;
-    std::vector<test::LogRecord> logged;
+    std::vector<LogRecord> logged;
     std::string caption;
   };
   const std::string strings = "Componants.VellixControl.Strings.frmBackupNow.";
@@ -129,4 +121,4 @@ TEST_F(BackupNow, AMissingKeyIsLoggedAndTheNoticeStillOpensAndCloses) {
 }
 
 }  // namespace
-}  // namespace vellix
+}  // namespace vellix::test

@@ -1,24 +1,19 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <functional>
 #include <map>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "foundation/agent.h"
-#include "foundation/engine_config.h"
+#include "panels/panel_test.h"
 #include "servers/common/write_behind.h"
-#include "support/popup/popup_world.h"
 #include "support/temp_folder.h"
 
-namespace vellix {
+namespace vellix::test {
 namespace {
 
-namespace fs = std::filesystem;
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
@@ -31,26 +26,9 @@ std::string Key(const std::string& name) {
   return ".Strings.ControlPanel.Agents." + name;
 }
 
-// The window on screen with the Agents tab open, and nothing recorded yet.
-AgentsPanel& OpenAgents(test::PopupWorld& w) {
-  w.Start();
-  EXPECT_TRUE(w.popup.tabControlOptions.UserSelectTab("Agents"));
-  w.log->records.clear();
-  w.engine->ClearJournal();
+AgentsPanel& OpenAgents(PopupWorld& w) {
+  OpenTab(w, "Agents");
   return w.popup.agents;
-}
-
-Ref<Agent> AgentOf(test::PopupWorld& w, const std::string& nameOrId) {
-  Ref<Agent> agent = w.engine->Config()->Agent(nameOrId);
-  EXPECT_TRUE(agent) << nameOrId;
-  return agent;
-}
-
-std::vector<std::string> Rows(const ListControl& list) {
-  std::vector<std::string> out;
-  for (int32_t i = 0; i < list.ListCount(); ++i)
-    out.push_back(list.List(i));
-  return out;
 }
 
 std::vector<int32_t> Ids(const ComboBox& combo) {
@@ -60,35 +38,14 @@ std::vector<int32_t> Ids(const ComboBox& combo) {
   return out;
 }
 
-// "module.procedure number" of each problem logged.
-std::vector<std::string> Traces(const test::PopupWorld& w) {
-  std::vector<std::string> out;
-  for (const test::LogRecord& r : w.Problems())
-    out.push_back(r.module + "." + r.procedure + " " + std::to_string(r.number));
-  return out;
-}
-
-void Type(TextBox& box, const std::string& text) {
-  ASSERT_TRUE(box.UserSetText(text)) << box.Name();
-  box.UserLeave();
-}
-
-void Pick(ComboBox& combo, const std::string& row) {
-  for (int32_t i = 0; i < combo.ListCount(); ++i) {
-    if (combo.List(i) == row) {
-      ASSERT_TRUE(combo.UserPick(i));
-      return;
-    }
-  }
-  FAIL() << "no row " << row << " in " << combo.Name();
-}
-
 // What the panel shows of an agent: type, folders, removal period, store
 // count, units and format, delay and its unit, and the three boxes.
 std::vector<std::string> Shown(const AgentsPanel& ag) {
-  std::string folders;
+  std::string folders, boxes;
   for (const std::string& row : Rows(ag.lstAgFolders))
     folders += row + ";";
+  for (const CheckBox* box : {&ag.chkAgFileDisabled, &ag.chkAgPurgeDisabled, &ag.chkAgSubFolders})
+    boxes += std::to_string(box->Value());
   return {ag.lblAgAgentType.Caption(),
           folders,
           ag.txtAgRemove.Text(),
@@ -97,13 +54,11 @@ std::vector<std::string> Shown(const AgentsPanel& ag) {
           ag.txtAgFormat.Text(),
           ag.txtAgFileAfterCount.Text(),
           ag.cboAgFileAfterUnits.Text(),
-          std::to_string(ag.chkAgFileDisabled.Value()) +
-              std::to_string(ag.chkAgPurgeDisabled.Value()) +
-              std::to_string(ag.chkAgSubFolders.Value())};
+          boxes};
 }
 
 TEST(AgentsPanel, ShowsEachAgentAsTheEngineHoldsItAndWritesNothingBack) {
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine(
       "<Agent Id=\"4\" Name=\"Received Emails\" MonitorType=\"Mail and Post\" "
       "SubFolders=\"False\" StoreCount=\"3\" StoreUnits=\"Month\" StoreFormat=\"'@MMM'\" "
@@ -127,7 +82,6 @@ TEST(AgentsPanel, ShowsEachAgentAsTheEngineHoldsItAndWritesNothingBack) {
   EXPECT_EQ(Shown(ag), calendar);
   // Showing an agent sets its boxes; none of that goes back to the engine.
   EXPECT_THAT(w.Journal(), IsEmpty());
-
   // An agent the engine doesn't know leaves the panel as it was; coming back
   // to the tab keeps the agent shown.
   EXPECT_FALSE(ag.LoadAgentDetails("Nobody"));
@@ -135,7 +89,6 @@ TEST(AgentsPanel, ShowsEachAgentAsTheEngineHoldsItAndWritesNothingBack) {
   ASSERT_TRUE(w.popup.tabControlOptions.UserSelectTab("Agents"));
   EXPECT_EQ(ag.cboAgName.Text(), "Calendar");
   EXPECT_EQ(Shown(ag), calendar);
-
   ASSERT_TRUE(ag.chkAgSubFolders.UserClick());
   EXPECT_FALSE(AgentOf(w, "Calendar")->SubFolders());
   EXPECT_THAT(w.Journal(), ElementsAre("put SubFolders False"));
@@ -153,28 +106,30 @@ TEST(AgentsPanel, FieldsAreTestedBeforeTheyAreWrittenAndRestoredWhenRefused) {
   };
   // The agent holds RemovePeriod 30, FileAfterCount 5, StoreFormat '@yyyy'
   // and a store of 1 Year before each case.
+  const auto remove = &AgentsPanel::txtAgRemove;
+  const auto after = &AgentsPanel::txtAgFileAfterCount;
+  const auto format = &AgentsPanel::txtAgFormat;
+  const auto count = &AgentsPanel::txtAgNewCount;
+  const char* badAfter = "MsgInvalidFileAfterCount";
   // clang-format off
   const Case cases[] = {
-      {&AgentsPanel::txtAgRemove, "999", "999", "999", "", ""},
-      {&AgentsPanel::txtAgRemove, "0", "0", "0", "", ""},
-      {&AgentsPanel::txtAgRemove, "1000", "30", "30", "MsgInvalidRemovePeriod", ""},
-      {&AgentsPanel::txtAgRemove, "-1", "30", "30", "MsgInvalidRemovePeriod", ""},
+      {remove, "999", "999", "999", "", ""},
+      {remove, "0", "0", "0", "", ""},
+      {remove, "1000", "30", "30", "MsgInvalidRemovePeriod", ""},
+      {remove, "-1", "30", "30", "MsgInvalidRemovePeriod", ""},
       // Letters count as 0 and go as typed, which the 16-bit period refuses.
-      {&AgentsPanel::txtAgRemove, "abc", "30", "abc", "", "frmPopup.txtPeFormat_Click 13"},
-      {&AgentsPanel::txtAgFileAfterCount, "1.9", "1", "1", "", ""},
-      {&AgentsPanel::txtAgFileAfterCount, "-1.9", "-1", "-1", "", ""},
-      {&AgentsPanel::txtAgFileAfterCount, "999", "999", "999", "", ""},
-      {&AgentsPanel::txtAgFileAfterCount, "12abc", "5", "12abc", "",
-       "frmPopup.txtAgFileAfterCount_LostFocus 13"},
-      {&AgentsPanel::txtAgFileAfterCount, "0", "5", "5", "MsgInvalidFileAfterCount", ""},
-      {&AgentsPanel::txtAgFileAfterCount, "1000", "5", "5", "MsgInvalidFileAfterCount", ""},
-      {&AgentsPanel::txtAgFormat, "Mail '@yyyy mmm'", "Mail '@yyyy mmm'", "Mail '@yyyy mmm'", "", ""},
-      {&AgentsPanel::txtAgFormat, "Mail", "'@yyyy'", "'@yyyy'", "MsgFormatIncorrect", ""},
-      {&AgentsPanel::txtAgNewCount, "0", "1", "1", "MsgInvalidStoreDuration", ""},
-      {&AgentsPanel::txtAgNewCount, "-2", "-2", "-2", "", ""},
+      {remove, "abc", "30", "abc", "", "frmPopup.txtPeFormat_Click 13"},
+      {after, "1.9", "1", "1", "", ""},       {after, "-1.9", "-1", "-1", "", ""},
+      {after, "999", "999", "999", "", ""},   {after, "0", "5", "5", badAfter, ""},
+      {after, "1000", "5", "5", badAfter, ""},
+      {after, "12abc", "5", "12abc", "", "frmPopup.txtAgFileAfterCount_LostFocus 13"},
+      {format, "Mail '@yyyy mmm'", "Mail '@yyyy mmm'", "Mail '@yyyy mmm'", "", ""},
+      {format, "Mail", "'@yyyy'", "'@yyyy'", "MsgFormatIncorrect", ""},
+      {count, "0", "1", "1", "MsgInvalidStoreDuration", ""},
+      {count, "-2", "-2", "-2", "", ""},
   };
   // clang-format on
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine("<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" />");
   AgentsPanel& ag = OpenAgents(w);
   const Ref<Agent> agent = AgentOf(w, "Mail");
@@ -194,7 +149,6 @@ TEST(AgentsPanel, FieldsAreTestedBeforeTheyAreWrittenAndRestoredWhenRefused) {
     ag.LoadAgents();
     w.host.ClearPrompts();
     w.log->records.clear();
-
     Type(ag.*c.field, c.typed);
     EXPECT_EQ(property.at(&(ag.*c.field))(), c.stored);
     EXPECT_EQ((ag.*c.field).Text(), c.shown);
@@ -211,29 +165,23 @@ TEST(AgentsPanel, FieldsAreTestedBeforeTheyAreWrittenAndRestoredWhenRefused) {
     if (*c.trace != '\0') traces.emplace_back(c.trace);
     EXPECT_EQ(Traces(w), traces);
   }
-}
-
-TEST(AgentsPanel, AStoreMayLastAPeriodButNoLonger) {
-  struct Case {
+  // A store may last the period of one year of 365 days, but no longer: by
+  // the count typed to a store of one unit, or by the unit picked to a count
+  // of days.
+  struct Store {
     const char* count;
     const char* units;
     bool tooLong;
   };
-  // The period is one year of 365 days.
-  const Case cases[] = {
+  const Store stores[] = {
       {"4", "Quarter", false}, {"5", "Quarter", true}, {"12", "Month", false},
       {"13", "Month", true},   {"52", "Week", false},  {"53", "Week", true},
       {"365", "Day", false},   {"366", "Day", true},   {"1", "Year", false},
       {"2", "Year", true},
   };
-  test::PopupWorld w;
-  w.LoadEngine("<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" />");
-  AgentsPanel& ag = OpenAgents(w);
-  const Ref<Agent> agent = AgentOf(w, "Mail");
   const std::vector<std::string> tooLong = {w.Text(Key("MsgStoreTooLong"))};
-  for (const Case& c : cases) {
+  for (const Store& c : stores) {
     SCOPED_TRACE(std::string(c.count) + " " + c.units);
-    // Typing the count to a store of one unit.
     agent->StoreCount(1);
     agent->StoreUnits(c.units);
     ag.LoadAgents();
@@ -242,8 +190,6 @@ TEST(AgentsPanel, AStoreMayLastAPeriodButNoLonger) {
     EXPECT_EQ(agent->StoreCount(), c.tooLong ? 1 : std::stoi(c.count));
     EXPECT_EQ(ag.txtAgNewCount.Text(), c.tooLong ? "1" : c.count);
     EXPECT_EQ(w.host.Prompts(), c.tooLong ? tooLong : std::vector<std::string>{});
-
-    // Picking the unit to a count of days.
     agent->StoreCount(static_cast<int16_t>(std::stoi(c.count)));
     agent->StoreUnits("Day");
     ag.LoadAgents();
@@ -275,7 +221,7 @@ TEST(AgentsPanel, TheFirstFolderFixesTheTypeAndNoFolderOfAPeriodStoreIsTaken) {
       {kSent, "", {kInbox, kSent}, "Mail and Post"},
       {periodCalendar, "MsgRecrsiveAgent", {kInbox, kSent}, "Mail and Post"},
   };
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine("<Agent Id=\"1\" Name=\"New Agent\" />",
                "<Period Name=\"Archive 2025\" FileName=\"Archive 2025.pst\" />");
   // The period's store is open in the mail program, as the engine keeps it.
@@ -316,7 +262,7 @@ TEST(AgentsPanel, RemoveWalksToTheBoundTakenAtTheStartAndSkipsTheRowThatMovedUp)
       {{2}, {kInbox, kSent}, {}},
       {{}, {kInbox, kSent, kDrafts}, {}},
   };
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine("<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" />");
   AgentsPanel& ag = OpenAgents(w);
   const Ref<Agent> agent = AgentOf(w, "Mail");
@@ -330,7 +276,6 @@ TEST(AgentsPanel, RemoveWalksToTheBoundTakenAtTheStartAndSkipsTheRowThatMovedUp)
     w.log->records.clear();
     for (int32_t row : c.selected)
       ASSERT_TRUE(ag.lstAgFolders.UserClickRow(row, true));
-
     ASSERT_TRUE(ag.cmdAgRemove.UserClick());
     EXPECT_THAT(agent->Folders().Values(), ElementsAreArray(c.left));
     EXPECT_THAT(Rows(ag.lstAgFolders), ElementsAreArray(c.left));
@@ -339,7 +284,7 @@ TEST(AgentsPanel, RemoveWalksToTheBoundTakenAtTheStartAndSkipsTheRowThatMovedUp)
 }
 
 TEST(AgentsPanel, RenameOnLeavingTheNameGivesTheIdToTheLastRow) {
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine(
       "<Agent Id=\"1\" Name=\"Alpha\" /><Agent Id=\"2\" Name=\"Beta\" />"
       "<Agent Id=\"3\" Name=\"Gamma\" />");
@@ -348,13 +293,11 @@ TEST(AgentsPanel, RenameOnLeavingTheNameGivesTheIdToTheLastRow) {
   ASSERT_TRUE(ag.cboAgName.UserSetText("Bravo"));
   EXPECT_TRUE(ag.AgentNameEdited);
   ag.cboAgName.UserLeave();
-
   EXPECT_EQ(AgentOf(w, "2")->Name(), "Bravo");
   EXPECT_EQ(AgentOf(w, "3")->Name(), "Gamma");
   EXPECT_THAT(Rows(ag.cboAgName), ElementsAre("Alpha", "Bravo", "Gamma"));
   EXPECT_THAT(Ids(ag.cboAgName), ElementsAre(1, 0, 2));
   EXPECT_FALSE(ag.AgentNameEdited);
-
   // Typed back to the row's own text: nothing is renamed and the flag stays.
   Pick(ag.cboAgName, "Alpha");
   ASSERT_TRUE(ag.cboAgName.UserSetText("Alpine"));
@@ -366,19 +309,17 @@ TEST(AgentsPanel, RenameOnLeavingTheNameGivesTheIdToTheLastRow) {
 }
 
 TEST(AgentsPanel, DeletingTheLastAgentLeavesNoAgentsAndNewShowsTheEnginesAgent) {
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine(
       "<Agent Id=\"5\" Name=\"Only\" MonitorType=\"Tasks\" FileDisabled=\"True\">"
       "<Folder Path=\"\\\\Mailbox - Alex Morgan\\Tasks\" /></Agent>");
   AgentsPanel& ag = OpenAgents(w);
-
   w.host.AnswerNext(MsgResult::No);
   ASSERT_TRUE(ag.cmdAgDelete.UserClick());
   ASSERT_EQ(w.host.PromptRecords().size(), 1U);
   EXPECT_EQ(w.host.PromptRecords()[0].text, w.Text(Key("MsgConfirmDelete")));
   EXPECT_EQ(w.host.PromptRecords()[0].buttons, MsgButtons::YesNo);
   EXPECT_THAT(Rows(ag.cboAgName), ElementsAre("Only"));
-
   w.host.AnswerNext(MsgResult::Yes);
   ASSERT_TRUE(ag.cmdAgDelete.UserClick());
   EXPECT_EQ(w.engine->Config()->Agents().Count(), 0);
@@ -394,7 +335,6 @@ TEST(AgentsPanel, DeletingTheLastAgentLeavesNoAgentsAndNewShowsTheEnginesAgent) 
     EXPECT_FALSE(c->Enabled()) << c->Name();
   }
   EXPECT_TRUE(ag.cmdAgNew.Enabled());
-
   ASSERT_TRUE(ag.cmdAgNew.UserClick());
   ASSERT_EQ(w.engine->Config()->Agents().Count(), 1);
   const Ref<Agent> made = w.engine->Config()->Agents().Item(1);
@@ -413,17 +353,17 @@ TEST(AgentsPanel, DeletingTheLastAgentLeavesNoAgentsAndNewShowsTheEnginesAgent) 
 TEST(AgentsPanel, WhicheverOfFormRunAndTheDetailsRanLastDecidesTheEnabling) {
   struct Step {
     const char* what;
-    std::function<void(test::PopupWorld&, AgentsPanel&)> act;
+    std::function<void(PopupWorld&, AgentsPanel&)> act;
     // txtAgRemove, txtAgFileAfterCount, cboAgFileAfterUnits, cmdAgPurgeNow, cmdAgFileNow
     std::vector<bool> enabled;
   };
-  const auto startStop = [](test::PopupWorld& w, AgentsPanel&) {
+  const auto startStop = [](PopupWorld& w, AgentsPanel&) {
     ASSERT_TRUE(w.popup.cmdStopStart.UserClick());
     w.host.Pump();
   };
-  const auto showAgain = [](test::PopupWorld&, AgentsPanel& ag) { Pick(ag.cboAgName, "Mail"); };
+  const auto showAgain = [](PopupWorld&, AgentsPanel& ag) { Pick(ag.cboAgName, "Mail"); };
   // The run buttons reach the engine while they are open.
-  const auto runNow = [](test::PopupWorld& w, AgentsPanel& ag) {
+  const auto runNow = [](PopupWorld& w, AgentsPanel& ag) {
     w.engine->ClearJournal();
     ASSERT_TRUE(ag.cmdAgFileNow.UserClick());
     ASSERT_TRUE(ag.cmdAgPurgeNow.UserClick());
@@ -437,13 +377,13 @@ TEST(AgentsPanel, WhicheverOfFormRunAndTheDetailsRanLastDecidesTheEnabling) {
       {"stopped", startStop, {false, true, true, false, false}},
       {"shown while stopped", showAgain, {true, true, true, false, false}},
       {"purge box cleared",
-       [](test::PopupWorld&, AgentsPanel& ag) { ASSERT_TRUE(ag.chkAgPurgeDisabled.UserClick()); },
+       [](PopupWorld&, AgentsPanel& ag) { ASSERT_TRUE(ag.chkAgPurgeDisabled.UserClick()); },
        {true, true, true, false, false}},
       {"file box ticked",
-       [](test::PopupWorld&, AgentsPanel& ag) { ASSERT_TRUE(ag.chkAgFileDisabled.UserClick()); },
+       [](PopupWorld&, AgentsPanel& ag) { ASSERT_TRUE(ag.chkAgFileDisabled.UserClick()); },
        {true, false, false, false, false}},
   };
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine(
       "<Agent Id=\"1\" Name=\"Mail\" MonitorType=\"Mail and Post\" "
       "PurgeDisabled=\"True\" />");
@@ -459,7 +399,6 @@ TEST(AgentsPanel, WhicheverOfFormRunAndTheDetailsRanLastDecidesTheEnabling) {
   EXPECT_FALSE(AgentOf(w, "Mail")->PurgeDisabled());
   EXPECT_TRUE(AgentOf(w, "Mail")->FileDisabled());
   EXPECT_THAT(w.Problems(), IsEmpty());
-
   // Gone behind the panel's back: each handler fetches anew and ends in the trace.
   w.engine->Config()->DeleteAgent("Mail");
   ASSERT_TRUE(ag.chkAgSubFolders.UserClick());
@@ -477,7 +416,7 @@ TEST(AgentsPanel, AnAgentMadeWithTwoPickedFoldersAndItsFormatIsThereAfterARestar
   std::string engineFile;
   std::string treeFile;
   {
-    test::PopupWorld w;
+    PopupWorld w;
     w.engine->Configured(true);
     AgentsPanel& ag = OpenAgents(w);
     ASSERT_TRUE(ag.cmdAgNew.UserClick());
@@ -494,18 +433,16 @@ TEST(AgentsPanel, AnAgentMadeWithTwoPickedFoldersAndItsFormatIsThereAfterARestar
     EXPECT_EQ(w.host.MailFolderPicks(), 2);
     EXPECT_THAT(w.host.Prompts(), IsEmpty());
     EXPECT_THAT(w.Problems(), IsEmpty());
-
     w.host.AnswerNext(MsgResult::OK);  // yes, close the control panel
     ASSERT_TRUE(w.popup.cmdExit.UserClick());
     EXPECT_FALSE(w.host.IsLoaded("frmPopup"));
     servers::WriteBehind::Shared().WaitAll();  // as the program's end does
-    engineFile = test::ReadText(w.dir / "Engine.xml");
-    treeFile = test::ReadText(w.dir / "ConfigTree.xml");
+    engineFile = ReadText(w.dir / "Engine.xml");
+    treeFile = ReadText(w.dir / "ConfigTree.xml");
   }
-
-  test::PopupWorld w;
-  test::WriteText(w.dir / "Engine.xml", engineFile);
-  test::WriteText(w.dir / "ConfigTree.xml", treeFile);
+  PopupWorld w;
+  WriteText(w.dir / "Engine.xml", engineFile);
+  WriteText(w.dir / "ConfigTree.xml", treeFile);
   w.ReopenServers();
   AgentsPanel& ag = OpenAgents(w);
   Pick(ag.cboAgName, "Projects and clients");
@@ -516,4 +453,4 @@ TEST(AgentsPanel, AnAgentMadeWithTwoPickedFoldersAndItsFormatIsThereAfterARestar
 }
 
 }  // namespace
-}  // namespace vellix
+}  // namespace vellix::test

@@ -9,11 +9,10 @@
 #include <vector>
 
 #include "foundation/engine.h"
-#include "foundation/engine_config.h"
+#include "panels/panel_test.h"
 #include "servers/engine/monitor_object.h"
-#include "support/popup/popup_world.h"
 
-namespace vellix {
+namespace vellix::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -49,67 +48,48 @@ struct BackupWorld {
     w.host.ClearPrompts();
     w.host.ClearHistory();
   }
-  // "procedure number" of each problem logged.
-  [[nodiscard]] std::vector<std::string> Traces() const {
-    std::vector<std::string> out;
-    for (const test::LogRecord& r : w.Problems())
-      out.push_back(r.procedure + " " + std::to_string(r.number));
-    return out;
-  }
   [[nodiscard]] int ManagerShown() const {
     const auto& history = w.host.History();
     return static_cast<int>(
         std::count(history.begin(), history.end(), std::string("show modal frmBackupManager")));
   }
-  [[nodiscard]] std::string Msg(const std::string& key) const { return w.Text(key); }
-
-  test::PopupWorld w;
+  PopupWorld w;
 };
-
-void Type(TextBox& box, const std::string& text) {
-  ASSERT_TRUE(box.UserSetText(text)) << box.Name();
-  box.UserLeave();
-}
 
 TEST(BackupPanel, ShowsTheEnginesSettingsInRowsWithTheUnitsFromTheConfiguration) {
   BackupWorld b;
   BackupPanel& ba = b.ba();
-  EXPECT_EQ(ba.txtBaFolder.Text(), (b.w.dir / "store").string());
-  EXPECT_EQ(ba.txtBaBackupFolder.Text(), (b.w.dir / "backups").string());
-  EXPECT_EQ(ba.txtBaEveryCount.Text(), "7");
-  EXPECT_EQ(ba.cboBaEveryUnits.Text(), "Day");
+  EXPECT_THAT(
+      (std::vector<std::string>{ba.txtBaFolder.Text(), ba.txtBaBackupFolder.Text(),
+                                ba.txtBaEveryCount.Text(), ba.cboBaEveryUnits.Text()}),
+      ElementsAre((b.w.dir / "store").string(), (b.w.dir / "backups").string(), "7", "Day"));
   EXPECT_EQ(ba.dtpBaNextBackup.Value(), DateTimeSerial(2026, 12, 1, 8, 0, 0));
-  std::vector<std::string> units;
-  for (int32_t i = 0; i < ba.cboBaEveryUnits.ListCount(); ++i)
-    units.push_back(ba.cboBaEveryUnits.List(i));
-  EXPECT_THAT(units, ElementsAre("Hour", "Day", "Week", "Month"));
-  EXPECT_EQ(ba.lblBaNextBackup.Caption(), b.Msg(".Strings.ControlPanel.Backup.lblBaNextBackup"));
+  EXPECT_THAT(Rows(ba.cboBaEveryUnits), ElementsAre("Hour", "Day", "Week", "Month"));
+  EXPECT_EQ(ba.lblBaNextBackup.Caption(), b.w.Text(".Strings.ControlPanel.Backup.lblBaNextBackup"));
   EXPECT_EQ(ba.dtpBaNextBackup.ToolTipText(),
-            b.Msg(".Strings.ControlPanel.Backup.dtpBaNextBackup"));
-
+            b.w.Text(".Strings.ControlPanel.Backup.dtpBaNextBackup"));
   const LayoutMetrics& m = b.w.popup.Metrics();
-  EXPECT_EQ(ba.cmdBaBrowseBackup.Left(),
-            ba.txtBaBackupFolder.Left() + m.DataColumnWidth + m.Border);
-  EXPECT_EQ(ba.txtBaEveryCount.Top(), m.Border + 2 * (m.RowHeight + m.Border));
-  EXPECT_EQ(ba.dtpBaNextBackup.Top(), m.Border + 3 * (m.RowHeight + m.Border));
+  EXPECT_THAT((std::vector<int32_t>{ba.cmdBaBrowseBackup.Left(), ba.txtBaEveryCount.Top(),
+                                    ba.dtpBaNextBackup.Top()}),
+              ElementsAre(ba.txtBaBackupFolder.Left() + m.DataColumnWidth + m.Border,
+                          m.Border + 2 * (m.RowHeight + m.Border),
+                          m.Border + 3 * (m.RowHeight + m.Border)));
   EXPECT_THAT(b.w.Problems(), IsEmpty());
-
   // Running: the folders and the interval are shut; the next backup can be
   // moved and a backup asked for all the same.
-  b.w.popup.FormRun(true);
-  for (const Control* c : std::vector<const Control*>{
-           &ba.txtBaFolder, &ba.txtBaBackupFolder, &ba.cmdBaBrowseFolder, &ba.cmdBaBrowseBackup,
-           &ba.txtBaEveryCount, &ba.updBaEveryCount, &ba.cboBaEveryUnits}) {
-    EXPECT_FALSE(c->Enabled()) << c->Name();
+  const std::vector<const Control*> shut = {
+      &ba.txtBaFolder,     &ba.txtBaBackupFolder, &ba.cmdBaBrowseFolder, &ba.cmdBaBrowseBackup,
+      &ba.txtBaEveryCount, &ba.updBaEveryCount,   &ba.cboBaEveryUnits};
+  for (const bool running : {true, false}) {
+    b.w.popup.FormRun(running);
+    for (const Control* c : shut)
+      EXPECT_EQ(c->Enabled(), !running) << c->Name();
+    EXPECT_TRUE(ba.dtpBaNextBackup.Enabled());
+    EXPECT_TRUE(ba.cmdBaBackupNow.Enabled());
   }
-  EXPECT_TRUE(ba.dtpBaNextBackup.Enabled());
-  EXPECT_TRUE(ba.cmdBaBackupNow.Enabled());
-  b.w.popup.FormRun(false);
-  EXPECT_TRUE(ba.txtBaEveryCount.Enabled());
-  EXPECT_TRUE(ba.cboBaEveryUnits.Enabled());
 }
 
-TEST(BackupPanel, TheIntervalIsCorrectedQuietlyAndTheEngineGetsTheWholeTextRoundedToEven) {
+TEST(BackupPanel, TheIntervalIsCorrectedQuietlyRoundedToEvenAndThePickersTimeWrittenAlways) {
   struct Case {
     const char* typed;
     const char* shown;
@@ -122,7 +102,7 @@ TEST(BackupPanel, TheIntervalIsCorrectedQuietlyAndTheEngineGetsTheWholeTextRound
       {"-4", "1", 1, ""},          {"", "1", 1, ""},
       {"12", "12", 12, ""},        {" 30 ", " 30 ", 30, ""},
       {"2.5", "2.5", 2, ""},       {"3.5", "3.5", 4, ""},
-      {"364.5", "364.5", 364, ""}, {"12abc", "12abc", 7, "txtBaEveryCount_LostFocus 13"},
+      {"364.5", "364.5", 364, ""}, {"12abc", "12abc", 7, "frmPopup.txtBaEveryCount_LostFocus 13"},
   };
   BackupWorld b;
   for (const Case& c : cases) {
@@ -134,12 +114,11 @@ TEST(BackupPanel, TheIntervalIsCorrectedQuietlyAndTheEngineGetsTheWholeTextRound
     EXPECT_EQ(b.config()->BackupEveryCount(), c.sent);
     EXPECT_THAT(b.w.host.Prompts(), IsEmpty());
     if (*c.trace == '\0') {
-      EXPECT_THAT(b.Traces(), IsEmpty());
+      EXPECT_THAT(Traces(b.w), IsEmpty());
     } else {
-      EXPECT_THAT(b.Traces(), ElementsAre(c.trace));
+      EXPECT_THAT(Traces(b.w), ElementsAre(c.trace));
     }
   }
-
   // The up-down keeps to the same range.
   b.ba().txtBaEveryCount.Text("365");
   b.ba().updBaEveryCount.UserUp();
@@ -147,11 +126,32 @@ TEST(BackupPanel, TheIntervalIsCorrectedQuietlyAndTheEngineGetsTheWholeTextRound
   b.ba().txtBaEveryCount.Text("1");
   b.ba().updBaEveryCount.UserDown();
   EXPECT_EQ(b.ba().txtBaEveryCount.Text(), "1");
-
   // The unit goes as it stands.
   ASSERT_TRUE(b.ba().cboBaEveryUnits.UserSetText("Fortnight"));
   b.ba().cboBaEveryUnits.UserLeave();
   EXPECT_EQ(b.config()->BackupEveryUnits(), "Fortnight");
+  // The picker's time is written on each change, and on leaving, which is
+  // never refused.
+  BackupPanel& ba = b.ba();
+  const Date first = DateTimeSerial(2026, 11, 23, 18, 0, 0);
+  const Date second = DateTimeSerial(2026, 11, 24, 7, 15, 0);
+  ASSERT_TRUE(ba.dtpBaNextBackup.UserSetValue(first));
+  EXPECT_EQ(b.config()->NextBackup(), first);
+  ASSERT_TRUE(ba.dtpBaNextBackup.UserSetValue(second));
+  EXPECT_EQ(b.config()->NextBackup(), second);
+  // Whatever the engine came to hold meanwhile, leaving puts the picker's.
+  b.config()->NextBackup(DateTimeSerial(2027, 1, 1, 0, 0, 0));
+  ASSERT_TRUE(b.w.popup.tabControlOptions.UserSelectTab("Log"));
+  EXPECT_EQ(b.Tab(), "Log");
+  EXPECT_EQ(b.config()->NextBackup(), second);
+  // A write the engine fails keeps nobody on the tab.
+  ASSERT_TRUE(b.w.popup.tabControlOptions.UserSelectTab("Backup"));
+  ASSERT_TRUE(ba.dtpBaNextBackup.UserSetValue(first));
+  b.w.engine->FailCall("put NextBackup");
+  ASSERT_TRUE(b.w.popup.tabControlOptions.UserSelectTab("Summary"));
+  EXPECT_EQ(b.Tab(), "Summary");
+  b.w.engine->ClearFaults();
+  EXPECT_EQ(b.config()->NextBackup(), first);
 }
 
 TEST(BackupPanel, AFolderThatCantBeMadeIsWrittenOnYesAndRestoredOnNo) {
@@ -165,41 +165,26 @@ TEST(BackupPanel, AFolderThatCantBeMadeIsWrittenOnYesAndRestoredOnNo) {
   };
   BackupWorld b;
   const std::string made = (b.w.dir / "new").string();
-  const std::string unmakeable = (b.w.dir / "no" / "such").string();
+  const std::string bad = (b.w.dir / "no" / "such").string();
+  const MsgResult yes = MsgResult::Yes, no = MsgResult::No;
+  // clang-format off
   const std::vector<Case> cases = {
       {"store: existing", false, (b.w.dir / "home").string(), {}, {}, true},
       {"store: made", false, made + "-store", {}, {}, true},
-      {"store: can't be made, Yes", false, unmakeable, {MsgResult::Yes}, {kNoStorePath}, true},
-      {"store: can't be made, No", false, unmakeable, {MsgResult::No}, {kNoStorePath}, false},
+      {"store: can't be made, Yes", false, bad, {yes}, {kNoStorePath}, true},
+      {"store: can't be made, No", false, bad, {no}, {kNoStorePath}, false},
       {"backup: made", true, made + "-backup", {}, {}, true},
-      {"backup: can't be made, Yes",
-       true,
-       unmakeable,
-       {MsgResult::Yes},
-       {kBackupPathInvalid},
-       true},
-      {"backup: can't be made, No", true, unmakeable, {MsgResult::No}, {kBackupPathInvalid}, false},
-      {"backup: empty, No", true, "", {MsgResult::No}, {kNoBackupPath}, false},
-      {"backup: empty, Yes then No",
-       true,
-       "",
-       {MsgResult::Yes, MsgResult::No},
-       {kNoBackupPath, kBackupPathInvalid},
-       false},
-      {"backup: empty, Yes twice",
-       true,
-       "",
-       {MsgResult::Yes, MsgResult::Yes},
-       {kNoBackupPath, kBackupPathInvalid},
-       true},
+      {"backup: can't be made, Yes", true, bad, {yes}, {kBackupPathInvalid}, true},
+      {"backup: can't be made, No", true, bad, {no}, {kBackupPathInvalid}, false},
+      {"backup: empty, No", true, "", {no}, {kNoBackupPath}, false},
+      {"backup: empty, Yes then No", true, "", {yes, no}, {kNoBackupPath, kBackupPathInvalid}, false},
+      {"backup: empty, Yes twice", true, "", {yes, yes}, {kNoBackupPath, kBackupPathInvalid}, true},
   };
+  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     const std::string before = "/kept/" + std::string(c.name);
     TextBox& field = c.backupField ? b.ba().txtBaBackupFolder : b.ba().txtBaFolder;
-    const auto engineValue = [&] {
-      return c.backupField ? b.config()->BackupLocation() : b.config()->StoreLocation();
-    };
     if (c.backupField) {
       b.config()->BackupLocation(before);
     } else {
@@ -211,9 +196,10 @@ TEST(BackupPanel, AFolderThatCantBeMadeIsWrittenOnYesAndRestoredOnNo) {
     Type(field, c.typed);
     std::vector<std::string> asked;
     for (const std::string& key : c.asked)
-      asked.push_back(b.Msg(key));
+      asked.push_back(b.w.Text(key));
     EXPECT_EQ(b.w.host.Prompts(), asked);
-    EXPECT_EQ(engineValue(), c.written ? c.typed : before);
+    EXPECT_EQ(c.backupField ? b.config()->BackupLocation() : b.config()->StoreLocation(),
+              c.written ? c.typed : before);
     EXPECT_EQ(field.Text(), c.written ? c.typed : before);
     EXPECT_THAT(b.w.Problems(), IsEmpty());
   }
@@ -226,7 +212,6 @@ TEST(BackupPanel, BrowseFillsTheFieldAndItsCheckFollowsAlsoAfterACancel) {
   BackupWorld b;
   BackupPanel& ba = b.ba();
   const std::string chosen = (b.w.dir / "home" / "Documents").string();
-
   // A folder chosen: the dialog opened where the field pointed, the field
   // takes the choice and the engine gets it.
   const std::string before = ba.txtBaBackupFolder.Text();
@@ -236,17 +221,15 @@ TEST(BackupPanel, BrowseFillsTheFieldAndItsCheckFollowsAlsoAfterACancel) {
   EXPECT_EQ(ba.txtBaBackupFolder.Text(), chosen);
   EXPECT_EQ(b.config()->BackupLocation(), chosen);
   EXPECT_THAT(b.w.host.FolderTitles(),
-              ElementsAre(b.Msg(".Strings.ControlPanel.CaptionFindFolder")));
+              ElementsAre(b.w.Text(".Strings.ControlPanel.CaptionFindFolder")));
   EXPECT_THAT(b.w.host.FolderStarts(), ElementsAre(b.w.paths.ToNative(before).string()));
-
   // An empty field, then a cancelled dialog: the empty field is questioned.
   ba.txtBaBackupFolder.Text("");
   b.Clear();
   b.w.host.AnswerNext(MsgResult::No);
   ASSERT_TRUE(ba.cmdBaBrowseBackup.UserClick());
-  EXPECT_THAT(b.w.host.Prompts(), ElementsAre(b.Msg(kNoBackupPath)));
+  EXPECT_THAT(b.w.host.Prompts(), ElementsAre(b.w.Text(kNoBackupPath)));
   EXPECT_EQ(ba.txtBaBackupFolder.Text(), chosen);
-
   // The store's dialog cancelled on a good folder asks nothing and writes it.
   b.Clear();
   ASSERT_TRUE(ba.cmdBaBrowseFolder.UserClick());
@@ -255,71 +238,36 @@ TEST(BackupPanel, BrowseFillsTheFieldAndItsCheckFollowsAlsoAfterACancel) {
   EXPECT_THAT(b.w.Problems(), IsEmpty());
 }
 
-TEST(BackupPanel, ThePickersTimeIsWrittenOnEachChangeAndOnLeavingWhichIsNeverRefused) {
-  BackupWorld b;
-  BackupPanel& ba = b.ba();
-  const Date first = DateTimeSerial(2026, 11, 23, 18, 0, 0);
-  const Date second = DateTimeSerial(2026, 11, 24, 7, 15, 0);
-  ASSERT_TRUE(ba.dtpBaNextBackup.UserSetValue(first));
-  EXPECT_EQ(b.config()->NextBackup(), first);
-  ASSERT_TRUE(ba.dtpBaNextBackup.UserSetValue(second));
-  EXPECT_EQ(b.config()->NextBackup(), second);
-
-  // Whatever the engine came to hold meanwhile, leaving puts the picker's.
-  b.config()->NextBackup(DateTimeSerial(2027, 1, 1, 0, 0, 0));
-  ASSERT_TRUE(b.w.popup.tabControlOptions.UserSelectTab("Log"));
-  EXPECT_EQ(b.Tab(), "Log");
-  EXPECT_EQ(b.config()->NextBackup(), second);
-
-  // A write the engine fails keeps nobody on the tab.
-  ASSERT_TRUE(b.w.popup.tabControlOptions.UserSelectTab("Backup"));
-  ASSERT_TRUE(ba.dtpBaNextBackup.UserSetValue(first));
-  b.w.engine->FailCall("put NextBackup");
-  ASSERT_TRUE(b.w.popup.tabControlOptions.UserSelectTab("Summary"));
-  EXPECT_EQ(b.Tab(), "Summary");
-  b.w.engine->ClearFaults();
-  EXPECT_EQ(b.config()->NextBackup(), first);
-}
-
 TEST(BackupPanel, FailuresGoToTheTraceUnderTheNamesItsReadersKnow) {
-  struct Case {
-    const char* name;
-    std::function<void(BackupWorld&)> act;
-    const char* trace;
-  };
-  const std::vector<Case> cases = {
-      {"picker without an engine",
+  const std::pair<const char*, std::function<void(BackupWorld&)>> cases[] = {
+      {"frmPopup.lstImImportList_ItemCheck 91",  // the picker without an engine
        [](BackupWorld& b) {
          const Ref<VellixEngine> engine = b.w.ctx.engine;
          b.w.ctx.engine.Reset();
          b.ba().dtpBaNextBackup.UserSetValue(DateSerial(2027, 2, 1));
          b.w.ctx.engine = engine;
-       },
-       "lstImImportList_ItemCheck 91"},
-      {"backup folder without a file system",
+       }},
+      {"frmPopup.txtBaBackupPath_LostFocus 91",
        [](BackupWorld& b) {
          b.w.services.fileSystem = nullptr;
          Type(b.ba().txtBaBackupFolder, "/mnt/backups");
-       },
-       "txtBaBackupPath_LostFocus 91"},
-      {"browse for the store without a desktop",
+       }},
+      {"frmPopup.cmdBrowseFolder_Click 91",
        [](BackupWorld& b) {
          b.w.services.shell = nullptr;
          b.ba().cmdBaBrowseFolder.UserClick();
-       },
-       "cmdBrowseFolder_Click 91"},
-      {"browse for the backup without a desktop",
+       }},
+      {"frmPopup.cmdBrowseBackup_Click 91",
        [](BackupWorld& b) {
          b.w.services.shell = nullptr;
          b.ba().cmdBaBrowseBackup.UserClick();
-       },
-       "cmdBrowseBackup_Click 91"},
+       }},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
+  for (const auto& [trace, act] : cases) {
+    SCOPED_TRACE(trace);
     BackupWorld b;
-    c.act(b);
-    EXPECT_THAT(b.Traces(), ElementsAre(c.trace));
+    act(b);
+    EXPECT_THAT(Traces(b.w), ElementsAre(trace));
   }
 }
 
@@ -329,18 +277,15 @@ TEST(BackupPanel, TheTimerOpensTheManagerOnlyWhenDueAndIdleAndNeverTwice) {
   auto* monitor = dynamic_cast<engine::MonitorObject*>(&b.w.engine->Monitor().Get());
   ASSERT_NE(monitor, nullptr);
   constexpr int64_t kMinute = 60 * 1000;
-
   // Not due: nothing opens.
   b.w.host.Advance(3 * kMinute);
   EXPECT_EQ(b.ManagerShown(), 0);
-
   // Due while the engine processes: it waits for the pass to end.
   b.config()->NextBackup(kStart);
   monitor->SetProcessing(true);
   b.w.host.Advance(3 * kMinute);
   EXPECT_EQ(b.ManagerShown(), 0);
   monitor->SetProcessing(false);
-
   // The next tick opens it. While it is up the ticks go on, finding the
   // backup still due, and open no second; the manager moves the next backup
   // on, and the panel shows that once it has closed.
@@ -361,7 +306,6 @@ TEST(BackupPanel, TheTimerOpensTheManagerOnlyWhenDueAndIdleAndNeverTwice) {
   b.w.host.Advance(10 * kMinute);
   EXPECT_EQ(b.ManagerShown(), 1);
   EXPECT_THAT(b.w.Problems(), IsEmpty());
-
   // Backup Now opens it whether due or not, and the panel is read again.
   b.w.host.OnModal("frmBackupManager", [&](Form& manager) {
     b.config()->BackupEveryCount(3);
@@ -379,12 +323,12 @@ TEST(BackupPanel, WithLoggingOffADueBackupWaitsInTheTrace) {
   // Not due: the tick ends before it needs the monitor.
   b.w.host.Advance(60 * 1000);
   EXPECT_THAT(b.w.Problems(), IsEmpty());
-
   b.config()->NextBackup(kStart);
   b.w.host.Advance(2 * 60 * 1000);
   EXPECT_EQ(b.ManagerShown(), 0);
-  EXPECT_THAT(b.Traces(), ElementsAre("tmrBackupTimer_Timer 91", "tmrBackupTimer_Timer 91"));
+  EXPECT_THAT(Traces(b.w),
+              ElementsAre("frmPopup.tmrBackupTimer_Timer 91", "frmPopup.tmrBackupTimer_Timer 91"));
 }
 
 }  // namespace
-}  // namespace vellix
+}  // namespace vellix::test

@@ -1,19 +1,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "foundation/agent.h"
-#include "foundation/engine_config.h"
-#include "foundation/mail_program.h"
-#include "foundation/outlook.h"
-#include "foundation/period.h"
-#include "support/popup/popup_world.h"
+#include "panels/panel_test.h"
 
-namespace vellix {
+namespace vellix::test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -25,32 +19,13 @@ constexpr const char* kSent = R"(\\Mailbox - Alex Morgan\Sent Items)";
 constexpr const char* kDrafts = R"(\\Mailbox - Alex Morgan\Drafts)";
 constexpr const char* kCalendar = R"(\\Mailbox - Alex Morgan\Calendar)";
 
-// The window on screen with the Import tab open, and nothing recorded yet.
-ImportPanel& OpenImport(test::PopupWorld& w) {
-  w.Start();
-  EXPECT_TRUE(w.popup.tabControlOptions.UserSelectTab("Import"));
-  w.log->records.clear();
-  w.engine->ClearJournal();
+ImportPanel& OpenImport(PopupWorld& w) {
+  OpenTab(w, "Import");
   return w.popup.import;
-}
-
-Ref<Agent> AgentOf(test::PopupWorld& w, const std::string& name) {
-  Ref<Agent> agent = w.engine->Config()->Agent(name);
-  EXPECT_TRUE(agent) << name;
-  return agent;
-}
-
-std::vector<std::string> Rows(const ListControl& list) {
-  std::vector<std::string> out;
-  out.reserve(static_cast<size_t>(list.ListCount()));
-  for (int32_t i = 0; i < list.ListCount(); ++i)
-    out.push_back(list.List(i));
-  return out;
 }
 
 std::vector<bool> Ticks(const ListBox& list) {
   std::vector<bool> out;
-  out.reserve(static_cast<size_t>(list.ListCount()));
   for (int32_t i = 0; i < list.ListCount(); ++i)
     out.push_back(list.Selected(i));
   return out;
@@ -64,26 +39,8 @@ std::vector<std::string> Imports(const Ref<Agent>& agent) {
   return out;
 }
 
-// "module.procedure number" of each problem logged.
-std::vector<std::string> Traces(const test::PopupWorld& w) {
-  std::vector<std::string> out;
-  for (const test::LogRecord& r : w.Problems())
-    out.push_back(r.module + "." + r.procedure + " " + std::to_string(r.number));
-  return out;
-}
-
-void Pick(ComboBox& combo, const std::string& row) {
-  for (int32_t i = 0; i < combo.ListCount(); ++i) {
-    if (combo.List(i) == row) {
-      ASSERT_TRUE(combo.UserPick(i));
-      return;
-    }
-  }
-  FAIL() << "no row " << row << " in " << combo.Name();
-}
-
 TEST(ImportPanel, WithNoAgentsOnlySmartImportAndAttachAreOffered) {
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine("");
   ImportPanel& im = OpenImport(w);
   EXPECT_EQ(im.cboImName.Text(), w.Text(".Strings.ControlPanel.Agents.NoAgentsText"));
@@ -98,7 +55,6 @@ TEST(ImportPanel, WithNoAgentsOnlySmartImportAndAttachAreOffered) {
             w.Text(".Strings.ControlPanel.Import.chkImSubfolders-Tip"));
   EXPECT_EQ(im.lstImImportList.ToolTipText(),
             w.Text(".Strings.ControlPanel.Import.lstImImportList-Tip"));
-
   ASSERT_TRUE(im.cmdImSmartImport.UserClick());
   EXPECT_THAT(w.host.Prompts(), ElementsAre("Feature not yet implemented"));
   // Attach opens its dialog and leaves the panel usable beside it.
@@ -108,7 +64,6 @@ TEST(ImportPanel, WithNoAgentsOnlySmartImportAndAttachAreOffered) {
   ASSERT_TRUE(w.attachPeriod.cmdCancel.UserClick());
   EXPECT_FALSE(w.attachPeriod.Loaded());
   EXPECT_THAT(w.Problems(), IsEmpty());
-
   // The none text names no agent: the engine's state can't reach Import
   // Now, and the call on nothing is a line in the trace.
   w.popup.FormRun(true);
@@ -143,7 +98,7 @@ TEST(ImportPanel, AFolderIsTakenOnlyOfTheAgentsTypeAndNeverFromAPeriodStore) {
       {"New", kSent, false, false, incorrectType.c_str(), {kCalendar}, "Calendar"},
   };
   // clang-format on
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine(R"(<Agent Id="1" Name="Mail" MonitorType="Mail and Post" />)"
                R"(<Agent Id="2" Name="New" />)",
                R"(<Period Name="Archive 2025" FileName="Archive 2025.pst" />)");
@@ -161,7 +116,6 @@ TEST(ImportPanel, AFolderIsTakenOnlyOfTheAgentsTypeAndNeverFromAPeriodStore) {
     // A row the engine doesn't hold: a reload replaces it.
     im.lstImImportList.AddItem("stale row");
     w.host.PickMailFolderNext(c.picked);
-
     ASSERT_TRUE(im.cmdImAdd.UserClick());
     std::vector<std::string> prompts;
     if (*c.message != '\0') prompts.push_back(w.Text(c.message));
@@ -194,7 +148,7 @@ TEST(ImportPanel, RemoveTakesTheFirstTickedRowAndTicksItsNeighbour) {
       {{0}, {kSent, kDrafts}, {true, false}},
       {{2}, {kInbox, kSent}, {false, true}},
   };
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine(R"(<Agent Id="1" Name="Mail" MonitorType="Mail and Post" />)");
   ImportPanel& im = OpenImport(w);
   const Ref<Agent> agent = AgentOf(w, "Mail");
@@ -207,7 +161,6 @@ TEST(ImportPanel, RemoveTakesTheFirstTickedRowAndTicksItsNeighbour) {
     im.LoadImport();
     for (int32_t row : c.ticked)
       ASSERT_TRUE(im.lstImImportList.UserCheck(row, true));
-
     ASSERT_TRUE(im.cmdImRemove.UserClick());
     EXPECT_THAT(Rows(im.lstImImportList), ElementsAreArray(c.left));
     EXPECT_THAT(Ticks(im.lstImImportList), ElementsAreArray(c.ticksAfter));
@@ -220,8 +173,8 @@ TEST(ImportPanel, RemoveTakesTheFirstTickedRowAndTicksItsNeighbour) {
   EXPECT_THAT(w.Problems(), IsEmpty());
 }
 
-TEST(ImportPanel, TheSubFolderBoxSetsEveryRowAndLoadingLeavesItAlone) {
-  test::PopupWorld w;
+TEST(ImportPanel, TheSubFolderBoxSetsEveryRowAndImportNowHoldsTheButtonWhileItWaits) {
+  PopupWorld w;
   w.LoadEngine(R"(<Agent Id="1" Name="Mail" MonitorType="Mail and Post" />)"
                R"(<Agent Id="2" Name="Other" MonitorType="Mail and Post" />)");
   const Ref<Agent> agent = AgentOf(w, "Mail");
@@ -229,7 +182,6 @@ TEST(ImportPanel, TheSubFolderBoxSetsEveryRowAndLoadingLeavesItAlone) {
   agent->AddImport(kSent, false);
   ImportPanel& im = OpenImport(w);
   EXPECT_THAT(Ticks(im.lstImImportList), ElementsAre(true, false));
-
   ASSERT_TRUE(im.chkImSubFolders.UserClick());
   EXPECT_THAT(Ticks(im.lstImImportList), ElementsAre(true, true));
   EXPECT_THAT(Imports(agent),
@@ -237,23 +189,15 @@ TEST(ImportPanel, TheSubFolderBoxSetsEveryRowAndLoadingLeavesItAlone) {
   ASSERT_TRUE(im.chkImSubFolders.UserClick());
   EXPECT_THAT(Ticks(im.lstImImportList), ElementsAre(false, false));
   EXPECT_THAT(Imports(agent), ElementsAre(kInbox, kSent));
-
   // Another agent shown: the box keeps its value.
   ASSERT_TRUE(im.chkImSubFolders.UserClick());
   Pick(im.cboImName, "Other");
   EXPECT_EQ(im.chkImSubFolders.Value(), CheckBox::kChecked);
   EXPECT_THAT(Rows(im.lstImImportList), IsEmpty());
-  EXPECT_THAT(w.Problems(), IsEmpty());
-}
-
-TEST(ImportPanel, ImportNowSetsTheTimeAndAWaitingImportHoldsTheButtonWhateverTheEngine) {
-  test::PopupWorld w;
-  w.LoadEngine(R"(<Agent Id="1" Name="Mail" MonitorType="Mail and Post" />)"
-               R"(<Agent Id="2" Name="Other" MonitorType="Mail and Post" />)");
-  ImportPanel& im = OpenImport(w);
-  const Ref<Agent> agent = AgentOf(w, "Mail");
+  // Import Now sets the time, and a waiting import holds the button whatever
+  // the engine's state.
+  Pick(im.cboImName, "Mail");
   ASSERT_TRUE(im.cmdImRun.Enabled());
-
   const Date first = w.clock.Now();
   ASSERT_TRUE(im.cmdImRun.UserClick());
   EXPECT_EQ(agent->ImportTime(), first);
@@ -262,79 +206,19 @@ TEST(ImportPanel, ImportNowSetsTheTimeAndAWaitingImportHoldsTheButtonWhateverThe
   w.clock.Set(Date(first.Serial() + 1.0 / 24));
   ASSERT_TRUE(im.cmdImRun.UserClick());
   EXPECT_EQ(agent->ImportTime(), w.clock.Now());
-
-  struct Case {
-    const char* agent;
-    bool running;
-    bool enabled;
-  };
-  const std::vector<Case> cases = {
-      {"Mail", true, false},
-      {"Mail", false, false},
-      {"Other", true, true},
-      {"Other", false, false},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(std::string(c.agent) + (c.running ? " running" : " stopped"));
-    Pick(im.cboImName, c.agent);
-    // Loading alone goes by the waiting import.
-    EXPECT_EQ(im.cmdImRun.Enabled(), std::string(c.agent) == "Other");
-    w.popup.FormRun(c.running);
-    EXPECT_EQ(im.cmdImRun.Enabled(), c.enabled);
+  for (const std::string name : {"Mail", "Other"}) {
+    for (const bool running : {true, false}) {
+      SCOPED_TRACE(name + (running ? " running" : " stopped"));
+      Pick(im.cboImName, name);
+      // Loading alone goes by the waiting import; the engine's state then
+      // opens the button only where none waits.
+      EXPECT_EQ(im.cmdImRun.Enabled(), name == "Other");
+      w.popup.FormRun(running);
+      EXPECT_EQ(im.cmdImRun.Enabled(), running && name == "Other");
+    }
   }
   EXPECT_THAT(w.Problems(), IsEmpty());
 }
 
-// Import Now on the panel while the engine runs: the next pass takes the
-// folder's items into the period stores and clears the waiting import, and
-// the tab, entered again, offers Import Now once more.
-TEST(ImportPanel, TheEngineRunsAScheduledImportIntoThePeriodStoresAndClearsIt) {
-  test::PopupWorld w;
-  w.LoadEngine(R"(<Agent Id="1" Name="Mail" MonitorType="Mail and Post" />)");
-  engine::Processor& work = w.UseProcessor();
-  w.Start();
-  ASSERT_TRUE(w.popup.cmdStopStart.UserClick());
-  ASSERT_TRUE(w.host.PumpUntil([&] { return work.PassesDone() >= 1 && !work.Busy(); },
-                               std::chrono::seconds(30)));
-  w.host.Pump();
-  const auto itemsInStores = [&] {
-    int32_t items = 0;
-    for (const Ref<Period>& period : w.engine->Config()->Periods())
-      items += period->ItemCount();
-    return items;
-  };
-  // The agent watches no folder: nothing was filed.
-  ASSERT_EQ(itemsInStores(), 0);
-  const int32_t sentItems =
-      w.ctx.Mail().CreateApplication()->GetNamespace("MAPI")->GetDefaultFolder(5)->ItemCount();
-  ASSERT_GT(sentItems, 0);
-
-  ASSERT_TRUE(w.popup.tabControlOptions.UserSelectTab("Import"));
-  ImportPanel& im = w.popup.import;
-  w.host.PickMailFolderNext(std::string(kSent));
-  ASSERT_TRUE(im.cmdImAdd.UserClick());
-  ASSERT_THAT(Rows(im.lstImImportList), ElementsAre(kSent));
-  ASSERT_TRUE(im.cmdImRun.UserClick());
-  const Ref<Agent> agent = AgentOf(w, "Mail");
-  ASSERT_FALSE(agent->ImportTime().IsZero());
-  // Entering the tab while the import waits: Import Now can't be asked twice.
-  ASSERT_TRUE(w.popup.tabControlOptions.UserSelectTab("Summary"));
-  ASSERT_TRUE(w.popup.tabControlOptions.UserSelectTab("Import"));
-  EXPECT_FALSE(im.cmdImRun.Enabled());
-
-  // The engine's next pass falls due.
-  w.host.Advance(int64_t{6} * 60 * 1000);
-  ASSERT_TRUE(w.host.PumpUntil([&] { return work.PassesDone() >= 2 && !work.Busy(); },
-                               std::chrono::seconds(30)));
-  w.host.Pump();
-  EXPECT_EQ(itemsInStores(), sentItems);
-  EXPECT_TRUE(agent->ImportTime().IsZero());
-  // Entering the tab again offers it once more.
-  ASSERT_TRUE(w.popup.tabControlOptions.UserSelectTab("Summary"));
-  ASSERT_TRUE(w.popup.tabControlOptions.UserSelectTab("Import"));
-  EXPECT_TRUE(im.cmdImRun.Enabled());
-  EXPECT_THAT(w.Problems(), IsEmpty());
-}
-
 }  // namespace
-}  // namespace vellix
+}  // namespace vellix::test

@@ -1,13 +1,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
-#include "foundation/engine_config.h"
-#include "support/popup/popup_world.h"
+#include "panels/panel_test.h"
 
-namespace vellix {
+namespace vellix::test {
 namespace {
 
 using ::testing::Contains;
@@ -17,6 +17,7 @@ using ::testing::IsEmpty;
 using ::testing::Not;
 
 constexpr const char* kMsgFormatIncorrect = ".Strings.ControlPanel.Periods.MsgFormatIncorrect";
+constexpr const char* kFormat = "File '@yyyy mmm'";
 
 // A configured engine with a period of 3 months from 1 April 2024, the main
 // window up on the Periods tab.
@@ -27,76 +28,60 @@ struct PeriodsWorld {
     config()->PeriodCount(3);
     config()->PeriodUnits("Month");
     config()->ReferenceDate(DateSerial(2024, 4, 1));
-    config()->SetPeriodFormat("File '@yyyy mmm'");
+    config()->SetPeriodFormat(kFormat);
     EXPECT_TRUE(w.popup.tabControlOptions.UserSelectTab("Periods"));
     w.engine->ClearJournal();
   }
   Ref<EngineConfig> config() { return w.ctx.engine->Config(); }
   PeriodsPanel& pe() { return w.popup.periods; }
-  [[nodiscard]] std::string Tab() const { return w.popup.tabControlOptions.SelectedItem()->Key(); }
-  // The user edits the format and then clicks another tab.
-  void TypeFormatAndLeave(const std::string& text) {
-    ASSERT_TRUE(pe().txtPeFormat.UserFocus());
-    ASSERT_TRUE(pe().txtPeFormat.UserSetText(text));
-    ASSERT_TRUE(w.popup.tabControlOptions.UserSelectTab("Agents"));
-  }
-
-  test::PopupWorld w;
+  PopupWorld w;
 };
 
 TEST(PeriodsPanel, ShowsTheEnginesPeriodWithOnlyTheFormatOpenInRows) {
   PeriodsWorld p;
   PeriodsPanel& pe = p.pe();
-  EXPECT_EQ(pe.txtPeNewCount.Text(), "3");
-  EXPECT_EQ(pe.cboPeNewUnits.Text(), "Month");
+  const auto enabled = [&] {
+    return std::vector<bool>{pe.txtPeNewCount.Enabled(), pe.cboPeNewUnits.Enabled(),
+                             pe.dtpPeReference.Enabled(), pe.txtPeFormat.Enabled()};
+  };
+  EXPECT_THAT((std::vector<std::string>{pe.txtPeNewCount.Text(), pe.cboPeNewUnits.Text(),
+                                        pe.txtPeFormat.Text()}),
+              ElementsAre("3", "Month", kFormat));
   EXPECT_EQ(pe.dtpPeReference.Value(), DateSerial(2024, 4, 1));
-  EXPECT_EQ(pe.txtPeFormat.Text(), "File '@yyyy mmm'");
-  EXPECT_FALSE(pe.txtPeNewCount.Enabled());
-  EXPECT_FALSE(pe.cboPeNewUnits.Enabled());
-  EXPECT_FALSE(pe.dtpPeReference.Enabled());
-  EXPECT_TRUE(pe.txtPeFormat.Enabled());
+  EXPECT_THAT(enabled(), ElementsAre(false, false, false, true));
   EXPECT_THAT(p.w.Problems(), IsEmpty());
-
   // The unit words come from the configuration as the engine knows them.
-  std::vector<std::string> units;
-  for (int32_t i = 0; i < pe.cboPeNewUnits.ListCount(); ++i)
-    units.push_back(pe.cboPeNewUnits.List(i));
-  EXPECT_THAT(units, ElementsAre("Year", "Quarter", "Month", "Week", "Day"));
-
+  EXPECT_THAT(Rows(pe.cboPeNewUnits), ElementsAre("Year", "Quarter", "Month", "Week", "Day"));
   // Rows: label column, then the data; the unit follows the count.
   const LayoutMetrics& m = p.w.popup.Metrics();
-  EXPECT_EQ(pe.lblPeNewPeriod.Left(), m.Border);
-  EXPECT_EQ(pe.lblPeNewPeriod.Top(), m.Border + m.TextOffset);
-  EXPECT_EQ(pe.txtPeNewCount.Left(), 2 * m.Border + m.LabelColumnWidth);
-  EXPECT_EQ(pe.cboPeNewUnits.Left(), pe.txtPeNewCount.Left() + pe.txtPeNewCount.Width() + m.Border);
-  EXPECT_EQ(pe.dtpPeReference.Top(), m.Border + m.RowHeight + m.Border);
-  EXPECT_EQ(pe.txtPeFormat.Top(), m.Border + 2 * (m.RowHeight + m.Border));
-  EXPECT_EQ(pe.txtPeFormat.Width(), m.DataColumnWidth);
+  EXPECT_THAT(
+      (std::vector<int32_t>{pe.lblPeNewPeriod.Left(), pe.lblPeNewPeriod.Top(),
+                            pe.txtPeNewCount.Left(), pe.cboPeNewUnits.Left(),
+                            pe.dtpPeReference.Top(), pe.txtPeFormat.Top(), pe.txtPeFormat.Width()}),
+      ElementsAre(m.Border, m.Border + m.TextOffset, 2 * m.Border + m.LabelColumnWidth,
+                  pe.txtPeNewCount.Left() + pe.txtPeNewCount.Width() + m.Border,
+                  m.Border + m.RowHeight + m.Border, m.Border + 2 * (m.RowHeight + m.Border),
+                  m.DataColumnWidth));
   EXPECT_EQ(pe.dtpPeReference.ToolTipText(),
             p.w.Text(".Strings.ControlPanel.Periods.dtpPeReference"));
-
   // A running engine locks the format too; loading again keeps the three shut.
   p.w.popup.FormRun(true);
   EXPECT_FALSE(pe.txtPeFormat.Enabled());
   p.w.popup.FormRun(false);
   EXPECT_TRUE(pe.txtPeNewCount.Enabled());
   pe.LoadPeriods();
-  EXPECT_FALSE(pe.txtPeNewCount.Enabled());
+  EXPECT_THAT(enabled(), ElementsAre(false, false, false, true));
 }
 
 TEST(PeriodsPanel, TheEngineAloneJudgesAFormatWhenItLosesTheFocus) {
   PeriodsWorld p;
   PeriodsPanel& pe = p.pe();
-
-  // Unchanged: the engine isn't asked.
   pe.txtPeFormat_LostFocus();
-  EXPECT_THAT(p.w.Journal(), IsEmpty());
-
+  EXPECT_THAT(p.w.Journal(), IsEmpty()) << "unchanged: the engine isn't asked";
   pe.txtPeFormat.Text("Archive '@yyyy'");
   pe.txtPeFormat_LostFocus();
   EXPECT_EQ(p.config()->PeriodFormat(), "Archive '@yyyy'");
   EXPECT_THAT(p.w.host.Prompts(), IsEmpty());
-
   // Refused: the old format is back before the message shows.
   p.w.engine->RefuseSetPeriodFormat(true);
   pe.txtPeFormat.Text("Other '@yyyy'");
@@ -110,54 +95,53 @@ TEST(PeriodsPanel, TheEngineAloneJudgesAFormatWhenItLosesTheFocus) {
 }
 
 TEST(PeriodsPanel, LeavingChecksTheFormatOnlyWhenItChangedAndAFailedCheckKeepsTheTab) {
-  {
-    SCOPED_TRACE("unchanged: the tab changes without a word to the engine");
+  struct Case {
+    const char* what;
+    const char* text;  // "" leaves it; typed with the focus or, without, set in code
+    bool focus;
+    std::function<void(engine::EngineServer&)> fault;
+    const char* tab;
+    const char* shown;
+    bool told;
+    const char* format;  // the engine's afterwards
+  };
+  const auto none = [](engine::EngineServer&) {};
+  // clang-format off
+  const Case cases[] = {
+      {"unchanged", "", false, none, "Agents", kFormat, false, kFormat},
+      // The lost focus writes it, leaving finds it written.
+      {"typed and left", "Year '@yyyy'", true, none, "Agents", "Year '@yyyy'", false, "Year '@yyyy'"},
+      {"no date in it", "No date", false, none, "Periods", "No date", true, kFormat},
+      {"passes the check, refused by the engine", "Refused '@yyyy'", false,
+       [](engine::EngineServer& e) { e.RefuseSetPeriodFormat(true); }, "Agents", kFormat, true, kFormat},
+      {"the engine fails while asked", "File '@yy'", false,
+       [](engine::EngineServer& e) { e.FailCall("get Config"); }, "Periods", "File '@yy'", false, kFormat},
+  };
+  // clang-format on
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
     PeriodsWorld p;
+    TextBox& format = p.pe().txtPeFormat;
+    if (c.focus) {
+      ASSERT_TRUE(format.UserFocus());
+      ASSERT_TRUE(format.UserSetText(c.text));
+    } else if (*c.text != '\0') {
+      format.Text(c.text);
+    }
+    c.fault(*p.w.engine);
     ASSERT_TRUE(p.w.popup.tabControlOptions.UserSelectTab("Agents"));
-    EXPECT_EQ(p.Tab(), "Agents");
-    EXPECT_THAT(p.w.Journal(), Not(Contains(HasSubstr("SetPeriodFormat"))));
-  }
-  {
-    SCOPED_TRACE("typed and left: the lost focus writes it, leaving finds it written");
-    PeriodsWorld p;
-    p.TypeFormatAndLeave("Year '@yyyy'");
-    EXPECT_EQ(p.Tab(), "Agents");
-    EXPECT_EQ(p.config()->PeriodFormat(), "Year '@yyyy'");
-  }
-  {
-    SCOPED_TRACE("no date in it: the message, and the tab, panel and text stay");
-    PeriodsWorld p;
-    // Set in code, so no lost focus comes before the tab's question.
-    p.pe().txtPeFormat.Text("No date");
-    ASSERT_TRUE(p.w.popup.tabControlOptions.UserSelectTab("Agents"));
-    EXPECT_EQ(p.Tab(), "Periods");
-    EXPECT_EQ(p.w.popup.CurrentTab(), "Periods");
-    EXPECT_TRUE(p.w.popup.picPe.Visible());
-    EXPECT_FALSE(p.w.popup.picAg.Visible());
-    EXPECT_EQ(p.pe().txtPeFormat.Text(), "No date");
-    EXPECT_THAT(p.w.host.Prompts(), ElementsAre(p.w.Text(kMsgFormatIncorrect)));
-    EXPECT_EQ(p.config()->PeriodFormat(), "File '@yyyy mmm'");
-  }
-  {
-    SCOPED_TRACE("passes the check, refused by the engine: restored, told, and the tab changes");
-    PeriodsWorld p;
-    p.w.engine->RefuseSetPeriodFormat(true);
-    p.pe().txtPeFormat.Text("Refused '@yyyy'");
-    ASSERT_TRUE(p.w.popup.tabControlOptions.UserSelectTab("Agents"));
-    EXPECT_EQ(p.Tab(), "Agents");
-    EXPECT_EQ(p.pe().txtPeFormat.Text(), "File '@yyyy mmm'");
-    EXPECT_THAT(p.w.host.Prompts(), ElementsAre(p.w.Text(kMsgFormatIncorrect)));
-  }
-  {
-    SCOPED_TRACE("the engine fails while asked: the tab stays with the text as typed");
-    PeriodsWorld p;
-    p.pe().txtPeFormat.Text("File '@yy'");
-    p.w.engine->FailCall("get Config");
-    ASSERT_TRUE(p.w.popup.tabControlOptions.UserSelectTab("Agents"));
-    EXPECT_EQ(p.Tab(), "Periods");
-    EXPECT_EQ(p.pe().txtPeFormat.Text(), "File '@yy'");
     p.w.engine->ClearFaults();
-    EXPECT_EQ(p.config()->PeriodFormat(), "File '@yyyy mmm'");
+    EXPECT_EQ(p.w.popup.tabControlOptions.SelectedItem()->Key(), c.tab);
+    EXPECT_EQ(p.w.popup.CurrentTab(), c.tab);
+    EXPECT_EQ(p.w.popup.picPe.Visible(), std::string(c.tab) == "Periods");
+    EXPECT_EQ(p.w.popup.picAg.Visible(), std::string(c.tab) == "Agents");
+    EXPECT_EQ(format.Text(), c.shown);
+    EXPECT_EQ(p.w.host.Prompts(), c.told ? std::vector<std::string>{p.w.Text(kMsgFormatIncorrect)}
+                                         : std::vector<std::string>{});
+    EXPECT_EQ(p.config()->PeriodFormat(), c.format);
+    if (*c.text == '\0') {
+      EXPECT_THAT(p.w.Journal(), Not(Contains(HasSubstr("SetPeriodFormat"))));
+    }
   }
 }
 
@@ -185,9 +169,7 @@ TEST(PeriodsPanel, PeriodDurationCountsDaysWithSixteenBitYearsAndWeeksAndExactUn
     p.w.log->records.clear();
     EXPECT_DOUBLE_EQ(p.pe().PeriodDuration(), c.days);
     if (c.overflows) {
-      ASSERT_EQ(p.w.Problems().size(), 1U);
-      EXPECT_EQ(p.w.Problems()[0].procedure, "PeriodDuration");
-      EXPECT_EQ(p.w.Problems()[0].number, 6);
+      EXPECT_THAT(Traces(p.w), ElementsAre("frmPopup.PeriodDuration 6"));
     } else {
       EXPECT_THAT(p.w.Problems(), IsEmpty());
     }
@@ -195,4 +177,4 @@ TEST(PeriodsPanel, PeriodDurationCountsDaysWithSixteenBitYearsAndWeeksAndExactUn
 }
 
 }  // namespace
-}  // namespace vellix
+}  // namespace vellix::test

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -14,7 +15,7 @@
 #include "servers/config/config_server.h"
 #include "support/popup/popup_world.h"
 
-namespace vellix {
+namespace vellix::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -24,21 +25,18 @@ using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-void Tick(CheckBox& box, bool ticked) {
-  if ((box.Value() == CheckBox::kChecked) != ticked) {
-    ASSERT_TRUE(box.UserClick());
-  }
-}
-
-void TickAll(QuickSetupPanel& qs, bool ticked) {
+// Ticks the boxes given and clears the others.
+void TickOnly(QuickSetupPanel& qs, const std::set<const CheckBox*>& ticked) {
   for (CheckBox* box :
        {&qs.chkEmails, &qs.chkCalendar, &qs.chkTasks, &qs.chkContacts, &qs.chkNotes}) {
-    Tick(*box, ticked);
+    if ((box->Value() == CheckBox::kChecked) != (ticked.count(box) != 0)) {
+      ASSERT_TRUE(box->UserClick());
+    }
   }
 }
 
 // The page on screen, as on a first start.
-void StartOnThePage(test::PopupWorld& w) {
+void StartOnThePage(PopupWorld& w) {
   w.PresetHidden(false);
   w.Start();
   ASSERT_EQ(w.popup.ControlState(), MachineState::UnconfiguredVisible);
@@ -50,24 +48,22 @@ void StartOnThePage(test::PopupWorld& w) {
 
 // A new user's first start: they keep mail and calendar, choose quarterly
 // periods and type a backup folder.
-void FillInThePage(test::PopupWorld& w) {
+void FillInThePage(PopupWorld& w) {
   StartOnThePage(w);
   QuickSetupPanel& qs = w.popup.quickSetup;
-  TickAll(qs, false);
-  Tick(qs.chkEmails, true);
-  Tick(qs.chkCalendar, true);
+  TickOnly(qs, {&qs.chkEmails, &qs.chkCalendar});
   ASSERT_TRUE(qs.optQuarter.UserClick());
   ASSERT_TRUE(qs.txtBackupPath.UserSetText((w.dir / "backup").string()));
 }
 
-void SetTreeValue(test::PopupWorld& w, const std::string& key, const std::string& type,
+void SetTreeValue(PopupWorld& w, const std::string& key, const std::string& type,
                   const Variant& value) {
   w.config->RootNode()
       ->GetNode("Componants.VellixControl" + key, true, type, value)
       ->SetContent(value);
 }
 
-std::vector<std::string> AgentNames(test::PopupWorld& w) {
+std::vector<std::string> AgentNames(PopupWorld& w) {
   std::vector<std::string> names;
   for (const auto& agent : w.engine->Config()->Agents())
     names.push_back(agent->Name());
@@ -75,7 +71,7 @@ std::vector<std::string> AgentNames(test::PopupWorld& w) {
 }
 
 // What the filled-in page must have written, whichever way the user went on.
-void ExpectQuarterlyMailAndCalendar(test::PopupWorld& w) {
+void ExpectQuarterlyMailAndCalendar(PopupWorld& w) {
   auto config = w.engine->Config();
   auto mapi = w.ctx.Mail().CreateApplication()->GetNamespace("MAPI");
   EXPECT_THAT(AgentNames(w), ElementsAre("Received Emails", "Sent Emails", "Calendar"));
@@ -92,12 +88,12 @@ void ExpectQuarterlyMailAndCalendar(test::PopupWorld& w) {
   }
   EXPECT_EQ(config->Agent("Received Emails")->MonitorType(), "Mail and Post");
   auto calendar = config->Agent("Calendar");
-  EXPECT_EQ(calendar->MonitorType(), "Calendar");
+  EXPECT_THAT(
+      (std::vector<std::string>{calendar->MonitorType(), calendar->StoreFormat(),
+                                calendar->StoreUnits(), config->PeriodUnits(),
+                                config->PeriodFormat()}),
+      ElementsAre("Calendar", "'@MMM'-'$MMM'", "Quarter", "Quarter", "File '@yyyy mmm'-'$mmm'"));
   EXPECT_EQ(calendar->StoreCount(), 1);
-  EXPECT_EQ(calendar->StoreFormat(), "'@MMM'-'$MMM'");
-  EXPECT_EQ(calendar->StoreUnits(), "Quarter");
-  EXPECT_EQ(config->PeriodUnits(), "Quarter");
-  EXPECT_EQ(config->PeriodFormat(), "File '@yyyy mmm'-'$mmm'");
   EXPECT_EQ(config->PeriodCount(), 1);
   EXPECT_EQ(config->ReferenceDate(), DateSerial(2026, 1, 1));
   EXPECT_EQ(config->StoreLocation(), w.popup.quickSetup.txtStorePath.Text());
@@ -129,7 +125,7 @@ TEST(FirstRun, OkSavesThePageThenRunsNowOrWaitsOnScreen) {
   // clang-format on
   for (const Way& way : ways) {
     SCOPED_TRACE(way.name);
-    test::PopupWorld w;
+    PopupWorld w;
     FillInThePage(w);
     if (way.button != nullptr) {
       w.host.OnModal("frmPredictiveStart", [&way](Form& form) {
@@ -146,7 +142,6 @@ TEST(FirstRun, OkSavesThePageThenRunsNowOrWaitsOnScreen) {
       w.engine->ReleaseReports();
       w.host.Pump();
     }
-
     ExpectQuarterlyMailAndCalendar(w);
     EXPECT_THAT(w.StateTrace(), ElementsAreArray(way.trace));
     EXPECT_THAT(w.host.History(), Contains("show modal frmPredictiveStart"));
@@ -163,7 +158,7 @@ TEST(FirstRun, OkSavesThePageThenRunsNowOrWaitsOnScreen) {
 }
 
 TEST(FirstRun, ConfigureMoreSavesWithoutQuestionsAndGoesToTheTabs) {
-  test::PopupWorld w;
+  PopupWorld w;
   FillInThePage(w);
   // An empty backup folder and a store folder that can't be made: neither is
   // asked about on this way.
@@ -173,7 +168,6 @@ TEST(FirstRun, ConfigureMoreSavesWithoutQuestionsAndGoesToTheTabs) {
   ASSERT_TRUE(qs.txtStorePath.UserSetText(unreachable));
   ASSERT_TRUE(qs.cmdConfigMore.UserClick());
   w.host.Pump();
-
   EXPECT_THAT(w.host.Prompts(), IsEmpty());
   EXPECT_THAT(w.host.History(), Not(Contains("show modal frmPredictiveStart")));
   EXPECT_EQ(w.popup.ControlState(), MachineState::ConfiguredVisible);
@@ -187,12 +181,11 @@ TEST(FirstRun, ConfigureMoreSavesWithoutQuestionsAndGoesToTheTabs) {
 }
 
 TEST(FirstRun, CancelLeavesTheSystemUnconfiguredAndHidden) {
-  test::PopupWorld w;
+  PopupWorld w;
   FillInThePage(w);
   w.engine->ClearJournal();
   ASSERT_TRUE(w.popup.quickSetup.cmdCancel.UserClick());
   w.host.Pump();
-
   EXPECT_THAT(w.host.Prompts(), ElementsAre(w.Text(".Strings.QuickSetup.MsgLater")));
   EXPECT_EQ(w.popup.ControlState(), MachineState::UnconfiguredHidden);
   EXPECT_FALSE(w.popup.Visible());
@@ -201,27 +194,25 @@ TEST(FirstRun, CancelLeavesTheSystemUnconfiguredAndHidden) {
 }
 
 TEST(QuickSetup, LoadFillsThePageFromTheDefaultsAndTheDateUnlocksOnlyWhileTicked) {
-  test::PopupWorld w;
+  PopupWorld w;
   w.PresetHidden(false);
   // The boot file's defaults, with one turned round to show the key is read.
   SetTreeValue(w, ".DefaultTasks", "Boolean", Variant(true));
   SetTreeValue(w, ".DefaultEmails", "Boolean", Variant(false));
   w.Start();
   QuickSetupPanel& qs = w.popup.quickSetup;
-
-  EXPECT_TRUE(qs.optAnnual.Value());
-  EXPECT_FALSE(qs.optQuarter.Value());
-  EXPECT_FALSE(qs.dtpReference.Enabled());
+  EXPECT_THAT(
+      (std::vector<bool>{qs.optAnnual.Value(), qs.optQuarter.Value(), qs.dtpReference.Enabled()}),
+      ElementsAre(true, false, false));
   EXPECT_EQ(qs.dtpReference.CustomFormat(), "dd MMMM");
   EXPECT_EQ(qs.dtpReference.Value(), DateSerial(2026, 1, 1));
-  EXPECT_EQ(qs.chkEmails.Value(), 0);
-  EXPECT_EQ(qs.chkTasks.Value(), 1);
-  EXPECT_EQ(qs.chkCalendar.Value(), w.Text(".DefaultCalendar") == "True" ? 1 : 0);
-  EXPECT_EQ(qs.txtStorePath.Text(), *w.shell->PersonalFolder() + "\\My Vellix Activity");
-  EXPECT_EQ(qs.txtBackupPath.Text(), "");
-  EXPECT_EQ(qs.fraDefaultFolders.Caption(), "Monitor and File");
-  EXPECT_EQ(w.popup.Caption(), w.Text(".Strings.QuickSetup.FormCaption"));
-
+  EXPECT_THAT(
+      (std::vector<int32_t>{qs.chkEmails.Value(), qs.chkTasks.Value(), qs.chkCalendar.Value()}),
+      ElementsAre(0, 1, w.Text(".DefaultCalendar") == "True" ? 1 : 0));
+  EXPECT_THAT((std::vector<std::string>{qs.txtStorePath.Text(), qs.txtBackupPath.Text(),
+                                        qs.fraDefaultFolders.Caption(), w.popup.Caption()}),
+              ElementsAre(*w.shell->PersonalFolder() + "\\My Vellix Activity", "",
+                          "Monitor and File", w.Text(".Strings.QuickSetup.FormCaption")));
   // A date changed while ticked is saved even after the box is cleared.
   EXPECT_FALSE(qs.dtpReference.UserSetValue(DateSerial(2026, 4, 6))) << "locked until ticked";
   ASSERT_TRUE(qs.chkNotFirstDay.UserClick());
@@ -230,7 +221,6 @@ TEST(QuickSetup, LoadFillsThePageFromTheDefaultsAndTheDateUnlocksOnlyWhileTicked
   EXPECT_FALSE(qs.dtpReference.Enabled());
   ASSERT_TRUE(qs.SaveQuickSetup());
   EXPECT_EQ(w.engine->Config()->ReferenceDate(), DateSerial(2026, 4, 6));
-
   // A second Load leaves the box alone, so a ticked box can stand beside a
   // locked date.
   ASSERT_TRUE(qs.chkNotFirstDay.UserClick());
@@ -238,9 +228,8 @@ TEST(QuickSetup, LoadFillsThePageFromTheDefaultsAndTheDateUnlocksOnlyWhileTicked
   qs.Load();
   EXPECT_EQ(qs.chkNotFirstDay.Value(), 1);
   EXPECT_FALSE(qs.dtpReference.Enabled());
-
   // Without a personal folder the store goes to the fixed default.
-  test::PopupWorld bare;
+  PopupWorld bare;
   fs::remove_all(bare.dir / "home" / "Documents");
   StartOnThePage(bare);
   EXPECT_EQ(bare.popup.quickSetup.txtStorePath.Text(), "c:\\Orvane Vellix Store");
@@ -250,10 +239,13 @@ TEST(QuickSetup, EveryBoxMakesItsAgentAndOnlyAQuarterlySetupChangesMailAndCalend
   for (const int ticked : {0, 1, 2}) {  // none; all, annual; all, quarterly
     SCOPED_TRACE(ticked);
     const bool quarterly = ticked == 2;
-    test::PopupWorld w;
+    PopupWorld w;
     StartOnThePage(w);
     QuickSetupPanel& qs = w.popup.quickSetup;
-    TickAll(qs, ticked != 0);
+    TickOnly(qs, ticked == 0
+                     ? std::set<const CheckBox*>{}
+                     : std::set<const CheckBox*>{&qs.chkEmails, &qs.chkCalendar, &qs.chkTasks,
+                                                 &qs.chkContacts, &qs.chkNotes});
     if (quarterly) {
       ASSERT_TRUE(qs.optQuarter.UserClick());
     }
@@ -262,7 +254,6 @@ TEST(QuickSetup, EveryBoxMakesItsAgentAndOnlyAQuarterlySetupChangesMailAndCalend
     SetTreeValue(w, ".Strings.ProductName", "String", Variant("Probe"));
     w.engine->ClearJournal();
     ASSERT_TRUE(qs.SaveQuickSetup());
-
     const auto& journal = w.engine->Journal();
     ConfigServer disk(w.dir / "ConfigTree.xml", "");
     EXPECT_EQ(disk.RootNode()->GetValue("Componants.VellixControl.Strings.ProductName").ToString(),
@@ -294,12 +285,24 @@ TEST(QuickSetup, EveryBoxMakesItsAgentAndOnlyAQuarterlySetupChangesMailAndCalend
   }
 }
 
-TEST(QuickSetup, DoubtfulFoldersAreAskedAboutAndOnlyTheUsersYesGoesOn) {
-  test::PopupWorld w;
+TEST(QuickSetup, BrowseFillsItsOwnFieldAndDoubtfulFoldersAreAskedAboutUntilTheUsersYes) {
+  PopupWorld w;
   StartOnThePage(w);
   QuickSetupPanel& qs = w.popup.quickSetup;
-  ASSERT_TRUE(qs.txtBackupPath.UserSetText("/srv/backup"));
-
+  // Each browse button fills its own field; a cancelled dialog changes nothing.
+  const std::string storeBefore = qs.txtStorePath.Text();
+  const fs::path chosen = w.dir / "chosen";
+  fs::create_directories(chosen);
+  w.host.ChooseFolderNext(chosen.string());
+  ASSERT_TRUE(qs.cmdBrowseBackup.UserClick());
+  EXPECT_EQ(qs.txtBackupPath.Text(), w.paths.ToLogic(chosen));
+  EXPECT_EQ(qs.txtStorePath.Text(), storeBefore);
+  w.host.ChooseFolderNext(std::nullopt);
+  ASSERT_TRUE(qs.cmdBrowseStore.UserClick());
+  EXPECT_EQ(qs.txtStorePath.Text(), storeBefore);
+  const std::string title = w.Text(".Strings.ControlPanel.CaptionFindFolder");
+  EXPECT_THAT(w.host.FolderTitles(), ElementsAre(title, title));
+  EXPECT_THAT(w.host.Prompts(), IsEmpty());
   // A store folder two levels down can't be made.
   const fs::path deep = w.dir / "missing" / "store";
   ASSERT_TRUE(qs.txtStorePath.UserSetText(deep.string()));
@@ -312,14 +315,12 @@ TEST(QuickSetup, DoubtfulFoldersAreAskedAboutAndOnlyTheUsersYesGoesOn) {
   w.host.AnswerNext(MsgResult::Yes);
   EXPECT_TRUE(qs.LeaveQuickSetup());
   EXPECT_FALSE(fs::exists(deep));
-
   // One level down is made without a question.
   w.host.ClearPrompts();
   ASSERT_TRUE(qs.txtStorePath.UserSetText((w.dir / "store").string()));
   EXPECT_TRUE(qs.LeaveQuickSetup());
   EXPECT_THAT(w.host.Prompts(), IsEmpty());
   EXPECT_TRUE(fs::is_directory(w.dir / "store"));
-
   // A backup folder of blanks: Cancel keeps the user on the page with
   // nothing written; OK goes on, and the blanks themselves reach the engine.
   ASSERT_TRUE(qs.txtBackupPath.UserSetText("   "));
@@ -340,54 +341,24 @@ TEST(QuickSetup, DoubtfulFoldersAreAskedAboutAndOnlyTheUsersYesGoesOn) {
 }
 
 TEST(QuickSetup, WithoutOutlookNothingIsWrittenAndTheUserIsTold) {
-  test::PopupWorld w;
+  PopupWorld w;
   outlook::ProfileMailProgram noOutlook{std::shared_ptr<outlook::MailProfile>()};
   w.services.mailProgram = &noOutlook;
   StartOnThePage(w);
   w.engine->ClearJournal();
-
   EXPECT_FALSE(w.popup.quickSetup.SaveQuickSetup());
   const std::string message = w.Text(".Strings.QuickSetup.MsgNoOutlook");
   EXPECT_FALSE(message.empty());
   EXPECT_THAT(w.host.Prompts(), ElementsAre(message));
-  EXPECT_THAT(w.Problems(), ElementsAre(test::LogRecord{"frmPopup", "SaveQuickSetup", message, 0}));
+  EXPECT_THAT(w.Problems(), ElementsAre(LogRecord{"frmPopup", "SaveQuickSetup", message, 0}));
   EXPECT_THAT(w.Journal(), IsEmpty());
 }
 
-TEST(QuickSetup, BrowseButtonsFillTheirOwnFieldAndACancelledDialogChangesNothing) {
-  test::PopupWorld w;
-  StartOnThePage(w);
-  QuickSetupPanel& qs = w.popup.quickSetup;
-  const std::string storeBefore = qs.txtStorePath.Text();
-  const fs::path chosen = w.dir / "chosen";
-  fs::create_directories(chosen);
-
-  w.host.ChooseFolderNext(chosen.string());
-  ASSERT_TRUE(qs.cmdBrowseBackup.UserClick());
-  EXPECT_EQ(qs.txtBackupPath.Text(), w.paths.ToLogic(chosen));
-  EXPECT_EQ(qs.txtStorePath.Text(), storeBefore);
-
-  w.host.ChooseFolderNext(std::nullopt);
-  ASSERT_TRUE(qs.cmdBrowseStore.UserClick());
-  EXPECT_EQ(qs.txtStorePath.Text(), storeBefore);
-  const std::string title = w.Text(".Strings.ControlPanel.CaptionFindFolder");
-  EXPECT_THAT(w.host.FolderTitles(), ElementsAre(title, title));
-}
-
-struct Rect {
-  int32_t left, top, right, bottom;
-};
-
-Rect RectOf(const Control& c) {
-  return {c.Left(), c.Top(), c.Left() + c.Width(), c.Top() + c.Height()};
-}
-
 TEST(QuickSetup, ThePageIsLaidOutInFramesWithoutOverlapsAndButtonsBottomRight) {
-  test::PopupWorld w;
+  PopupWorld w;
   StartOnThePage(w);
   QuickSetupPanel& qs = w.popup.quickSetup;
   const LayoutMetrics& m = w.popup.Metrics();
-
   // Each frame holds its controls, each inside it and none on another.
   const std::pair<const char*, size_t> containers[] = {{"picQuickSetup", 8U},
                                                        {"fraPeriod", 2U},
@@ -400,19 +371,19 @@ TEST(QuickSetup, ThePageIsLaidOutInFramesWithoutOverlapsAndButtonsBottomRight) {
     const auto children = w.popup.ChildrenOf(container);
     EXPECT_EQ(children.size(), count) << container;
     for (size_t i = 0; i < children.size(); ++i) {
-      const Rect a = RectOf(*children[i]);
-      const bool inside = a.left >= 0 && a.top >= 0 && a.left < a.right && a.top < a.bottom &&
-                          a.right <= box->Width() && a.bottom <= box->Height();
-      EXPECT_TRUE(inside) << children[i]->Name() << " is empty or sticks out of " << container;
+      const Control& a = *children[i];
+      const bool inside = a.Left() >= 0 && a.Top() >= 0 && a.Width() > 0 && a.Height() > 0 &&
+                          a.Left() + a.Width() <= box->Width() &&
+                          a.Top() + a.Height() <= box->Height();
+      EXPECT_TRUE(inside) << a.Name() << " is empty or sticks out of " << container;
       for (size_t j = i + 1; j < children.size(); ++j) {
-        const Rect b = RectOf(*children[j]);
-        const bool apart =
-            a.right <= b.left || b.right <= a.left || a.bottom <= b.top || b.bottom <= a.top;
-        EXPECT_TRUE(apart) << children[i]->Name() << " overlaps " << children[j]->Name();
+        const Control& b = *children[j];
+        const bool apart = a.Left() + a.Width() <= b.Left() || b.Left() + b.Width() <= a.Left() ||
+                           a.Top() + a.Height() <= b.Top() || b.Top() + b.Height() <= a.Top();
+        EXPECT_TRUE(apart) << a.Name() << " overlaps " << b.Name();
       }
     }
   }
-
   // The buttons: one row at the bottom right, in the order Help, Configure
   // More, Cancel, OK, a Border apart.
   const Control& pic = w.popup.picQuickSetup;
@@ -423,11 +394,10 @@ TEST(QuickSetup, ThePageIsLaidOutInFramesWithoutOverlapsAndButtonsBottomRight) {
     EXPECT_EQ(row[i]->Top(), qs.cmdOK.Top());
     EXPECT_EQ(row[i]->Left(), row[i - 1]->Left() + row[i - 1]->Width() + m.Border);
   }
-
   // Labels sit in the label column.
   EXPECT_EQ(qs.lblStore.Top(), qs.txtStorePath.Top() + m.TextOffset);
   EXPECT_EQ(qs.txtStorePath.Left(), m.Border + m.LabelColumnWidth + m.Border);
 }
 
 }  // namespace
-}  // namespace vellix
+}  // namespace vellix::test

@@ -14,7 +14,7 @@
 #include "support/popup/popup_world.h"
 #include "support/temp_folder.h"
 
-namespace vellix {
+namespace vellix::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -27,7 +27,7 @@ using Rows = std::vector<std::pair<std::string, std::string>>;
 constexpr const char* kSummary = ".Strings.ControlPanel.Summary";
 
 // The engine as processing runs would have left it, read from its own file.
-void LoadArchive(test::PopupWorld& w) {
+void LoadArchive(PopupWorld& w) {
   auto at = [](int y, int m, int d, int h, int n, int s) {
     std::ostringstream out;
     out.precision(17);
@@ -35,7 +35,7 @@ void LoadArchive(test::PopupWorld& w) {
     return out.str();
   };
   const fs::path store = w.dir / "store";
-  test::WriteText(store / "File 2024.pst", std::string(1500, 'x'));
+  WriteText(store / "File 2024.pst", std::string(1500, 'x'));
   w.LoadEngine(
       "<Agent Id=\"1\" Name=\"Received Emails\" MonitorType=\"Mail and Post\" "
       "ItemCount=\"1234567\" ItemsToPurge=\"42\" EarliestStore=" +
@@ -47,7 +47,8 @@ void LoadArchive(test::PopupWorld& w) {
       "<Period Name=\"File 2025\" FileName=\"x.pst\" />"
       "<Period Name=\"File 2024\" FileName=\"" +
           (store / "File 2024.pst").string() + "\" FirstEntry=" + at(2024, 1, 3, 8, 15, 0) +
-          " LastEntry=" + at(2024, 12, 30, 17, 45, 30) + " Connected=\"False\" />");
+          " LastEntry=" + at(2024, 12, 30, 17, 45, 30) +
+          " LastBackup=" + at(2026, 11, 21, 22, 0, 0) + " Connected=\"False\" />");
 }
 
 Rows GridRows(const FlexGrid& grid) {
@@ -71,58 +72,11 @@ std::vector<std::string> Texts(const std::vector<TreeNode*>& nodes) {
   return out;
 }
 
-void SetText(test::PopupWorld& w, const std::string& key, const std::string& text) {
+void SetText(PopupWorld& w, const std::string& key, const std::string& text) {
   w.config->RootNode()
       ->GetNode("Componants.VellixControl" + std::string(kSummary) + "." + key, true, "String",
                 Variant(text))
       ->SetContent(Variant(text));
-}
-
-TEST(SummaryPanel, SelectorListsAgentsAndPeriodsAndRootsShowTheirListsInsideThePanel) {
-  test::PopupWorld w;
-  LoadArchive(w);
-  w.Start();
-  SummaryPanel& su = w.popup.summary;
-  TreeView& tree = su.tvwSuSelector;
-
-  EXPECT_THAT(Texts(tree.Roots()), ElementsAre("Agents", "Periods"));
-  EXPECT_THAT(Texts(tree.Nodes("Agents").Children()),
-              ElementsAre("calendar", "Received Emails", "Sent Emails"));
-  EXPECT_THAT(Texts(tree.Nodes("PeriodsRoot").Children()), ElementsAre("File 2024", "File 2025"));
-  EXPECT_TRUE(tree.Nodes("PeriodsRoot").Selected());
-  EXPECT_TRUE(tree.Nodes("Agents").Expanded());
-  EXPECT_TRUE(tree.Nodes("PeriodsRoot").Expanded());
-  // Selecting in code is no click: nothing is listed yet.
-  EXPECT_EQ(su.fgcSuDetail.Rows(), 0);
-
-  ASSERT_TRUE(tree.UserClickNode("Agents"));
-  EXPECT_THAT(GridRows(su.fgcSuDetail),
-              ElementsAre(Pair("calendar", "Calendar"), Pair("Received Emails", "Mail and Post"),
-                          Pair("Sent Emails", "Mail and Post")));
-  EXPECT_EQ(su.fgcSuDetail.CellAlignmentAt(1, 1), 2);
-
-  // Coming back to the tab rebuilds the tree and leaves the list alone.
-  su.Load();
-  EXPECT_EQ(su.fgcSuDetail.Rows(), 3);
-  EXPECT_TRUE(tree.Nodes("PeriodsRoot").Selected());
-
-  ASSERT_TRUE(tree.UserClickNode("PeriodsRoot"));
-  EXPECT_THAT(GridRows(su.fgcSuDetail), ElementsAre(Pair("File 2024", "03/01/2024 - 30/12/2024"),
-                                                    Pair("File 2025", "30/12/1899 - 30/12/1899")));
-  EXPECT_TRUE(su.LeaveSummary());
-  EXPECT_THAT(w.Problems(), IsEmpty());
-
-  // Tree, grid and buttons lie inside the panel; the columns fill the grid.
-  const LayoutMetrics& m = w.popup.Metrics();
-  const int32_t picHeight = w.popup.picSu.Height();
-  EXPECT_EQ(tree.Height(), picHeight - 2 * m.Border - m.RowHeight);
-  EXPECT_EQ(su.fgcSuDetail.Left() + su.fgcSuDetail.Width(), w.popup.picSu.Width() - m.Border);
-  EXPECT_EQ(su.fgcSuDetail.ColWidth(0),
-            std::stoi(w.Text(std::string(kSummary) + ".DetailNameWidth")));
-  EXPECT_EQ(su.fgcSuDetail.ColWidth(0) + su.fgcSuDetail.ColWidth(1), su.fgcSuDetail.Width());
-  EXPECT_EQ(su.cmdSuHelp.Top() + su.cmdSuHelp.Height(), picHeight);
-  EXPECT_EQ(su.cmdSuSetupWiz.Left(), su.cmdSuHelp.Left() + su.cmdSuHelp.Width() + m.Border);
-  EXPECT_EQ(su.cmdSuHelp.Caption(), w.Text(std::string(kSummary) + ".cmdSuHelp.ButtonText"));
 }
 
 // A period whose backup status can be anything the engine might answer.
@@ -153,23 +107,59 @@ class StatusPeriod : public Period {
   int16_t status_;
 };
 
-TEST(SummaryPanel, DetailsShowEveryFigureOfAnAgentInTheOrderOfTheirNamesAndOfAPeriod) {
-  test::PopupWorld w;
+TEST(SummaryPanel, SelectorListsAgentsAndPeriodsAndEachNodeShowsItsListOrItsFiguresInOrder) {
+  PopupWorld w;
   LoadArchive(w);
   w.Start();
   SummaryPanel& su = w.popup.summary;
+  TreeView& tree = su.tvwSuSelector;
+  EXPECT_THAT(Texts(tree.Roots()), ElementsAre("Agents", "Periods"));
+  EXPECT_THAT(Texts(tree.Nodes("Agents").Children()),
+              ElementsAre("calendar", "Received Emails", "Sent Emails"));
+  EXPECT_THAT(Texts(tree.Nodes("PeriodsRoot").Children()), ElementsAre("File 2024", "File 2025"));
+  EXPECT_TRUE(tree.Nodes("PeriodsRoot").Selected());
+  EXPECT_TRUE(tree.Nodes("Agents").Expanded());
+  EXPECT_TRUE(tree.Nodes("PeriodsRoot").Expanded());
+  // Selecting in code is no click: nothing is listed yet.
+  EXPECT_EQ(su.fgcSuDetail.Rows(), 0);
+  ASSERT_TRUE(tree.UserClickNode("Agents"));
+  EXPECT_THAT(GridRows(su.fgcSuDetail),
+              ElementsAre(Pair("calendar", "Calendar"), Pair("Received Emails", "Mail and Post"),
+                          Pair("Sent Emails", "Mail and Post")));
+  EXPECT_EQ(su.fgcSuDetail.CellAlignmentAt(1, 1), 2);
+  // Coming back to the tab rebuilds the tree and leaves the list alone.
+  su.Load();
+  EXPECT_EQ(su.fgcSuDetail.Rows(), 3);
+  EXPECT_TRUE(tree.Nodes("PeriodsRoot").Selected());
+  ASSERT_TRUE(tree.UserClickNode("PeriodsRoot"));
+  EXPECT_THAT(GridRows(su.fgcSuDetail), ElementsAre(Pair("File 2024", "03/01/2024 - 30/12/2024"),
+                                                    Pair("File 2025", "30/12/1899 - 30/12/1899")));
+  EXPECT_TRUE(su.LeaveSummary());
+  EXPECT_THAT(w.Problems(), IsEmpty());
+  // Tree, grid and buttons lie inside the panel; the columns fill the grid.
+  const LayoutMetrics& m = w.popup.Metrics();
+  const FlexGrid& grid = su.fgcSuDetail;
+  const int32_t height = w.popup.picSu.Height();
+  EXPECT_THAT(
+      (std::vector<int32_t>{tree.Height(), grid.Left() + grid.Width(), grid.ColWidth(0),
+                            grid.ColWidth(0) + grid.ColWidth(1),
+                            su.cmdSuHelp.Top() + su.cmdSuHelp.Height(), su.cmdSuSetupWiz.Left()}),
+      ElementsAre(height - 2 * m.Border - m.RowHeight, w.popup.picSu.Width() - m.Border,
+                  std::stoi(w.Text(std::string(kSummary) + ".DetailNameWidth")), grid.Width(),
+                  height, su.cmdSuHelp.Left() + su.cmdSuHelp.Width() + m.Border));
+  EXPECT_EQ(su.cmdSuHelp.Caption(), w.Text(std::string(kSummary) + ".cmdSuHelp.ButtonText"));
+  // The details show every figure of an agent in the order of their names,
+  // and of a period.
   auto agent = [&](const std::string& key) {
     return w.Text(std::string(kSummary) + ".Agent." + key);
   };
   auto period = [&](const std::string& key) {
     return w.Text(std::string(kSummary) + ".Period." + key);
   };
-
   // An agent that has filed nothing shows its count as nothing at all.
   ASSERT_TRUE(su.tvwSuSelector.UserClickNode("calendar"));
   EXPECT_EQ(RowValue(su.fgcSuDetail, agent("ItemCount")), "");
   EXPECT_EQ(RowValue(su.fgcSuDetail, agent("MonitorType")), "Calendar");
-
   // The order follows the configured wording: case aside, and the later of
   // two equal names first.
   const std::pair<const char*, const char*> names[] = {
@@ -187,7 +177,6 @@ TEST(SummaryPanel, DetailsShowEveryFigureOfAnAgentInTheOrderOfTheirNamesAndOfAPe
                           Pair("earliest", "01 January 2024 00:00:00"),
                           Pair("Kind", "Mail and Post"), Pair("Latest", "01 January 2025 12:00:00"),
                           Pair("purge", "42"), Pair("Unfiled", "")));
-
   ASSERT_TRUE(su.tvwSuSelector.UserClickNode("File 2024"));
   const std::string store = (w.dir / "store").string();
   EXPECT_THAT(
@@ -199,10 +188,9 @@ TEST(SummaryPanel, DetailsShowEveryFigureOfAnAgentInTheOrderOfTheirNamesAndOfAPe
           Pair(period("Connected"), "False"), Pair(period("FileName"), store + "/File 2024.pst"),
           Pair(period("FileSize"), "2 Kb"), Pair(period("FirstEntry"), "03 January 2024 08:15:00"),
           // A period's count shows 0, unlike an agent's.
-          Pair(period("ItemCount"), "0"), Pair(period("LastBackup"), ""),
+          Pair(period("ItemCount"), "0"), Pair(period("LastBackup"), "21 November 2026 22:00:00"),
           Pair(period("LastEntry"), "30 December 2024 17:45:30"),
           Pair(period("StoreLocation"), store)));
-
   // Any status the engine might answer.
   auto status = [&](int16_t value) {
     su.ShowPeriodDetails(MakeRef<StatusPeriod>(w.engine->Config(), value));
@@ -219,16 +207,14 @@ TEST(SummaryPanel, DetailsShowEveryFigureOfAnAgentInTheOrderOfTheirNamesAndOfAPe
 }
 
 TEST(SummaryPanel, EmptyAgentListAndCollidingNames) {
-  test::PopupWorld w;
+  PopupWorld w;
   w.LoadEngine("", R"(<Period Name="File 2024" FileName="x.pst" />)");
   w.Start();
   SummaryPanel& su = w.popup.summary;
-
   ASSERT_TRUE(su.tvwSuSelector.UserClickNode("PeriodsRoot"));
   EXPECT_EQ(su.fgcSuDetail.Rows(), 1);
   ASSERT_TRUE(su.tvwSuSelector.UserClickNode("Agents"));
   EXPECT_EQ(su.fgcSuDetail.Rows(), 0);
-
   // An agent named as a period collides in the tree: the build stops there.
   // The tree's error number doesn't fit the log's 16-bit field, so the
   // record is the overflow, in the procedure that asked for the tree.
@@ -242,7 +228,6 @@ TEST(SummaryPanel, EmptyAgentListAndCollidingNames) {
   ASSERT_EQ(problems.size(), logged + 1);
   EXPECT_EQ(problems.back().procedure, "LoadSummary");
   EXPECT_EQ(problems.back().number, 6);
-
   // A name with a backslash is a path of three parts: a click shows nothing.
   w.engine->Config()->Agent("Zed")->Name("In\\Out");
   su.Load();
@@ -254,7 +239,7 @@ TEST(SummaryPanel, EmptyAgentListAndCollidingNames) {
 
 // The page lies beside the temporary folder, its name joined straight on, and
 // is gone once the browser is found or not.
-void ExpectPageGone(test::PopupWorld& w) {
+void ExpectPageGone(PopupWorld& w) {
   const std::string temp = w.files->GetSpecialFolder(2);
   EXPECT_EQ(w.browser.page.rfind(temp + "rad", 0), 0U) << w.browser.page;
   EXPECT_EQ(w.browser.page.substr(w.browser.page.size() - 4), ".htm");
@@ -265,7 +250,7 @@ void ExpectPageGone(test::PopupWorld& w) {
 }
 
 TEST(SummaryPanel, HelpOpensTheAddressWithTheProgramFoundFromATemporaryPageOrSaysWhyNot) {
-  test::PopupWorld w;
+  PopupWorld w;
   LoadArchive(w);
   w.Start();
   w.host.ClearPrompts();
@@ -275,7 +260,6 @@ TEST(SummaryPanel, HelpOpensTheAddressWithTheProgramFoundFromATemporaryPageOrSay
   EXPECT_THAT(w.browser.opened, ElementsAre("web-browser " + text(".cmdSuHelp.LinkURL")));
   EXPECT_THAT(w.host.Prompts(), IsEmpty());
   ExpectPageGone(w);
-
   // No browser.
   w.browser.opened.clear();
   w.browser.findResult = kShellErrorNoAssociation;
@@ -283,7 +267,6 @@ TEST(SummaryPanel, HelpOpensTheAddressWithTheProgramFoundFromATemporaryPageOrSay
   EXPECT_THAT(w.host.Prompts(), ElementsAre(text(".cmdSuHelp.NoBrowser")));
   EXPECT_THAT(w.browser.opened, IsEmpty());
   ExpectPageGone(w);
-
   // Found, but it does not start.
   w.host.ClearPrompts();
   w.browser.findResult = kShellSuccess;
@@ -297,4 +280,4 @@ TEST(SummaryPanel, HelpOpensTheAddressWithTheProgramFoundFromATemporaryPageOrSay
 }
 
 }  // namespace
-}  // namespace vellix
+}  // namespace vellix::test
