@@ -300,8 +300,12 @@ TEST(QuickSetup, BrowseFillsItsOwnFieldAndDoubtfulFoldersAreAskedAboutUntilTheUs
   w.host.ChooseFolderNext(std::nullopt);
   ASSERT_TRUE(qs.cmdBrowseStore.UserClick());
   EXPECT_EQ(qs.txtStorePath.Text(), storeBefore);
+  w.host.ChooseFolderNext(w.dir.string());
+  ASSERT_TRUE(qs.cmdBrowseStore.UserClick());
+  EXPECT_EQ(qs.txtStorePath.Text(), w.paths.ToLogic(w.dir));
+  EXPECT_EQ(qs.txtBackupPath.Text(), w.paths.ToLogic(chosen));
   const std::string title = w.Text(".Strings.ControlPanel.CaptionFindFolder");
-  EXPECT_THAT(w.host.FolderTitles(), ElementsAre(title, title));
+  EXPECT_THAT(w.host.FolderTitles(), ElementsAre(title, title, title));
   EXPECT_THAT(w.host.Prompts(), IsEmpty());
   // A store folder two levels down can't be made.
   const fs::path deep = w.dir / "missing" / "store";
