@@ -1,0 +1,204 @@
+// The import wizard's Agents page and its folder survey: the nine agent
+// choices, the walk of every folder tree under the chosen roots, and the Run
+// grid's button that cycles a row's agent.
+
+#include <string>
+
+#include "forms/row_layout.h"
+#include "foundation/agent.h"
+#include "foundation/config_node.h"
+#include "foundation/engine.h"
+#include "foundation/engine_config.h"
+#include "foundation/frame.h"
+#include "foundation/utils.h"
+#include "wizard/frm_import_wizard.h"
+
+namespace vellix {
+
+namespace {
+constexpr const char* kModule = "frmImportWizard";
+constexpr const char* kMailAndPost = "Mail and Post";
+
+// Upper case of ASCII letters, in place: the name tests ignore case.
+void ToUpper(std::string& text) {
+  for (char& c : text) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  }
+}
+
+// Counts the survey's levels; the outermost one is the survey of a root.
+class Level {
+ public:
+  explicit Level(int& depth) : depth_(depth) { ++depth_; }
+  ~Level() { --depth_; }
+  Level(const Level&) = delete;
+  Level& operator=(const Level&) = delete;
+  [[nodiscard]] bool Outermost() const { return depth_ == 1; }
+
+ private:
+  int& depth_;
+};
+}  // namespace
+
+void FrmImportWizard::LayoutAgents() {
+  Frame frame(ctx_, kModule, "LayoutAgents");
+  frame.Run([&] {
+    const LayoutMetrics& m = metrics_;
+    PlacePage(picAgents);
+    RowLayout rows(m, node_);
+    lblAgDescription.Caption(rows.Text("lblAgDescription"));
+    lblAgDescription.Move(m.Border, m.Border, Twips(int64_t{picAgents.Width()} - 2 * m.Border),
+                          Twips(2 * int64_t{m.RowHeight}));
+    rows.Row(Twips(int64_t{lblAgDescription.Top()} + lblAgDescription.Height() + m.Border));
+    for (const AgentRow& row : agentRows_) {
+      // The label's own text stands where the key gives none.
+      if (const std::string text = rows.Text(row.label->Name()); !text.empty())
+        row.label->Caption(text);
+      row.label->Move(m.Border, Twips(int64_t{rows.Row()} + m.TextOffset), m.LabelColumnWidth,
+                      m.RowHeight);
+      rows.PlaceData(*row.combo, m.DataColumnWidth);
+      rows.NextRow();
+    }
+
+    // The choices: the none text first, then the agents of each one's type.
+    const std::string none = Text(".Strings.None");
+    for (const AgentRow& row : agentRows_) {
+      row.combo->Clear();
+      row.combo->AddItem(none);
+    }
+    for (const Ref<Agent>& agent : ctx_.engine->Config()->Agents()) {
+      const std::string type = agent->MonitorType();
+      const std::string name = agent->Name();
+      if (type == kMailAndPost) {
+        // Every mail agent is offered on all four mail choices; only the
+        // agents named as the English default folders preselect, and the
+        // one named Inbox takes other mail folders too.
+        for (const AgentRow& row : agentRows_) {
+          if (row.type == type) row.combo->AddItem(name);
+        }
+        for (const AgentRow& row : agentRows_) {
+          if (row.type == type && name == row.preselect) row.combo->Text(name);
+        }
+        continue;
+      }
+      // The last agent of a type in the engine's order is the one preselected;
+      // an agent of a type without a choice ("Unknown") is offered nowhere.
+      for (const AgentRow& row : agentRows_) {
+        if (row.type != type) continue;
+        row.combo->Text(name);
+        row.combo->AddItem(name);
+      }
+    }
+    for (const AgentRow& row : agentRows_) {
+      if (row.combo->Text().empty()) row.combo->Text(none);
+    }
+  });
+}
+
+bool FrmImportWizard::ExitAgents() {
+  Frame frame(ctx_, kModule, "ExitAgents");
+  return frame.Run(false, [&](bool& result) {
+    // Made anew on every way out of the page, from the choices as they stand.
+    mcolImportList_.Clear();
+    Utils utils(ctx_);
+    for (int32_t i = 0; i < lstSoRootFolders.ListCount(); ++i) {
+      const std::string path = lstSoRootFolders.List(i);
+      // A root that can't be found is passed over without a word.
+      if (const Ref<MAPIFolder> folder = utils.GetFolder(mobjNamespace_, path))
+        SurveyFolder(folder, path);
+    }
+    picSource.Visible(false);
+    picAgents.Visible(false);
+    result = true;
+  });
+}
+
+ComboBox* FrmImportWizard::ChoiceFor(const std::string& typeName, const std::string& key) {
+  if (typeName == kMailAndPost) {
+    // The whole path counts, store and parents included: a folder below
+    // Inbox is Inbox mail. Only the English default names are known.
+    if (key.find("INBOX") != std::string::npos) return &cboAgInbox;
+    if (key.find("SENTITEMS") != std::string::npos) return &cboAgSentItems;
+    if (key.find("DELETEDITEMS") != std::string::npos) return &cboAgDeletedItems;
+    return &cboAgOtherMailAndPost;
+  }
+  for (const AgentRow& row : agentRows_) {
+    if (row.type == typeName) return row.combo;
+  }
+  return nullptr;
+}
+
+void FrmImportWizard::SurveyFolder(const Ref<MAPIFolder>& folder, const std::string& rootFolder) {
+  // Logs under the page-exit procedure's name, as it always has.
+  Frame frame(ctx_, kModule, "ExitSource");
+  frame.Run([&] {
+    const Level level(surveyDepth_);
+    if (level.Outermost()) {
+      // The two texts that mean no agent; the tree can't change mid-walk.
+      noneText_ = Text(".Strings.None");
+      noAgentText_ = Text(".Strings.ImportWizard.NoAgent");
+    }
+    const Ref<ImportEntry> entry = MakeRef<ImportEntry>(ctx_);
+    entry->RootFolder = rootFolder;
+    // Every folder after all of its descendants; siblings in the mail
+    // program's order; no depth limit.
+    const Ref<OutlookFolders> subFolders = folder->Folders();
+    const int32_t count = subFolders->Count();
+    for (int32_t i = 1; i <= count; ++i)
+      SurveyFolder(subFolders->Item(i), rootFolder);
+
+    Utils utils(ctx_);
+    const std::string typeName = utils.FolderTypeName(folder->DefaultItemType());
+    if (typeName.empty()) return;  // no row; what lies below stands
+    // One read of the path per folder: the key of the name tests is made
+    // from it once, and the row keeps it as it came.
+    std::string path = folder->FullFolderPath();
+    std::string key;
+    if (typeName == kMailAndPost) {
+      key = utils.TrimAll(path);
+      ToUpper(key);
+    }
+    const ComboBox* choice = ChoiceFor(typeName, key);
+    if (choice == nullptr) return;
+    entry->Folder = std::move(path);
+    entry->FolderTypeName = typeName;
+    entry->Agent = choice->Text();
+    entry->Active = entry->Agent != noneText_ && entry->Agent != noAgentText_;
+    mcolImportList_.Add(entry);
+  });
+}
+
+Collection<std::string> FrmImportWizard::AgentList(const std::string& typeName) {
+  Frame frame(ctx_, kModule, "AgentList");
+  return frame.Run(Collection<std::string>(), [&](Collection<std::string>& result) {
+    // The literal, not the configured none text.
+    result.Add("None");
+    for (const Ref<Agent>& agent : ctx_.engine->Config()->Agents()) {
+      if (typeName == agent->MonitorType()) result.Add(agent->Name());
+    }
+  });
+}
+
+void FrmImportWizard::cmdRuChange_Click() {
+  Frame frame(ctx_, kModule, "cmdRuChange_Click");
+  frame.Run([&] {
+    if (fgcRuImportList.Col() != 2) return;
+    // The cell alone changes: the row's entry keeps the agent the survey
+    // gave it, and Finish goes by that.
+    const Ref<ImportEntry>& entry = mcolImportList_.Item(fgcRuImportList.Row());
+    const Collection<std::string> agents = AgentList(entry->FolderTypeName);
+    const std::string shown = fgcRuImportList.Text();
+    bool found = false;
+    for (const std::string& name : agents) {
+      if (found) {
+        fgcRuImportList.Text(name);
+        return;
+      }
+      found = name == shown;
+    }
+    // The last one shown: round to the first, "None".
+    if (found) fgcRuImportList.Text(agents.Item(1));
+  });
+}
+
+}  // namespace vellix
