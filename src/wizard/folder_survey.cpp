@@ -19,11 +19,17 @@ namespace {
 constexpr const char* kModule = "frmImportWizard";
 constexpr const char* kMailAndPost = "Mail and Post";
 
-// Upper case of ASCII letters, in place: the name tests ignore case.
-void ToUpper(std::string& text) {
-  for (char& c : text) {
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+// The text the name tests read: the path as TrimAll leaves it, in upper
+// case, made in one pass into a buffer that keeps its room between folders.
+void NameKey(const std::string& path, std::string& key) {
+  key.resize(path.size());
+  char* out = key.data();
+  for (const char c : path) {
+    const auto u = static_cast<unsigned char>(c);
+    if (u <= ' ' && Utils::TrimsAway(c)) continue;
+    *out++ = static_cast<char>(static_cast<unsigned char>(u - 'a') < 26 ? u - ('a' - 'A') : u);
   }
+  key.resize(static_cast<size_t>(out - key.data()));
 }
 
 // Counts the survey's levels; the outermost one is the survey of a root.
@@ -138,7 +144,7 @@ void FrmImportWizard::SurveyFolder(const Ref<MAPIFolder>& folder, const std::str
       noneText_ = Text(".Strings.None");
       noAgentText_ = Text(".Strings.ImportWizard.NoAgent");
     }
-    const Ref<ImportEntry> entry = MakeRef<ImportEntry>(ctx_);
+    Ref<ImportEntry> entry = MakeRef<ImportEntry>(ctx_);
     entry->RootFolder = rootFolder;
     // Every folder after all of its descendants; siblings in the mail
     // program's order; no depth limit.
@@ -148,23 +154,19 @@ void FrmImportWizard::SurveyFolder(const Ref<MAPIFolder>& folder, const std::str
       SurveyFolder(subFolders->Item(i), rootFolder);
 
     Utils utils(ctx_);
-    const std::string typeName = utils.FolderTypeName(folder->DefaultItemType());
+    std::string typeName = utils.FolderTypeName(folder->DefaultItemType());
     if (typeName.empty()) return;  // no row; what lies below stands
     // One read of the path per folder: the key of the name tests is made
     // from it once, and the row keeps it as it came.
     std::string path = folder->FullFolderPath();
-    std::string key;
-    if (typeName == kMailAndPost) {
-      key = utils.TrimAll(path);
-      ToUpper(key);
-    }
-    const ComboBox* choice = ChoiceFor(typeName, key);
+    if (typeName == kMailAndPost) NameKey(path, key_);
+    const ComboBox* choice = ChoiceFor(typeName, key_);
     if (choice == nullptr) return;
     entry->Folder = std::move(path);
-    entry->FolderTypeName = typeName;
+    entry->FolderTypeName = std::move(typeName);
     entry->Agent = choice->Text();
     entry->Active = entry->Agent != noneText_ && entry->Agent != noAgentText_;
-    mcolImportList_.Add(entry);
+    mcolImportList_.Add(std::move(entry));
   });
 }
 

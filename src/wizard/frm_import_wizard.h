@@ -175,6 +175,8 @@ class FrmImportWizard : public Form {
   // The two texts that mean "no agent", read once per survey.
   std::string noneText_;
   std::string noAgentText_;
+  // The name tests' text of the mail folder in hand.
+  std::string key_;
 };
 
 }  // namespace vellix
