@@ -195,14 +195,18 @@ void FrmImportWizard::Form_Unload(bool& /*cancel*/) {
 // ---- layout ----
 
 void FrmImportWizard::PlacePage(PictureBox& page) const {
-  // Wide enough for a label, a data field and a button side by side; tall
-  // enough for the Agents page's description and nine rows.
+  // Wide enough for a label, two data fields and a button side by side, so
+  // that the Run grid shows a folder's whole path; tall enough for the
+  // Agents page's description and nine rows.
   const LayoutMetrics& m = metrics_;
-  const int16_t width = Twips(int64_t{m.LabelColumnWidth} + m.DataColumnWidth + m.ButtonWidth +
-                              4 * int64_t{m.Border});
+  const int16_t width = Twips(int64_t{m.LabelColumnWidth} + 2 * int64_t{m.DataColumnWidth} +
+                              m.ButtonWidth + 4 * int64_t{m.Border});
   const int16_t height = Twips(2 * int64_t{m.Border} + kDescriptionRows * int64_t{m.RowHeight} +
                                kAgentRows * (int64_t{m.RowHeight} + m.Border));
   page.Move(0, 0, width, height);
+  // The page in front hides the ones behind it: page Source stays visible
+  // behind page Agents.
+  if (ctx_.backColor > 0) page.BackColor(ctx_.backColor);
 }
 
 void FrmImportWizard::LayoutSource() {
