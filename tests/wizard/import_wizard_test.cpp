@@ -57,7 +57,11 @@ std::shared_ptr<MailProfile> PatsProfile() {
   store->AddFolder("Sent Items", 0);
   store->AddFolder("Deleted Items", 0);
   store->AddFolder("inbox notes", 6);
-  store->AddFolder("Projects", 0)->AddFolder("Odd", 99)->AddFolder("Deep", 0);
+  auto projects = store->AddFolder("Projects", 0);
+  projects->AddFolder("Odd", 99)->AddFolder("Deep", 0);
+  // Blanks, a tab and letters outside ASCII inside the names the tests look for.
+  projects->AddFolder("Old s\xC3\xA4nt - sent  items archive", 0);
+  projects->AddFolder("De leted\tItems of 2025", 0);
   store->AddFolder("Calendar", 1);
   store->AddFolder("Tasks", 3);
   store->AddFolder("Journal", 4);
@@ -217,6 +221,8 @@ TEST(ImportWizard, TheSurveyListsEveryFolderAfterItsDescendantsAndTestsTheWholeP
       {p + R"(\Deleted Items)", "Deleted Items", true},
       {p + R"(\inbox notes)", "Inbox", true},          // case and blanks don't count
       {p + R"(\Projects\Odd\Deep)", "Archive", true},  // Odd has no kind: no row
+      {p + "\\Projects\\Old s\xC3\xA4nt - sent  items archive", "Sent Items", true},
+      {p + "\\Projects\\De leted\tItems of 2025", "Deleted Items", true},
       {p + R"(\Projects)", "Archive", true},
       {p + R"(\Calendar)", "Diary", true},
       {p + R"(\Tasks)", "Todo B", true},
