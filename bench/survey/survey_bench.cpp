@@ -46,36 +46,43 @@ using Steady = std::chrono::steady_clock;
 // A window system that shows nothing: the wizard is never put on screen.
 class NoWindows : public UiHost {
  public:
-  MsgResult MsgBox(const std::string&, MsgButtons, const std::string&) override {
+  MsgResult MsgBox(const std::string& /*prompt*/, MsgButtons /*buttons*/,
+                   const std::string& /*title*/) override {
     return MsgResult::OK;
   }
   void Post(std::function<void()> fn) override { fn(); }
-  void LoadForm(Form&) override {}
-  void ShowForm(Form&, bool) override {}
-  void HideForm(Form&) override {}
-  void UnloadForm(Form&) override {}
-  void BringToFront(Form&) override {}
-  void PopupMenu(Form&, Menu&, int32_t, int32_t) override {}
-  void StartTimer(Timer&) override {}
-  void StopTimer(Timer&) override {}
-  std::optional<std::string> BrowseForFolder(const std::string&, const std::string&) override {
+  void LoadForm(Form& /*form*/) override {}
+  void ShowForm(Form& /*form*/, bool /*modal*/) override {}
+  void HideForm(Form& /*form*/) override {}
+  void UnloadForm(Form& /*form*/) override {}
+  void BringToFront(Form& /*form*/) override {}
+  void PopupMenu(Form& /*form*/, Menu& /*menu*/, int32_t /*x*/, int32_t /*y*/) override {}
+  void StartTimer(Timer& /*timer*/) override {}
+  void StopTimer(Timer& /*timer*/) override {}
+  std::optional<std::string> BrowseForFolder(const std::string& /*title*/,
+                                             const std::string& /*start*/) override {
     return std::nullopt;
   }
-  Ref<MAPIFolder> PickMailFolder(NameSpace&) override { return nullptr; }
+  Ref<MAPIFolder> PickMailFolder(NameSpace& /*nameSpace*/) override { return nullptr; }
 };
 
 class CountingLog : public ErrorLog {
  public:
   void LogEvent(const std::string& project, const std::string& module, const std::string& procedure,
-                const std::string& message, int16_t number, const std::string&) override {
+                const std::string& message, int16_t number,
+                const std::string& /*detail*/) override {
     ++records;
-    std::fprintf(stderr, "log: %s %s %s %d %s\n", project.c_str(), module.c_str(),
-                 procedure.c_str(), number, message.c_str());
+    (void)std::fprintf(stderr, "log: %s %s %s %d %s\n", project.c_str(), module.c_str(),
+                       procedure.c_str(), number, message.c_str());
   }
-  void ComponentStarted(const std::string&) override {}
-  void ComponentEnded(const std::string&) override {}
-  void ObjectCreated(const std::string&, const std::string&) override { ++created; }
-  void ObjectDestroyed(const std::string&, const std::string&) override { ++destroyed; }
+  void ComponentStarted(const std::string& /*component*/) override {}
+  void ComponentEnded(const std::string& /*component*/) override {}
+  void ObjectCreated(const std::string& /*project*/, const std::string& /*className*/) override {
+    ++created;
+  }
+  void ObjectDestroyed(const std::string& /*project*/, const std::string& /*className*/) override {
+    ++destroyed;
+  }
   long records = 0;
   long created = 0;
   long destroyed = 0;
@@ -125,8 +132,10 @@ int main(int argc, char** argv) {
     if (std::strcmp(argv[i], "--verbose") == 0) verbose = true;
   }
   for (int i = 1; i + 1 < argc; i += 2) {
-    if (std::strcmp(argv[i], "--folders") == 0) folders = std::max(10, std::atoi(argv[i + 1]));
-    if (std::strcmp(argv[i], "--rounds") == 0) rounds = std::max(1, std::atoi(argv[i + 1]));
+    if (std::strcmp(argv[i], "--folders") == 0)
+      folders = std::max(10, static_cast<int>(std::strtol(argv[i + 1], nullptr, 10)));
+    if (std::strcmp(argv[i], "--rounds") == 0)
+      rounds = std::max(1, static_cast<int>(std::strtol(argv[i + 1], nullptr, 10)));
   }
   const fs::path resources = VELLIX_RESOURCES;
   const fs::path dir =
@@ -152,7 +161,7 @@ int main(int argc, char** argv) {
   auto boot = MakeRef<ConfigTreeNode>("", ContentKind::Collection, Variant());
   if (!boot->LoadFile((resources / "VellixControlBootConfig.xml").string()) ||
       !ctx.rootNode->AttachBranch(boot, "Componants")) {
-    std::fprintf(stderr, "bench_survey: unable to read the boot configuration\n");
+    (void)std::fprintf(stderr, "bench_survey: unable to read the boot configuration\n");
     return 1;
   }
   auto engine = std::make_shared<engine::EngineServer>(
@@ -224,7 +233,7 @@ int main(int argc, char** argv) {
   std::error_code ec;
   fs::remove_all(dir, ec);
   if (log->records != 0 || rows != static_cast<int32_t>(walked)) {
-    std::fprintf(stderr, "bench_survey: the survey did not list every folder cleanly\n");
+    (void)std::fprintf(stderr, "bench_survey: the survey did not list every folder cleanly\n");
     return 1;
   }
   return surveyTime / walkTime <= 3.0 ? 0 : 2;

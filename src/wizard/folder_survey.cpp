@@ -85,7 +85,8 @@ void FrmImportWizard::LayoutAgents() {
     PlacePage(picAgents);
     RowLayout rows(m, node_);
     lblAgDescription.Caption(rows.Text("lblAgDescription"));
-    lblAgDescription.Move(m.Border, m.Border, Twips(int64_t{picAgents.Width()} - 2 * m.Border),
+    lblAgDescription.Move(m.Border, m.Border,
+                          Twips(int64_t{picAgents.Width()} - 2 * int64_t{m.Border}),
                           Twips(2 * int64_t{m.RowHeight}));
     rows.Row(Twips(int64_t{lblAgDescription.Top()} + lblAgDescription.Height() + m.Border));
     for (const AgentRow& row : agentRows_) {

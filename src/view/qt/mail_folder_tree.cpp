@@ -3,6 +3,7 @@
 #include <QHeaderView>
 #include <QLocale>
 #include <QStyle>
+#include <array>
 #include <functional>
 #include <iterator>
 #include <optional>
@@ -104,18 +105,18 @@ QIcon MailFolderTree::KindIcon(int32_t itemType, bool store) const {
     QStyle::StandardPixmap fallback;
   };
   static constexpr Kind kStore{"drive-harddisk", QStyle::SP_DriveHDIcon};
-  static constexpr Kind kKinds[] = {
+  static constexpr std::array<Kind, 6> kKinds = {{
       {"folder", QStyle::SP_DirIcon},                                // mail
       {"x-office-calendar", QStyle::SP_FileDialogListView},          // appointment
       {"x-office-address-book", QStyle::SP_FileDialogContentsView},  // contact
       {"checkbox-checked", QStyle::SP_DialogApplyButton},            // task
       {"x-office-document", QStyle::SP_FileDialogDetailedView},      // journal
       {"text-x-generic", QStyle::SP_FileIcon},                       // note
-  };
-  const Kind& kind =
-      store ? kStore
-            : kKinds[itemType >= 0 && itemType < static_cast<int32_t>(std::size(kKinds)) ? itemType
-                                                                                         : 0];
+  }};
+  const Kind& kind = store ? kStore
+                           : kKinds[itemType >= 0 && itemType < static_cast<int32_t>(kKinds.size())
+                                        ? static_cast<size_t>(itemType)
+                                        : 0];
   const QIcon themed = QIcon::fromTheme(QLatin1String(kind.themeName));
   return themed.isNull() ? style()->standardIcon(kind.fallback, nullptr, this) : themed;
 }
