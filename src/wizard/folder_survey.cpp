@@ -12,6 +12,7 @@
 #include "foundation/engine.h"
 #include "foundation/engine_config.h"
 #include "foundation/frame.h"
+#include "foundation/trace_names.h"
 #include "foundation/utils.h"
 #include "wizard/frm_import_wizard.h"
 
@@ -169,7 +170,7 @@ ComboBox* FrmImportWizard::ChoiceFor(const std::string& typeName, const std::str
 
 void FrmImportWizard::SurveyFolder(const Ref<MAPIFolder>& folder, const std::string& rootFolder) {
   // Logs under the page-exit procedure's name, as it always has.
-  Frame frame(ctx_, kModule, "ExitSource");
+  Frame frame(ctx_, kModule, TraceNames::SurveyFolder);
   frame.Run([&] {
     const Level level(surveyDepth_);
     if (level.Outermost()) {
