@@ -12,6 +12,7 @@
 
 #include "foundation/agent.h"
 #include "foundation/engine_config.h"
+#include "foundation/vb_error.h"
 #include "platform/outlook/profile_explorer.h"
 #include "platform/outlook/profile_generator.h"
 #include "support/fake_outlook.h"
@@ -464,6 +465,27 @@ TEST(ImportWizard, FailuresStopWhereTheyHappenAndLeaveWhatWasDone) {
     }));
     ASSERT_TRUE(wz.cmdFinish.UserClick());
     EXPECT_FALSE(wz.Loaded());
+  }
+  // A folder that fails mid-walk: its survey ends in the trace under the
+  // page-exit name, the rows made so far stay, and its parent goes on.
+  {
+    struct Failing : test::FakeFolder {
+      using FakeFolder::FakeFolder;
+      int32_t DefaultItemType() override { throw VbError(5, "Invalid procedure call"); }
+    };
+    WizardWorld ww(PatsProfile());
+    auto root = std::make_shared<test::FakeFolder>("Root", R"(\S\Root)", 0);
+    root->Add("Before", 0);
+    root->children.push_back(std::make_shared<Failing>("Bad", R"(\S\Root\Bad)", 0));
+    root->Add("After", 3);
+    ww.wizard.SurveyFolder(Ref<MAPIFolder>(root), R"(\S\Root)");
+    std::vector<std::string> rows;
+    for (const auto& [folder, agent, active] : ww.Rows())
+      rows.push_back(folder + " " + agent);
+    EXPECT_THAT(rows, ElementsAre(R"(\S\Root\Before Inbox)", R"(\S\Root\After Todo B)",
+                                  R"(\S\Root Inbox)"));
+    const test::LogRecord failed{"frmImportWizard", "ExitSource", "Invalid procedure call", 5};
+    EXPECT_THAT(ww.w.Problems(), ElementsAre(failed));
   }
   // No mail program: the form stands without layout or lists.
   {
