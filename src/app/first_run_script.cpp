@@ -30,7 +30,8 @@ constexpr int kWatchdogMs = 120000;
 // How many settle times the script waits for a pass to end.
 constexpr int kPassPolls = 100;
 constexpr int kPictures = 9 + BackupManagerScript::kPictures + RecoverScript::kPictures +
-                          ImportScript::kPictures + AboutScript::kPictures;
+                          ImportScript::kPictures + AboutScript::kPictures +
+                          ImportWizardScript::kPictures;
 
 // Whether the control lies in the container, directly or further down.
 bool Inside(const Form& form, const Control& control, const std::string& container) {
@@ -58,6 +59,7 @@ FirstRunScript::FirstRunScript(qtview::QtHost& host, FrmPopup& popup,
       managerScript_(backupManager, Tools()),
       recoverScript_(popup, backupFolder_, Tools()),
       importScript_(popup, Tools()),
+      importWizardScript_(popup, host, Tools()),
       aboutScript_(Tools()) {}
 
 ScriptTools FirstRunScript::Tools() {
@@ -115,6 +117,8 @@ void FirstRunScript::FormShown(Form& form, QWidget& /*window*/) {
     recoverScript_.Shown(form);
   } else if (form.Name() == "frmAttachPeriod") {
     importScript_.FormShown(form);
+  } else if (form.Name() == "frmImportWizard") {
+    importWizardScript_.FormShown(form);
   } else if (form.Name() == "frmSupportMessage" && !supportSeen_) {
     supportSeen_ = true;
     QTimer::singleShot(kSettleMs, this, [this, &form] { SupportMessageShot(form); });
@@ -245,7 +249,7 @@ void FirstRunScript::SupportMessageStep() {
   BackupManagerStep();
   recoverScript_.Open();
   AboutStep();
-  Finish();
+  importWizardScript_.Run([this] { Finish(); });
 }
 
 void FirstRunScript::AboutStep() {

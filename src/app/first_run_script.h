@@ -10,6 +10,7 @@
 #include "app/about_script.h"
 #include "app/backup_manager_script.h"
 #include "app/import_script.h"
+#include "app/import_wizard_script.h"
 #include "app/recover_script.h"
 
 class QWidget;
@@ -32,7 +33,8 @@ namespace vellix::app {
 // Agents tabs, the Import tab with its attach period dialog, the support
 // message opened from the Log tab, the backup problems notice, the backup
 // manager in each look of its button, and the recover dialog with the
-// configurations the backup saved, and the About box. A control
+// configurations the backup saved, the About box, and the import wizard's
+// three pages (made for the pictures alone). A control
 // that isn't there is passed over with a note, so a half-built panel still
 // gives what can be had. Message boxes on the way are answered with their
 // default button and their texts printed.
@@ -107,6 +109,7 @@ class FirstRunScript : public QObject {
   BackupManagerScript managerScript_;
   RecoverScript recoverScript_;
   ImportScript importScript_;
+  ImportWizardScript importWizardScript_;
   AboutScript aboutScript_;
   bool finished_ = false;
   int written_ = 0;

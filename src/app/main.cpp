@@ -39,6 +39,7 @@
 #include "servers/engine/processor.h"
 #include "shell/frm_icon_timer.h"
 #include "shell/frm_popup.h"
+#include "view/qt/mail_explorer_window.h"
 #include "view/qt/qt_host.h"
 #include "view/qt/qt_tray.h"
 #include "view/qt/qt_web_browser.h"
@@ -138,6 +139,10 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "vellix-control: mail profile: %s\n", problem.c_str());
   });
   mail.ChooseFoldersWith([&host](NameSpace& nameSpace) { return host.PickMailFolder(nameSpace); });
+  mail.ShowExplorersWith([](outlook::ExplorerView view) {
+    qtview::MailExplorerWindow::Open(view.nameSpace, view.start, std::move(view.switchTo),
+                                     std::move(view.closed));
+  });
   // Files the panel writes go to the data folder; the mail it sends lies in
   // its outbox, and the desktop's mail program gets it where there is one.
   const fs::path dataFolder = mapping.DataRoot();

@@ -21,13 +21,17 @@ void Frame::End(const std::optional<VbError>& pending) {
   };
 
   if (!ErrorText.empty()) {
-    step([&] { ctx_.errorLog->LogEvent(kProject, module_, procedure_, ErrorText, 0, ""); });
+    step([&] {
+      ctx_.errorLog->LogEvent(kProject, std::string(module_), std::string(procedure_), ErrorText, 0,
+                              "");
+    });
   }
   // Negative numbers come from servers: neither logged nor cleared here.
   if (pending && pending->Number() > 0) {
     step([&] {
       const int16_t number = CInt(static_cast<int64_t>(pending->Number()));
-      ctx_.errorLog->LogEvent(kProject, module_, procedure_, pending->Description(), number, "");
+      ctx_.errorLog->LogEvent(kProject, std::string(module_), std::string(procedure_),
+                              pending->Description(), number, "");
     });
   }
 }

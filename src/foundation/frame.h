@@ -82,8 +82,10 @@ class Frame {
   static constexpr int32_t kInternalError = 51;
 
   Context& ctx_;
-  std::string module_;
-  std::string procedure_;
+  // Literals, or texts that outlive the frame: they are only read when a
+  // record is written, so a frame costs no copy of either.
+  std::string_view module_;
+  std::string_view procedure_;
 };
 
 }  // namespace vellix

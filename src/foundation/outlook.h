@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/event.h"
 #include "foundation/ref.h"
 
 // The part of the mail program's object model that the logic uses.
@@ -125,6 +126,31 @@ class Inspector {
   virtual void Close(int32_t saveMode) = 0;
 };
 
+// A window of the mail program that shows one folder at a time; the user
+// moves between folders in it and closes it when done.
+class Explorer {
+ public:
+  virtual ~Explorer() = default;
+  // The folder on show.
+  virtual Ref<MAPIFolder> CurrentFolder() = 0;
+  // Puts the window on the screen; it is not modal.
+  virtual void Display() = 0;
+
+  // The user closed the window.
+  Event<> Close;
+  // The window shows another folder now.
+  Event<> FolderSwitch;
+};
+
+// The mail program's open Explorer windows, where new ones are made.
+class OutlookExplorers {
+ public:
+  virtual ~OutlookExplorers() = default;
+  // A new Explorer on the folder; display mode 0 is the normal window. It
+  // shows once Display is called.
+  virtual Ref<Explorer> Add(const Ref<MAPIFolder>& folder, int32_t displayMode) = 0;
+};
+
 class OutlookApplication {
  public:
   virtual ~OutlookApplication() = default;
@@ -135,6 +161,9 @@ class OutlookApplication {
   virtual void Quit() {}
   // The item windows open at this moment; a mail program with none gives none.
   virtual std::vector<Ref<Inspector>> Inspectors() { return {}; }
+  // Where Explorer windows are made; a mail program that shows no windows
+  // gives nothing, and asking it for one is a call on nothing.
+  virtual Ref<OutlookExplorers> Explorers() { return nullptr; }
 };
 
 }  // namespace vellix

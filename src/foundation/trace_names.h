@@ -36,6 +36,8 @@ struct TraceNames {
   // frmRecover's cmdCancel_Click and Form_Unload.
   static constexpr const char* frmRecover_cmdCancel_Click = "cmdOK_Click";
   static constexpr const char* frmRecover_Form_Unload = "lstConfigFiles_Click";
+  // The import wizard's SurveyFolder.
+  static constexpr const char* SurveyFolder = "ExitSource";
 };
 
 }  // namespace vellix

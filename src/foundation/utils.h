@@ -33,6 +33,22 @@ class Utils {
   // The text without blanks, tabs, line ends, form feeds, vertical tabs,
   // backspaces and zero characters, wherever they stand.
   std::string TrimAll(const std::string& text);
+  // Whether TrimAll takes the character out.
+  static constexpr bool TrimsAway(char c) {
+    switch (c) {
+      case ' ':
+      case '\t':
+      case '\r':
+      case '\n':
+      case '\f':
+      case '\0':
+      case '\v':
+      case '\b':
+        return true;
+      default:
+        return false;
+    }
+  }
   // A date written with "/" in the given order (0 day/month/year, 1
   // month/day/year), whatever the machine's locale says; else the zero date.
   Date CDateLocale(const std::string& text, int32_t order);

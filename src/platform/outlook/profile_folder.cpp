@@ -15,7 +15,14 @@ ProfileFolder::ProfileFolder(std::string name, int32_t itemType,
     : name_(std::move(name)),
       itemType_(itemType),
       parent_(std::move(parent)),
-      hasParent_(!parent_.expired()) {}
+      hasParent_(!parent_.expired()) {
+  // A survey reads every folder's path: a walk up the parents and a new
+  // text at each level would make that quadratic in the depth.
+  if (auto up = parent_.lock())
+    path_ = up->path_ + "\\" + name_;
+  else
+    path_ = "\\\\" + name_;
+}
 
 std::shared_ptr<ProfileFolder> ProfileFolder::MakeStore(const std::string& name,
                                                         const std::string& file) {
@@ -28,10 +35,9 @@ std::shared_ptr<ProfileFolder> ProfileFolder::MakeStore(const std::string& name,
 }
 
 std::string ProfileFolder::FolderPath() {
-  if (!hasParent_) return "\\\\" + name_;
-  auto parent = parent_.lock();
-  if (!parent) throw VbError(kOutlookOperationFailed, "The folder has been deleted.");
-  return parent->FolderPath() + "\\" + name_;
+  if (hasParent_ && parent_.expired())
+    throw VbError(kOutlookOperationFailed, "The folder has been deleted.");
+  return path_;
 }
 
 Ref<OutlookFolders> ProfileFolder::Folders() {

@@ -33,7 +33,8 @@ class ProfileFolder : public MAPIFolder, public std::enable_shared_from_this<Pro
                                                   const std::string& file = {});
 
   std::string Name() override { return name_; }
-  // Raises kOutlookOperationFailed once the profile that held the folder is gone.
+  // Made once with the folder, as names and places never change; raises
+  // kOutlookOperationFailed once the folder that held this one is gone.
   std::string FolderPath() override;
   int32_t DefaultItemType() override { return itemType_; }
   int32_t ItemCount() override { return static_cast<int32_t>(items_.size()); }
@@ -79,6 +80,7 @@ class ProfileFolder : public MAPIFolder, public std::enable_shared_from_this<Pro
   int32_t itemType_;
   std::weak_ptr<ProfileFolder> parent_;
   bool hasParent_;
+  std::string path_;
   std::string storeFile_;
   FolderVector children_;
   std::vector<ProfileItem> items_;

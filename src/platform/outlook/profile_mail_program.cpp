@@ -32,7 +32,7 @@ Ref<OutlookApplication> ProfileMailProgram::CreateApplication() {
   profile_->Start();
   for (const auto& store : profile_->Stores())
     store->SendMailWith(outbox_);
-  return MakeRef<ProfileApplication>(profile_, chooser_);
+  return MakeRef<ProfileApplication>(profile_, chooser_, explorerWindow_);
 }
 
 }  // namespace vellix::outlook

@@ -8,6 +8,7 @@
 #include "foundation/mail_program.h"
 #include "platform/outlook/mail_outbox.h"
 #include "platform/outlook/mail_profile.h"
+#include "platform/outlook/profile_explorer.h"
 #include "platform/outlook/profile_name_space.h"
 
 namespace vellix::outlook {
@@ -30,6 +31,8 @@ class ProfileMailProgram : public MailProgram {
   Ref<OutlookApplication> CreateApplication() override;
   // The folder dialog that PickFolder shows from now on.
   void ChooseFoldersWith(FolderChooser chooser) { chooser_ = std::move(chooser); }
+  // The window an Explorer shows in from now on.
+  void ShowExplorersWith(ExplorerWindow window) { explorerWindow_ = std::move(window); }
   // Where the profile's new mail is sent; without an outbox its folders make
   // no mail.
   void SendMailWith(std::shared_ptr<MailOutbox> outbox) { outbox_ = std::move(outbox); }
@@ -45,6 +48,7 @@ class ProfileMailProgram : public MailProgram {
   std::shared_ptr<MailProfile> profile_;
   std::string lastProblem_;
   FolderChooser chooser_;
+  ExplorerWindow explorerWindow_;
   std::shared_ptr<MailOutbox> outbox_;
 };
 

@@ -1,49 +1,18 @@
 #include "view/qt/mail_folder_dialog.h"
 
-#include <QApplication>
 #include <QDialogButtonBox>
-#include <QHeaderView>
 #include <QLabel>
-#include <QLocale>
 #include <QPushButton>
-#include <QStyle>
 #include <QTreeWidget>
 #include <QVBoxLayout>
-#include <functional>
-#include <iterator>
-#include <optional>
 
 #include "view/qt/control_binding.h"
 
 namespace vellix::qtview {
 
-namespace {
-
-// Where a row keeps its folder's index, and whether its sub-folders are read.
-constexpr int kFolderRole = Qt::UserRole;
-constexpr int kFilledRole = Qt::UserRole + 1;
-
-// The folders of a list the mail program gives, in its own order. A list or
-// an entry that can't be read is logged and left out.
-std::vector<Ref<MAPIFolder>> ReadFolders(const std::function<Ref<OutlookFolders>()>& list) {
-  std::vector<Ref<MAPIFolder>> folders;
-  Ref<OutlookFolders> entries;
-  int32_t count = 0;
-  RunGuarded("reading a mail folder list", [&] {
-    entries = list();
-    count = entries->Count();
-  });
-  for (int32_t i = 1; i <= count; ++i) {
-    RunGuarded("reading a mail folder", [&] { folders.push_back(entries->Item(i)); });
-  }
-  return folders;
-}
-
-}  // namespace
-
 MailFolderDialog::MailFolderDialog(NameSpace& nameSpace, QWidget* parent)
     : QDialog(parent),
-      tree_(new QTreeWidget(this)),
+      tree_(new MailFolderTree(nameSpace, this)),
       buttons_(new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this)),
       ok_(buttons_->button(QDialogButtonBox::Ok)) {
   setObjectName(QStringLiteral("MailFolderDialog"));
@@ -52,20 +21,6 @@ MailFolderDialog::MailFolderDialog(NameSpace& nameSpace, QWidget* parent)
 
   auto* label = new QLabel(QStringLiteral("Choose a &folder:"), this);
   label->setBuddy(tree_);
-
-  tree_->setObjectName(QStringLiteral("folderTree"));
-  tree_->setColumnCount(2);
-  tree_->setHeaderLabels({QStringLiteral("Folder"), QStringLiteral("Items")});
-  tree_->headerItem()->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
-  tree_->header()->setStretchLastSection(false);
-  tree_->header()->setSectionResizeMode(0, QHeaderView::Stretch);
-  tree_->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
-  tree_->header()->setSectionsMovable(false);
-  tree_->setSelectionMode(QAbstractItemView::SingleSelection);
-  tree_->setUniformRowHeights(true);
-  tree_->setAllColumnsShowFocus(true);
-  // A double click chooses the folder; the arrow opens it.
-  tree_->setExpandsOnDoubleClick(false);
 
   ok_->setDefault(true);
   ok_->setEnabled(false);
@@ -81,96 +36,23 @@ MailFolderDialog::MailFolderDialog(NameSpace& nameSpace, QWidget* parent)
   QObject::connect(buttons_, &QDialogButtonBox::rejected, this, &QDialog::reject);
   QObject::connect(tree_, &QTreeWidget::itemSelectionChanged, this,
                    [this] { ok_->setEnabled(!Selected().IsNothing()); });
-  QObject::connect(tree_, &QTreeWidget::itemExpanded, this,
-                   [this](QTreeWidgetItem* item) { Fill(item); });
   // Enter reaches the default button, as the tree passes it on.
   QObject::connect(tree_, &QTreeWidget::itemDoubleClicked, this,
                    [this](QTreeWidgetItem* item, int /*column*/) {
-                     if (FolderOf(item).IsNothing()) return;
+                     if (tree_->FolderOf(item).IsNothing()) return;
                      tree_->setCurrentItem(item);
                      accept();
                    });
-
-  for (const auto& store : ReadFolders([&nameSpace] { return nameSpace.Folders(); }))
-    AddRow(nullptr, store, true);
-  if (QTreeWidgetItem* first = tree_->topLevelItem(0)) {
-    Fill(first);
-    tree_->expandItem(first);
-    // The keys start from the top; nothing is chosen until the user moves.
-    tree_->setCurrentItem(first, 0, QItemSelectionModel::NoUpdate);
-  }
   tree_->setFocus();
   resize(420, 480);
 }
 
-Ref<MAPIFolder> MailFolderDialog::FolderOf(const QTreeWidgetItem* item) const {
-  if (item == nullptr) return nullptr;
-  bool ok = false;
-  const int index = item->data(0, kFolderRole).toInt(&ok);
-  if (!ok || index < 0 || static_cast<size_t>(index) >= folders_.size()) return nullptr;
-  return folders_[static_cast<size_t>(index)];
-}
-
 Ref<MAPIFolder> MailFolderDialog::Selected() const {
-  const QList<QTreeWidgetItem*> selected = tree_->selectedItems();
-  return selected.isEmpty() ? nullptr : FolderOf(selected.first());
+  return tree_->Selected();
 }
 
 QIcon MailFolderDialog::KindIcon(int32_t itemType, bool store) const {
-  // The desktop's theme where it has the icon, else the style's own.
-  struct Kind {
-    const char* themeName;
-    QStyle::StandardPixmap fallback;
-  };
-  static constexpr Kind kStore{"drive-harddisk", QStyle::SP_DriveHDIcon};
-  static constexpr Kind kKinds[] = {
-      {"folder", QStyle::SP_DirIcon},                                // mail
-      {"x-office-calendar", QStyle::SP_FileDialogListView},          // appointment
-      {"x-office-address-book", QStyle::SP_FileDialogContentsView},  // contact
-      {"checkbox-checked", QStyle::SP_DialogApplyButton},            // task
-      {"x-office-document", QStyle::SP_FileDialogDetailedView},      // journal
-      {"text-x-generic", QStyle::SP_FileIcon},                       // note
-  };
-  const Kind& kind =
-      store ? kStore
-            : kKinds[itemType >= 0 && itemType < static_cast<int32_t>(std::size(kKinds)) ? itemType
-                                                                                         : 0];
-  const QIcon themed = QIcon::fromTheme(QLatin1String(kind.themeName));
-  return themed.isNull() ? style()->standardIcon(kind.fallback, nullptr, this) : themed;
-}
-
-void MailFolderDialog::AddRow(QTreeWidgetItem* parent, const Ref<MAPIFolder>& folder, bool store) {
-  std::optional<QString> name;
-  RunGuarded("reading a mail folder's name", [&] { name = Qs(folder->Name()); });
-  // A folder without a name can't be told from the others.
-  if (!name) return;
-  std::optional<int32_t> items;
-  int32_t itemType = 0;
-  bool hasSubFolders = false;
-  RunGuarded("counting a mail folder's items", [&] { items = folder->ItemCount(); });
-  RunGuarded("reading a mail folder's item type", [&] { itemType = folder->DefaultItemType(); });
-  RunGuarded("counting a mail folder's sub-folders",
-             [&] { hasSubFolders = folder->Folders()->Count() > 0; });
-
-  auto* item = parent == nullptr ? new QTreeWidgetItem(tree_) : new QTreeWidgetItem(parent);
-  item->setText(0, *name);
-  item->setIcon(0, KindIcon(itemType, store));
-  if (items) item->setText(1, QLocale().toString(*items));
-  item->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
-  item->setData(0, kFolderRole, static_cast<int>(folders_.size()));
-  item->setChildIndicatorPolicy(hasSubFolders ? QTreeWidgetItem::ShowIndicator
-                                              : QTreeWidgetItem::DontShowIndicator);
-  folders_.push_back(folder);
-}
-
-void MailFolderDialog::Fill(QTreeWidgetItem* item) {
-  if (item->data(0, kFilledRole).toBool()) return;
-  item->setData(0, kFilledRole, true);
-  const Ref<MAPIFolder> folder = FolderOf(item);
-  if (folder.IsNothing()) return;
-  for (const auto& sub : ReadFolders([&folder] { return folder->Folders(); }))
-    AddRow(item, sub, false);
-  if (item->childCount() == 0) item->setChildIndicatorPolicy(QTreeWidgetItem::DontShowIndicator);
+  return tree_->KindIcon(itemType, store);
 }
 
 }  // namespace vellix::qtview

@@ -6,20 +6,16 @@
 #include <vector>
 
 #include "foundation/outlook.h"
+#include "view/qt/mail_folder_tree.h"
 
 class QDialogButtonBox;
 class QPushButton;
 class QTreeWidget;
-class QTreeWidgetItem;
 
 namespace vellix::qtview {
 
-// The mail program's "Select Folder" dialog: the stores of a name space at the
-// top, their folders below, each with its item count and the icon of the kind
-// of item it holds. A folder's sub-folders are read when it is first expanded,
-// as a profile may hold thousands of folders. What the mail program raises
-// while the tree is read is logged, and the folder shows without what could
-// not be read.
+// The mail program's "Select Folder" dialog: its folder tree (MailFolderTree)
+// with OK and Cancel; a double click chooses as OK does.
 class MailFolderDialog : public QDialog {
  public:
   explicit MailFolderDialog(NameSpace& nameSpace, QWidget* parent = nullptr);
@@ -34,17 +30,9 @@ class MailFolderDialog : public QDialog {
   [[nodiscard]] QIcon KindIcon(int32_t itemType, bool store) const;
 
  private:
-  // Adds a row for the folder under parent (the tree's top when null).
-  void AddRow(QTreeWidgetItem* parent, const Ref<MAPIFolder>& folder, bool store);
-  // Reads the folder's sub-folders into its row, once.
-  void Fill(QTreeWidgetItem* item);
-  [[nodiscard]] Ref<MAPIFolder> FolderOf(const QTreeWidgetItem* item) const;
-
-  QTreeWidget* tree_;
+  MailFolderTree* tree_;
   QDialogButtonBox* buttons_;
   QPushButton* ok_;
-  // The folder of each row, by the index a row keeps in its data.
-  std::vector<Ref<MAPIFolder>> folders_;
 };
 
 }  // namespace vellix::qtview
