@@ -4,14 +4,10 @@
 #include <QApplication>
 #include <QLineEdit>
 #include <QTabBar>
-#include <QTest>
-#include <string>
-#include <vector>
 
-#include "foundation/controls.h"
 #include "foundation/list_box.h"
+#include "sample_form.h"
 #include "view/qt/form_window.h"
-#include "view/qt/qt_host.h"
 
 namespace vellix::test {
 namespace {
@@ -61,9 +57,8 @@ class KeyForm : public Form {
     txtSecond.Move(1800, 600, 2000, 315);
     lblNote.Move(120, 1400, 2000, 300);
     tabPages.Move(120, 1500, 4000, 375);
-    tabPages.AddTab("a", "A");
-    tabPages.AddTab("b", "B");
-    tabPages.AddTab("c", "C");
+    for (const char* key : {"a", "b", "c"})
+      tabPages.AddTab(key, key);
     grdData.Move(120, 2000, 2000, 1000);
     grdData.Rows(3);
     grdData.Cols(2);
@@ -76,32 +71,15 @@ class KeyForm : public Form {
   }
 };
 
-class Keyboard : public ::testing::Test {
- protected:
-  void SetUp() override {
-    form.Show();
-    window = static_cast<qtview::FormWindow*>(host.WindowOf(form));
-    ASSERT_NE(window, nullptr);
-    window->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(window));
-  }
-  void TearDown() override {
-    if (form.Loaded()) form.Unload();
-  }
+std::string Focused() {
+  QWidget* widget = QApplication::focusWidget();
+  return widget == nullptr ? std::string() : widget->objectName().toStdString();
+}
 
-  [[nodiscard]] static std::string Focused() {
-    QWidget* widget = QApplication::focusWidget();
-    return widget == nullptr ? std::string() : widget->objectName().toStdString();
-  }
-
-  qtview::QtHost host;
-  KeyForm form{host};
-  qtview::FormWindow* window = nullptr;
-};
+using Keyboard = ShownForm<KeyForm>;
 
 TEST_F(Keyboard, FocusStartsOnTheFirstFieldAndTabFollowsTheLayout) {
-  // The first field gets the focus and nothing else: the option that was on
-  // stays on.
+  // The first field gets the focus and nothing else: the option that was on stays on.
   EXPECT_EQ(Focused(), "optOne");
   EXPECT_EQ(form.ActiveControl(), &form.optOne);
   EXPECT_FALSE(form.optOne.Value());
@@ -109,7 +87,7 @@ TEST_F(Keyboard, FocusStartsOnTheFirstFieldAndTabFollowsTheLayout) {
 
   const std::vector<std::string> order{"optOne",  "optTwo",  "txtFirst", "txtSecond", "tabPages",
                                        "grdData", "tvwTree", "cmdOK",    "cmdCancel"};
-  EXPECT_EQ(window->TabOrder(), order);
+  EXPECT_EQ(static_cast<qtview::FormWindow*>(window)->TabOrder(), order);
   // Tab walks that order on the screen, through the grid and the tree, and
   // comes round again; the model's focus goes along.
   std::vector<std::string> visited;
@@ -122,20 +100,42 @@ TEST_F(Keyboard, FocusStartsOnTheFirstFieldAndTabFollowsTheLayout) {
   EXPECT_EQ(visited, expected);
   EXPECT_EQ(form.ActiveControl(), &form.optOne);
   EXPECT_TRUE(form.optTwo.Value());
-
   // The main window's size is the model's, not the user's to drag.
   EXPECT_EQ(window->minimumSize(), window->maximumSize());
 }
 
 TEST_F(Keyboard, EnterPressesTheDefaultButtonAndEscapeTheCancelButton) {
-  auto* edit = window->findChild<QLineEdit*>("txtFirst");
-  ASSERT_NE(edit, nullptr);
+  auto* edit = Find<QLineEdit>("txtFirst");
   edit->setFocus(Qt::MouseFocusReason);
   QTest::keyClick(edit, Qt::Key_Return);
   QTest::keyClick(edit, Qt::Key_Escape);
   // As a click would: the button takes the focus, then its Click runs.
   EXPECT_THAT(form.log, ElementsAre("txtFirst_LostFocus", "cmdOK_Click", "cmdCancel_Click"));
   EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(Keyboard, CtrlTabTurnsThePageAsAClickOnTheStripWould) {
+  auto* edit = Find<QLineEdit>("txtFirst");
+  auto* bar = Find<QTabBar>("tabPages");
+  edit->setFocus(Qt::MouseFocusReason);
+  form.log.clear();
+  // The field loses the focus first, then the strip's veto keeps the page.
+  form.veto = true;
+  QTest::keyClick(edit, Qt::Key_Tab, Qt::ControlModifier);
+  EXPECT_EQ(form.tabPages.SelectedItem()->Key(), "a");
+  EXPECT_EQ(bar->currentIndex(), 0);
+  EXPECT_EQ(Focused(), "tabPages");
+
+  form.veto = false;
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab, Qt::ControlModifier);
+  EXPECT_EQ(bar->currentIndex(), 1);
+  // Backwards, and round from the first page to the last.
+  for (int i = 0; i < 2; ++i)
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab,
+                    Qt::ControlModifier | Qt::ShiftModifier);
+  EXPECT_THAT(form.log, ElementsAre("txtFirst_LostFocus", "BeforeClick", "BeforeClick", "Click b",
+                                    "BeforeClick", "Click a", "BeforeClick", "Click c"));
+  EXPECT_EQ(bar->currentIndex(), 2);
 }
 
 // A list that is the first field of its dialog, with no row chosen.
@@ -159,55 +159,16 @@ class ListForm : public Form {
   }
 };
 
-TEST(KeyboardList, TakingTheFocusChoosesNoRowButTheArrowKeysDo) {
-  qtview::QtHost host;
-  ListForm form(host);
-  form.Show();
-  auto* window = host.WindowOf(form);
-  ASSERT_NE(window, nullptr);
-  window->activateWindow();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(window));
-  QWidget* list = QApplication::focusWidget();
-  ASSERT_NE(list, nullptr);
-  ASSERT_EQ(list->objectName().toStdString(), "lstRows");
+using KeyboardList = ShownForm<ListForm>;
+
+TEST_F(KeyboardList, TakingTheFocusChoosesNoRowButTheArrowKeysDo) {
+  ASSERT_EQ(Focused(), "lstRows");
   EXPECT_EQ(form.lstRows.ListIndex(), -1);
   EXPECT_THAT(form.clicks, ::testing::IsEmpty());
-
-  QTest::keyClick(list, Qt::Key_Down);
-  QTest::keyClick(list, Qt::Key_Down);
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Down);
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Down);
   EXPECT_EQ(form.lstRows.ListIndex(), 2);
   EXPECT_THAT(form.clicks, ElementsAre(1, 2));
-  form.Unload();
-}
-
-TEST_F(Keyboard, CtrlTabTurnsThePageAsAClickOnTheStripWould) {
-  auto* edit = window->findChild<QLineEdit*>("txtFirst");
-  auto* bar = window->findChild<QTabBar*>("tabPages");
-  ASSERT_NE(edit, nullptr);
-  ASSERT_NE(bar, nullptr);
-  edit->setFocus(Qt::MouseFocusReason);
-  form.log.clear();
-
-  // The field loses the focus first, then the strip's Leave veto keeps the page.
-  form.veto = true;
-  QTest::keyClick(edit, Qt::Key_Tab, Qt::ControlModifier);
-  EXPECT_THAT(form.log, ElementsAre("txtFirst_LostFocus", "BeforeClick"));
-  EXPECT_EQ(form.tabPages.SelectedItem()->Key(), "a");
-  EXPECT_EQ(bar->currentIndex(), 0);
-  EXPECT_EQ(Focused(), "tabPages");
-
-  form.veto = false;
-  form.log.clear();
-  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab, Qt::ControlModifier);
-  EXPECT_EQ(bar->currentIndex(), 1);
-  // Backwards, and round from the first page to the last.
-  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab,
-                  Qt::ControlModifier | Qt::ShiftModifier);
-  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab,
-                  Qt::ControlModifier | Qt::ShiftModifier);
-  EXPECT_THAT(form.log, ElementsAre("BeforeClick", "Click b", "BeforeClick", "Click a",
-                                    "BeforeClick", "Click c"));
-  EXPECT_EQ(bar->currentIndex(), 2);
 }
 
 }  // namespace

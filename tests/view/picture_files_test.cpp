@@ -15,16 +15,13 @@ namespace vellix::qtview {
 namespace {
 
 // Qt's own icon plugin is the reference the reader must agree with.
-std::vector<QImage> ReadWithQt(const QByteArray& bytes) {
-  QBuffer buffer;
-  buffer.setData(bytes);
+std::vector<QImage> ReadWithQt(QByteArray bytes) {
+  QBuffer buffer(&bytes);
   buffer.open(QIODevice::ReadOnly);
   QImageReader reader(&buffer, "ico");
   std::vector<QImage> images;
-  for (int i = 0; i < reader.imageCount(); ++i) {
-    if (!reader.jumpToImage(i)) break;
+  for (int i = 0; i < reader.imageCount() && reader.jumpToImage(i); ++i)
     images.push_back(reader.read());
-  }
   return images;
 }
 
@@ -50,8 +47,7 @@ void Put(QByteArray& out, int size, std::initializer_list<int64_t> values) {
 // below half (32-bit images keep their alpha and a mask of their own).
 QByteArray IcoOf(const QImage& source, int bits, bool alphaInColours = true) {
   const QImage image = source.convertToFormat(QImage::Format_ARGB32);
-  const int w = image.width();
-  const int h = image.height();
+  const int w = image.width(), h = image.height();
   const auto opaque = [](QRgb p) { return p | 0xFF000000U; };
   std::vector<QRgb> palette;
   for (int y = 0; bits <= 8 && y < h; ++y)
@@ -159,7 +155,6 @@ TEST(PictureFiles, ADamagedIconIsNoPictureAndNeverReadPastItsEnd) {
 
   // Through a file: the damaged icon is no picture, a good one is.
   QTemporaryDir folder;
-  ASSERT_TRUE(folder.isValid());
   const auto write = [&folder](const char* name, const QByteArray& bytes) {
     QFile file(folder.filePath(QString::fromLatin1(name)));
     EXPECT_TRUE(file.open(QIODevice::WriteOnly));

@@ -71,8 +71,8 @@ TEST_F(QtHostTest, AMessageBoxLetsAQueuedEngineEventRunBeforeTheHandlerContinues
   EXPECT_THAT(seen, ElementsAre("Vellix Control", "No browser.", "OK", "information icon"));
 }
 
+// As an engine event handled while the question is up may unload its form.
 TEST_F(QtHostTest, AFormUnloadedWhileItsMessageBoxIsUpTakesTheBoxAlongAsDismissed) {
-  // As an engine event handled while the question is up may do.
   host.Post([this] { form.Unload(); });
   EXPECT_EQ(host.MsgBox("Stop the engine?", MsgButtons::YesNo, ""), MsgResult::No);
   EXPECT_FALSE(form.Loaded());
@@ -165,15 +165,6 @@ void PickFromNextMenu(const char* name, QStringList& shown, QPointer<QMenu>& men
   });
 }
 
-TEST_F(QtHostTest, PopupMenuShowsTheVisibleEntriesAndRunsTheChosenOne) {
-  QStringList shown;
-  QPointer<QMenu> menu;
-  PickFromNextMenu("mnuOpen", shown, menu);
-  form.PopupMenu(form.mnuPopup);
-  EXPECT_THAT(shown, ElementsAre("&Open", "-", "E&xit (off)"));
-  EXPECT_THAT(form.log, ElementsAre("mnuOpen_Click"));
-}
-
 TEST(QtTray, LoadsIconFilesAndRefusesWhatIsNoIcon) {
   qtview::QtHost host;
   QTemporaryDir dir;
@@ -210,12 +201,12 @@ TEST_F(QtHostTest, TrayPassesGesturesToTheFormAndItsMenuUnloadsTheFormWithinTheG
   qtview::QtTray tray(host, {});
   tray.AttachForm(form);
   const double tpp = host.TwipsPerPixel();
-  Q_EMIT tray.Icon().activated(QSystemTrayIcon::Context);
-  EXPECT_DOUBLE_EQ(form.lastMouseX / tpp, 517);
-  Q_EMIT tray.Icon().activated(QSystemTrayIcon::Trigger);
-  EXPECT_DOUBLE_EQ(form.lastMouseX / tpp, 514);
-  Q_EMIT tray.Icon().activated(QSystemTrayIcon::DoubleClick);
-  EXPECT_DOUBLE_EQ(form.lastMouseX / tpp, 515);
+  for (const auto& [reason, message] : {std::pair{QSystemTrayIcon::Context, 517},
+                                        {QSystemTrayIcon::Trigger, 514},
+                                        {QSystemTrayIcon::DoubleClick, 515}}) {
+    Q_EMIT tray.Icon().activated(reason);
+    EXPECT_DOUBLE_EQ(form.lastMouseX / tpp, message);
+  }
   // The icon pops no menu of its own.
   EXPECT_EQ(tray.Icon().contextMenu(), nullptr);
 
@@ -241,6 +232,7 @@ TEST_F(QtHostTest, TrayPassesGesturesToTheFormAndItsMenuUnloadsTheFormWithinTheG
   QPointer<QMenu> menu;
   PickFromNextMenu("mnuOpen", shown, menu);
   Q_EMIT tray.Icon().activated(QSystemTrayIcon::Context);
+  EXPECT_THAT(shown, ElementsAre("&Open", "-", "E&xit (off)"));  // the visible entries
 
   // Form_Unload ran in full inside the gesture; the icon's window, which is
   // delivering that gesture, stays until the event is over.

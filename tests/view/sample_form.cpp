@@ -1,7 +1,5 @@
 #include "sample_form.h"
 
-#include <QTest>
-
 namespace vellix::test {
 
 SampleForm::SampleForm(UiHost& host, std::string name) : Form(host, std::move(name)) {
@@ -60,6 +58,7 @@ void SampleForm::Design() {
   udCount.Move(1120, 4600, 255, 315);
   udCount.Max(10);
   udCount.BuddyControl("txtCount");
+  txtLog.Move(3240, 4600, 5600, 2000);
   mnuPopup.Visible(false);
   mnuOpen.Caption("&Open");
   mnuSep.Caption("-");
@@ -77,15 +76,6 @@ void SampleForm::Form_QueryUnload(bool& cancel, int32_t /*unloadMode*/) {
 void SampleForm::Form_MouseMove(int16_t /*button*/, int16_t /*shift*/, double x, double /*y*/) {
   lastMouseX = x;
   if (mouseMoved) mouseMoved();
-}
-
-void ShownSampleForm::SetUp() {
-  form.Show();
-  window = host.WindowOf(form);
-  ASSERT_NE(window, nullptr);
-  window->activateWindow();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(window));
-  form.log.clear();
 }
 
 }  // namespace vellix::test

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QTest>
 #include <QWidget>
 #include <functional>
 #include <stdexcept>
@@ -42,6 +43,7 @@ class SampleForm : public Form {
   FlexGrid grdRuns{*this, "grdRuns"};
   TextBox txtCount{*this, "txtCount"};
   UpDown udCount{*this, "udCount"};
+  LogBox txtLog{*this, "txtLog"};
   Menu mnuPopup{*this, "mnuPopup"};
   Menu mnuOpen{*this, "mnuOpen", "mnuPopup"};
   Menu mnuSep{*this, "mnuSep", "mnuPopup"};
@@ -64,10 +66,17 @@ class SampleForm : public Form {
   }
 };
 
-// A sample form shown and active on a host of its own, its log cleared.
-class ShownSampleForm : public ::testing::Test {
+// A form shown and active on a host of its own.
+template <class F>
+class ShownForm : public ::testing::Test {
  protected:
-  void SetUp() override;
+  void SetUp() override {
+    form.Show();
+    window = host.WindowOf(form);
+    ASSERT_NE(window, nullptr);
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+  }
   void TearDown() override {
     if (form.Loaded()) form.Unload();
   }
@@ -81,8 +90,17 @@ class ShownSampleForm : public ::testing::Test {
   }
 
   qtview::QtHost host;
-  SampleForm form{host};
+  F form{host};
   QWidget* window = nullptr;
+};
+
+// The sample form shown, its log cleared.
+class ShownSampleForm : public ShownForm<SampleForm> {
+ protected:
+  void SetUp() override {
+    ShownForm::SetUp();
+    form.log.clear();
+  }
 };
 
 }  // namespace vellix::test

@@ -1,12 +1,13 @@
 #include "platform/desktop/posix_file_system.h"
+#include "platform/desktop/xdg_shell.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
+#include <optional>
 #include <regex>
 #include <set>
-#include <string>
-#include <vector>
 
 #include "foundation/text.h"
 #include "support/expect_vb_error.h"
@@ -16,6 +17,8 @@ namespace vellix::desktop {
 namespace {
 
 using vellix::test::ErrorNumber;
+using vellix::test::ReadText;
+using vellix::test::WriteText;
 
 TEST(PathMapping, WindowsPathsLandUnderTheirDriveRootAndReadBack) {
   // POSIX paths stay; separators of either kind are taken; ".." never leaves a drive root.
@@ -43,9 +46,10 @@ TEST(PathMapping, WindowsPathsLandUnderTheirDriveRootAndReadBack) {
   EXPECT_EQ(map.ToLogic(map.ToNative("e:\\A\\B")), "E:\\A\\B");
 }
 
-TEST(FileSystem, CreatesFoldersOneLevelDeepAndWritesTheHelpPageBesideTheTemporaryFolder) {
+TEST(FileSystem, CreatesFoldersOneLevelDeepWritesBesideTheTemporaryFolderAndListsFiles) {
   const vellix::test::TempFolder scratch;
-  PosixFileSystem fs{PathMapping(scratch.Path())};
+  const PathMapping mapping(scratch.Path());
+  PosixFileSystem fs{mapping};
   EXPECT_FALSE(fs.FolderExists("C:\\Orvane Vellix Store"));
   fs.CreateFolder("C:\\Orvane Vellix Store");
   EXPECT_TRUE(fs.FolderExists("c:\\Orvane Vellix Store\\"));
@@ -61,13 +65,12 @@ TEST(FileSystem, CreatesFoldersOneLevelDeepAndWritesTheHelpPageBesideTheTemporar
   const auto posix = (scratch.Path() / "posix").string();
   fs.CreateFolder(posix);
   EXPECT_TRUE(fs.FolderExists(posix));
-  EXPECT_EQ(ErrorNumber([&] { fs.CreateFolder(posix + "/a/b"); }), 76);
 
   fs.WriteTextFile("C:\\file.txt", "x");
   for (const char* notAFolder : {"", "   ", "C:\\file.txt"})
     EXPECT_FALSE(fs.FolderExists(notAFolder)) << notAFolder;
-  EXPECT_EQ(ErrorNumber([&] { fs.CreateFolder(""); }), 76);
-  EXPECT_EQ(ErrorNumber([&] { fs.CreateFolder("C:\\file.txt\\sub"); }), 76);
+  for (const std::string& bad : {std::string(), posix + "/a/b", std::string("C:\\file.txt\\sub")})
+    EXPECT_EQ(ErrorNumber([&] { fs.CreateFolder(bad); }), 76) << bad;
 
   // The help page is written beside the temporary folder.
   const auto temp = fs.GetSpecialFolder(2);
@@ -85,11 +88,11 @@ TEST(FileSystem, CreatesFoldersOneLevelDeepAndWritesTheHelpPageBesideTheTemporar
   const auto page = Replace(temp + fs.GetTempName(), ".tmp", ".htm");
   fs.WriteTextFile(page, "<HTML> <\\HTML>");
   EXPECT_TRUE(fs.FileExists(page));
-  const auto native = PathMapping(scratch.Path()).ToNative(page);
+  const auto native = mapping.ToNative(page);
   EXPECT_EQ(native.parent_path(), scratch.Path() / "drives/c");
-  EXPECT_EQ(vellix::test::ReadText(native), "<HTML> <\\HTML>");
+  EXPECT_EQ(ReadText(native), "<HTML> <\\HTML>");
   fs.WriteTextFile(page, "again");
-  EXPECT_EQ(vellix::test::ReadText(native), "again") << "replaced, not appended";
+  EXPECT_EQ(ReadText(native), "again") << "replaced, not appended";
 
   fs.DeleteFile(page);
   EXPECT_FALSE(fs.FileExists(page));
@@ -99,19 +102,16 @@ TEST(FileSystem, CreatesFoldersOneLevelDeepAndWritesTheHelpPageBesideTheTemporar
   EXPECT_EQ(ErrorNumber([&] { fs.WriteTextFile(temp, "x"); }), 70);
   EXPECT_TRUE(fs.FolderExists(temp)) << "the folder survives a refused write";
   EXPECT_EQ(ErrorNumber([&] { fs.GetSpecialFolder(3); }), 5);
-}
 
-TEST(FileSystem, ListsTheFilesDirectlyInAFolderAsPathTextsAndRefusesAMissingOne) {
-  const vellix::test::TempFolder scratch;
-  PosixFileSystem fs{PathMapping(scratch.Path())};
+  // The files directly in a folder, as path texts.
   fs.CreateFolder("E:\\Backups");
   fs.CreateFolder("E:\\Backups\\Older");
   fs.WriteTextFile("E:\\Backups\\Older\\deep.xml", "x");
   fs.WriteTextFile("E:\\Backups\\Saved.xml", "x");
   fs.WriteTextFile("E:\\Backups\\File 2024.pst", "x");
-  const auto native = PathMapping(scratch.Path()).ToNative("E:\\Backups");
-  std::filesystem::create_symlink(native / "Saved.xml", native / "Link.xml");
-  std::filesystem::create_symlink(native / "gone.xml", native / "Broken.xml");
+  const auto backups = mapping.ToNative("E:\\Backups");
+  std::filesystem::create_symlink(backups / "Saved.xml", backups / "Link.xml");
+  std::filesystem::create_symlink(backups / "gone.xml", backups / "Broken.xml");
 
   std::vector<std::string> files;
   for (const FolderFile& file : fs.FilesOf("e:\\Backups\\")) {
@@ -128,6 +128,77 @@ TEST(FileSystem, ListsTheFilesDirectlyInAFolderAsPathTextsAndRefusesAMissingOne)
 
   for (const char* missing : {"", " ", "E:\\Gone", "E:\\Backups\\Saved.xml"})
     EXPECT_EQ(ErrorNumber([&] { (void)fs.FilesOf(missing); }), 76) << missing;
+}
+
+TEST(PersonalFolder, IsTheXdgDocumentsFolderWhenOneIsThereAndNothingOtherwise) {
+  const vellix::test::TempFolder scratch;
+  const auto folder = [&](const std::string& relative) {
+    std::filesystem::create_directories(scratch / relative);
+    return scratch / relative;
+  };
+  const auto home = folder("home");
+  const PathMapping mapping(scratch.Path() / "data");
+  std::map<std::string, std::string> vars{{"HOME", home.string()}};
+  auto shellWith = [&] {
+    return XdgShell(mapping, nullptr, [&](const std::string& name) -> std::optional<std::string> {
+      return vars.contains(name) ? std::optional(vars.at(name)) : std::nullopt;
+    });
+  };
+
+  EXPECT_EQ(shellWith().PersonalFolder(), std::nullopt);
+
+  folder("home/Documents");
+  EXPECT_EQ(shellWith().PersonalFolder(), (home / "Documents").string());
+
+  // The user's own choice in user-dirs.dirs comes first, once it is there.
+  WriteText(scratch / "home/.config/user-dirs.dirs",
+            "# written by xdg-user-dirs-update\nXDG_DOCUMENTS_DIR=\"$HOME/Dokumente\"\n");
+  EXPECT_EQ(shellWith().PersonalFolder(), (home / "Documents").string());
+  folder("home/Dokumente");
+  EXPECT_EQ(shellWith().PersonalFolder(), (home / "Dokumente").string());
+
+  // Set to the home folder itself, the documents folder is switched off.
+  WriteText(scratch / "home/.config/user-dirs.dirs", "XDG_DOCUMENTS_DIR=\"$HOME/\"\n");
+  EXPECT_EQ(shellWith().PersonalFolder(), (home / "Documents").string());
+
+  const auto config = folder("config");
+  const auto papers = folder("papers");
+  WriteText(scratch / "config/user-dirs.dirs", "XDG_DOCUMENTS_DIR=\"" + papers.string() + "\"\n");
+  vars["XDG_CONFIG_HOME"] = config.string();
+  EXPECT_EQ(shellWith().PersonalFolder(), papers.string());
+
+  vars["XDG_DOCUMENTS_DIR"] = (scratch.Path() / "missing").string();
+  EXPECT_EQ(shellWith().PersonalFolder(), papers.string());
+  const auto mine = folder("data/drives/c/Users/alex/My Documents");
+  vars["XDG_DOCUMENTS_DIR"] = mine.string() + "/";
+  EXPECT_EQ(shellWith().PersonalFolder(), "C:\\Users\\alex\\My Documents")
+      << "a folder under a drive root reads back as a drive path";
+
+  vars = {{"HOME", "relative/home"}};
+  EXPECT_EQ(shellWith().PersonalFolder(), std::nullopt);
+}
+
+TEST(BrowseForFolder, GivesTheChosenFolderAsThePanelWritesPathsAndNothingOnCancel) {
+  const PathMapping mapping("/data");
+  std::vector<std::string> titles;
+  std::vector<std::string> starts;
+  std::optional<std::filesystem::path> answer = "/data/drives/d/Backups";
+  XdgShell shell(mapping, [&](const std::string& title, const std::filesystem::path& start) {
+    titles.push_back(title);
+    starts.push_back(start.string());
+    return answer;
+  });
+
+  EXPECT_EQ(shell.BrowseForFolder("Find a folder", "E:\\Old"), "D:\\Backups");
+  answer = "/home/alex/Backups";
+  EXPECT_EQ(shell.BrowseForFolder("Again", ""), "/home/alex/Backups");
+  answer.reset();
+  EXPECT_EQ(shell.BrowseForFolder("Cancel me", "/home/alex"), std::nullopt);
+  EXPECT_EQ(titles, (std::vector<std::string>{"Find a folder", "Again", "Cancel me"}));
+  // The dialog opens at the native folder of the path it was given.
+  EXPECT_EQ(starts, (std::vector<std::string>{"/data/drives/e/Old", "", "/home/alex"}));
+
+  EXPECT_EQ(XdgShell(mapping, nullptr).BrowseForFolder("No dialog", ""), std::nullopt);
 }
 
 }  // namespace

@@ -1,37 +1,31 @@
 #include "platform/outlook/mail_profile.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <set>
+#include <map>
+#include <stdexcept>
 #include <vector>
 
-#include "foundation/context.h"
 #include "foundation/date.h"
-#include "foundation/text.h"
-#include "foundation/utils.h"
+#include "platform/outlook/mail_outbox.h"
 #include "platform/outlook/profile_application.h"
 #include "platform/outlook/profile_mail_program.h"
 #include "support/expect_vb_error.h"
-#include "support/manual_clock.h"
+#include "support/temp_folder.h"
 
 namespace vellix::outlook {
 namespace {
 
-const char* const kDemo = VELLIX_SOURCE_DIR "/resources/profiles/demo.xml";
+namespace fs = std::filesystem;
+using ::testing::HasSubstr;
+using vellix::test::ErrorNumber;
 
-class DemoProfile : public ::testing::Test {
- protected:
-  DemoProfile() {
-    auto app = program.CreateApplication();
-    EXPECT_FALSE(app.IsNothing()) << program.LastProblem();
-    if (!app.IsNothing()) ns = app->GetNamespace("MAPI");
-  }
-  ProfileMailProgram program{std::filesystem::path(kDemo)};
-  Ref<NameSpace> ns;
-};
-
-TEST_F(DemoProfile, HasEveryDefaultFolderAndEveryPathLeadsBackToItsFolder) {
-  ASSERT_FALSE(ns.IsNothing());
+TEST(DemoProfile, HasEveryDefaultFolderAndTakesPeriodStoresAddedWhileRunning) {
+  ProfileMailProgram program{fs::path(VELLIX_SOURCE_DIR "/resources/profiles/demo.xml")};
+  auto app = program.CreateApplication();
+  ASSERT_FALSE(app.IsNothing()) << program.LastProblem();
+  auto ns = app->GetNamespace("MAPI");
   const struct {
     int32_t kind;
     const char* name;
@@ -40,70 +34,19 @@ TEST_F(DemoProfile, HasEveryDefaultFolderAndEveryPathLeadsBackToItsFolder) {
                   {16, "Drafts", 0}, {9, "Calendar", 1},   {10, "Contacts", 2},
                   {13, "Tasks", 3},  {12, "Notes", 5},     {11, "Journal", 4}};
   for (const auto& e : expected) {
-    SCOPED_TRACE(e.kind);
     auto folder = ns->GetDefaultFolder(e.kind);
     EXPECT_EQ(folder->FolderPath(), std::string("\\\\Mailbox - Alex Morgan\\") + e.name);
     EXPECT_EQ(folder->FullFolderPath(), folder->FolderPath());
-    EXPECT_EQ(folder->DefaultItemType(), e.itemType);
+    EXPECT_EQ(folder->DefaultItemType(), e.itemType) << e.name;
+    EXPECT_FALSE(program.Profile()->DefaultFolder(e.kind)->Items().empty()) << e.name;
   }
-
   // A kind the profile has no folder for fails as the mail program does: a
   // negative number, which the procedure frame ends on silently.
   EXPECT_VB_ERROR(ns->GetDefaultFolder(4), kOutlookOperationFailed);  // no outbox in the demo
   EXPECT_TRUE(program.CreateApplication()->GetNamespace("Other").IsNothing());
 
-  // Every folder's full path is what the folder walk finds again.
-  ManualClock clock;
-  const Services services{.clock = clock};
-  Context ctx(services);
-  Utils utils(ctx);
-  int checked = 0;
-  std::function<void(const Ref<MAPIFolder>&)> check = [&](const Ref<MAPIFolder>& folder) {
-    const auto path = folder->FullFolderPath();
-    ASSERT_EQ(path.rfind("\\\\Mailbox - Alex Morgan\\", 0), 0U) << path;
-    EXPECT_EQ(utils.GetFolder(ns, path), folder) << path;
-    EXPECT_EQ(utils.GetFolder(ns, "Outlook:" + path.substr(1)), folder) << path;
-    ++checked;
-    auto subs = folder->Folders();
-    for (int32_t i = 1; i <= subs->Count(); ++i)
-      check(subs->Item(i));
-  };
-  auto top = ns->Folders()->Item(1)->Folders();
-  for (int32_t i = 1; i <= top->Count(); ++i)
-    check(top->Item(i));
-  EXPECT_GT(checked, 9);
-}
-
-TEST_F(DemoProfile, HoldsNestedFoldersAndSomeHundredsOfItemsOverThreeYears) {
-  const auto& profile = *program.Profile();
-  ASSERT_EQ(profile.Stores().size(), 1U);
-  bool deeper = false;
-  for (const auto& sub : profile.DefaultFolder(6)->SubFolders())
-    deeper = deeper || !sub->SubFolders().empty();
-  EXPECT_TRUE(deeper) << "the inbox has folders two levels down";
-
-  EXPECT_TRUE(profile.ItemCount() >= 300 && profile.ItemCount() <= 1000) << profile.ItemCount();
-  Date first(1e9), last;
-  std::set<std::string> subjects;
-  std::function<void(const ProfileFolder&)> walk = [&](const ProfileFolder& folder) {
-    for (const auto& item : folder.Items()) {
-      first = std::min(first, item.received);
-      last = std::max(last, item.received);
-      subjects.insert(item.subject);
-      EXPECT_TRUE(!item.subject.empty() && item.size > 0) << item.subject;
-    }
-    for (const auto& sub : folder.SubFolders())
-      walk(*sub);
-  };
-  walk(*profile.Stores()[0]);
-  const double years = (last.Serial() - first.Serial()) / 365;
-  EXPECT_TRUE(years > 2.5 && years < 3.1) << years;
-  EXPECT_GT(subjects.size(), 50U) << "subjects vary";
-  for (const auto& entry : EnglishDefaultFolders())
-    EXPECT_FALSE(profile.DefaultFolder(entry.kind)->Items().empty()) << entry.name;
-}
-
-TEST_F(DemoProfile, PeriodStoresAddedWhileRunningShowInListsAlreadyTaken) {
+  // A store added while running shows in lists already taken, and to a later
+  // application.
   auto stores = ns->Folders();
   ASSERT_EQ(stores->Count(), 1);
   auto period = program.Profile()->AddStore("File 2025", "C:\\Store\\File 2025.pst");
@@ -114,16 +57,11 @@ TEST_F(DemoProfile, PeriodStoresAddedWhileRunningShowInListsAlreadyTaken) {
             "\\\\File 2025\\Inbox");
   EXPECT_EQ(period->StoreFile(), "C:\\Store\\File 2025.pst");
   EXPECT_THROW(program.Profile()->AddStore("FILE 2025"), VbError);
-
-  // A later application sees the same profile, the added store included.
   EXPECT_EQ(program.CreateApplication()->GetNamespace("MAPI")->Folders()->Count(), 2);
-}
 
-TEST_F(DemoProfile, PickFolderAsksTheDesktopsChooserWithItsOwnNameSpace) {
-  ASSERT_FALSE(ns.IsNothing());
-  // Without a chooser there is no window to show: nothing, as a cancel.
+  // PickFolder asks the desktop's chooser with its own name space; without
+  // one there is no window to show: nothing, as a cancel.
   EXPECT_TRUE(ns->PickFolder().IsNothing());
-
   std::vector<NameSpace*> asked;
   program.ChooseFoldersWith([&asked](NameSpace& nameSpace) {
     asked.push_back(&nameSpace);
@@ -171,6 +109,165 @@ TEST(MailProfile, FoldersAreFoundByNameWithoutCaseAndListedInOrder) {
   profile.reset();
   EXPECT_EQ(kept->Name(), "Northwind");
   EXPECT_THROW(kept->FolderPath(), VbError);
+}
+
+// Opens the files it was told of, each with one folder, and counts what it holds.
+class CountingReader : public StoreFileReader {
+ public:
+  std::shared_ptr<void> Open(const fs::path& file, ProfileFolder& top, std::string* why) override {
+    if (!readable.contains(file.string())) {
+      *why = "no store: " + file.string();
+      return nullptr;
+    }
+    top.AddFolder("Inbox", 0);
+    ++held;
+    return {&held, [](int* n) { --*n; }};
+  }
+  std::map<std::string, bool> readable;
+  int held = 0;
+};
+
+TEST(ProfileStoreFiles, AStoreFileIsHeldWhileTheMailProgramRunsAndLetGoWhenItQuits) {
+  auto profile = std::make_shared<MailProfile>();
+  profile->AddStore("Mailbox");
+  auto reader = std::make_shared<CountingReader>();
+  reader->readable = {{"/s/File 2023.pst", true}, {"/s/File 2024.pst", true}};
+  std::string why;
+  // Without a reader nothing can be opened, and nothing is listed.
+  EXPECT_FALSE(profile->ListStoreFile("File 2024", "/s/File 2024.pst", &why));
+  EXPECT_EQ(why, "There is nothing to open the store file /s/File 2024.pst with.");
+  profile->ReadStoreFilesWith(reader);
+  const struct {
+    const char* name;
+    const char* file;
+    bool listed;
+    const char* why;
+  } cases[] = {
+      {"File 2024", "/s/File 2024.pst", true, ""},
+      {"File 2024", "/s/../s/File 2024.pst", true, ""},  // the same file: listed once
+      {"mailbox", "/s/File 2023.pst", false, "A store named \"mailbox\" is open already."},
+      {"Bad\\Name", "/s/File 2023.pst", false, "The folder name \"Bad\\Name\" holds a backslash."},
+      {"Notes", "/s/Notes.pst", false, "no store: /s/Notes.pst"},
+  };
+  for (const auto& c : cases) {
+    why.clear();
+    EXPECT_EQ(profile->ListStoreFile(c.name, c.file, &why), c.listed) << c.name;
+    EXPECT_EQ(why, c.why) << c.name;
+  }
+  EXPECT_EQ(reader->held, 1);
+  EXPECT_TRUE(profile->HoldsStoreFile("/s/./File 2024.pst"));
+  EXPECT_TRUE(profile->FindFolder("\\\\File 2024\\Inbox"));
+
+  ProfileMailProgram mail(profile);
+  mail.CreateApplication()->Quit();
+  EXPECT_EQ(reader->held, 0);
+  EXPECT_FALSE(profile->HoldsStoreFile("/s/File 2024.pst"));
+  EXPECT_EQ(profile->Stores().size(), 1u);
+  // Listed while the mail program is closed: opened when it starts, once.
+  EXPECT_TRUE(profile->ListStoreFile("File 2023", "/s/File 2023.pst", &why));
+  EXPECT_EQ(reader->held, 0);
+  mail.CreateApplication();
+  mail.CreateApplication();
+  EXPECT_EQ(reader->held, 2);
+  EXPECT_TRUE(profile->HoldsStoreFile("/s/File 2023.pst"));
+
+  profile->UnlistStoreFile("/s/File 2024.pst");
+  EXPECT_EQ(reader->held, 1);
+  EXPECT_FALSE(profile->Store("File 2024"));
+  mail.CreateApplication()->Quit();
+  mail.CreateApplication();
+  EXPECT_FALSE(profile->HoldsStoreFile("/s/File 2024.pst"));
+  EXPECT_EQ(reader->held, 1);
+}
+
+// A profile of one mailbox with an Inbox, and the Inbox as the logic gets it.
+struct Mailbox {
+  Mailbox() {
+    auto store = profile->AddStore("Mailbox");
+    profile->DefaultFolder(6, store->AddFolder("Inbox", 0));
+  }
+  Ref<MAPIFolder> Inbox() {
+    return program.CreateApplication()->GetNamespace("MAPI")->GetDefaultFolder(6);
+  }
+  std::shared_ptr<MailProfile> profile = std::make_shared<MailProfile>();
+  ProfileMailProgram program{profile};
+};
+
+TEST(MailOutbox, OnlyAProfileThatSendsMakesMailAndOnlyMail) {
+  Mailbox box;
+  EXPECT_VB_ERROR(box.Inbox()->Items()->Add(0), kOutlookOperationRefused);
+  test::TempFolder dir;
+  box.program.SendMailWith(std::make_shared<MailOutbox>(dir / "outbox"));
+  Ref<MailItem> mail = box.Inbox()->Items()->Add(0);
+  mail->Subject("Hello");
+  EXPECT_EQ(mail->Subject(), "Hello");
+  EXPECT_VB_ERROR(box.Inbox()->Items()->Add(1), kOutlookOperationRefused);
+  // A missing file or an empty address is refused and leaves the lists as they were.
+  test::WriteText(dir / "there.txt", "x");
+  mail->Attachments()->Add((dir / "there.txt").string());
+  EXPECT_VB_ERROR(mail->Attachments()->Add((dir / "missing.txt").string()),
+                  kOutlookOperationRefused);
+  EXPECT_VB_ERROR(mail->Recipients()->Add("  "), kOutlookOperationRefused);
+  EXPECT_EQ(mail->Attachments()->Count(), 1);
+  EXPECT_EQ(mail->Recipients()->Count(), 0);
+}
+
+TEST(MailOutbox, SendAsksTheUserAndWritesOneWholeMessageFileOnlyWhenTheyAgree) {
+  const struct {
+    const char* name;
+    bool recipient, hasConfirmer, answer, sent;
+  } cases[] = {{"agreed", true, true, true, true},
+               {"declined", true, true, false, false},
+               {"no recipient", false, true, true, false},
+               {"nobody to ask", true, false, true, false}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    test::TempFolder dir;
+    Mailbox box;
+    auto outbox = std::make_shared<MailOutbox>(dir / "outbox");
+    outbox->TimeFrom([] { return DateTimeSerial(2026, 11, 22, 9, 30, 0); });
+    std::vector<std::string> questions;
+    if (c.hasConfirmer) {
+      outbox->ConfirmSendWith([&](const std::string& text) {
+        questions.push_back(text);
+        return c.answer;
+      });
+    }
+    int handedOver = 0;
+    outbox->HandOverWith([&](const OutgoingMail&, const fs::path&) {
+      ++handedOver;
+      throw std::runtime_error("no mail program");  // not the sender's problem
+    });
+    box.program.SendMailWith(outbox);
+
+    Ref<MailItem> mail = box.Inbox()->Items()->Add(0);
+    mail->Subject("Report");
+    mail->Body("Line one\nLine two");
+    if (c.recipient) mail->Recipients()->Add("help@vellix.example");
+    const int error = ErrorNumber([&] { mail->Send(); });
+    std::vector<fs::path> files;
+    std::error_code ec;
+    for (const auto& entry : fs::directory_iterator(dir / "outbox", ec))
+      files.push_back(entry.path());
+    EXPECT_EQ(error, c.sent ? 0 : kOutlookSendFailed);
+    EXPECT_EQ(handedOver, c.sent ? 1 : 0);
+    EXPECT_EQ(questions.size(), c.recipient && c.hasConfirmer ? 1U : 0U);
+    ASSERT_EQ(files.size(), c.sent ? 1U : 0U) << "no temporary file stays";
+    if (!c.sent) continue;
+    EXPECT_THAT(questions[0], HasSubstr(files[0].string()));
+    const std::string text = test::ReadText(files[0]);
+    EXPECT_THAT(text, HasSubstr("\r\nTo: help@vellix.example\r\n"));
+    EXPECT_THAT(text, HasSubstr("\r\nDate: Sun, 22 Nov 2026 09:30:00 -0000\r\n"));
+    EXPECT_THAT(text, HasSubstr("\r\n\r\nLine one\r\nLine two\r\n"));
+    // Sent is sent: the item takes no more changes, and a second mail gets a
+    // file of its own.
+    EXPECT_VB_ERROR(mail->Subject("Again"), kOutlookOperationRefused);
+    Ref<MailItem> second = box.Inbox()->Items()->Add(0);
+    second->Recipients()->Add("help@vellix.example");
+    second->Send();
+    EXPECT_EQ(files[0].filename(), "mail-20261122-093000.eml");
+    EXPECT_TRUE(fs::exists(dir / "outbox" / "mail-20261122-093000-2.eml"));
+  }
 }
 
 }  // namespace

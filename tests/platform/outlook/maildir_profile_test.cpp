@@ -2,15 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <chrono>
-#include <cstdlib>
-#include <ctime>
 #include <functional>
 #include <map>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "foundation/context.h"
 #include "foundation/date.h"
@@ -41,15 +36,10 @@ class MaildirTest : public ::testing::Test {
     tzset();
   }
   void TearDown() override {
-    if (savedTz_) {
-      setenv("TZ", savedTz_->c_str(), 1);
-    } else {
-      unsetenv("TZ");
-    }
+    savedTz_ ? setenv("TZ", savedTz_->c_str(), 1) : unsetenv("TZ");
     tzset();
   }
 
-  // A message file below the tree, with its time set.
   fs::path Put(const std::string& relative, const std::string& text) {
     const fs::path file = tree / relative;
     WriteText(file, text);
@@ -65,13 +55,6 @@ class MaildirTest : public ::testing::Test {
 
  private:
   std::optional<std::string> savedTz_;
-};
-
-struct Expected {
-  const char* path;
-  int32_t kind;  // 0: not a default folder
-  int32_t itemType;
-  std::vector<std::string> subjects;
 };
 
 TEST_F(MaildirTest, TreeBecomesOneStoreWithEveryDefaultFolderAndTheDotHierarchy) {
@@ -97,24 +80,27 @@ TEST_F(MaildirTest, TreeBecomesOneStoreWithEveryDefaultFolderAndTheDotHierarchy)
   MailProfile& profile = *program.Profile();
   EXPECT_TRUE(profile.ReadOnly());
 
-  const std::vector<Expected> expected = {
-      {"\\\\Mail\\Inbox", 6, 0, {"seen one", "new one"}},
-      {"\\\\Mail\\Inbox\\Lists", 0, 0, {}},
-      {"\\\\Mail\\Sent", 5, 0, {"sent one"}},
-      {"\\\\Mail\\Sent Items", 0, 0, {"other sent"}},
-      {"\\\\Mail\\Drafts", 16, 0, {}},
-      {"\\\\Mail\\Trash", 3, 0, {}},
-      {"\\\\Mail\\Work", 0, 0, {}},
-      {"\\\\Mail\\Work\\Projects", 0, 0, {"Grüße aus Köln"}},
-      {"\\\\Mail\\Archive\\2019", 0, 0, {"old"}},
-      {"\\\\Mail\\Archive\\2019\\Nested", 0, 0, {"nested"}},
-      {"\\\\Mail\\Ärger", 0, 0, {}},
-      {"\\\\Mail\\Calendar", 9, 1, {}},
-      {"\\\\Mail\\Contacts", 10, 2, {}},
-      {"\\\\Mail\\Tasks", 13, 3, {}},
-      {"\\\\Mail\\Notes", 12, 5, {}},
-      {"\\\\Mail\\Journal", 11, 4, {}},
-  };
+  const struct {
+    const char* path;
+    int32_t kind;  // 0: not a default folder
+    int32_t itemType;
+    std::vector<std::string> subjects;
+  } expected[] = {{"\\\\Mail\\Inbox", 6, 0, {"seen one", "new one"}},
+                  {"\\\\Mail\\Inbox\\Lists", 0, 0, {}},
+                  {"\\\\Mail\\Sent", 5, 0, {"sent one"}},
+                  {"\\\\Mail\\Sent Items", 0, 0, {"other sent"}},
+                  {"\\\\Mail\\Drafts", 16, 0, {}},
+                  {"\\\\Mail\\Trash", 3, 0, {}},
+                  {"\\\\Mail\\Work", 0, 0, {}},
+                  {"\\\\Mail\\Work\\Projects", 0, 0, {"Grüße aus Köln"}},
+                  {"\\\\Mail\\Archive\\2019", 0, 0, {"old"}},
+                  {"\\\\Mail\\Archive\\2019\\Nested", 0, 0, {"nested"}},
+                  {"\\\\Mail\\Ärger", 0, 0, {}},
+                  {"\\\\Mail\\Calendar", 9, 1, {}},
+                  {"\\\\Mail\\Contacts", 10, 2, {}},
+                  {"\\\\Mail\\Tasks", 13, 3, {}},
+                  {"\\\\Mail\\Notes", 12, 5, {}},
+                  {"\\\\Mail\\Journal", 11, 4, {}}};
   ManualClock clock;
   const Services services{.clock = clock};
   Context ctx(services);
@@ -136,7 +122,7 @@ TEST_F(MaildirTest, TreeBecomesOneStoreWithEveryDefaultFolderAndTheDotHierarchy)
     EXPECT_EQ(subjects, e.subjects);
   }
   EXPECT_EQ(profile.Stores().size(), 1U);
-  EXPECT_EQ(profile.FolderCount(), static_cast<int32_t>(expected.size()) + 1);  // + Archive
+  EXPECT_EQ(profile.FolderCount(), static_cast<int32_t>(std::size(expected)) + 1);  // + Archive
   EXPECT_EQ(profile.ItemCount(), 7);
   EXPECT_EQ(profile.TakeProblems(), std::vector<std::string>{});
 }
@@ -158,10 +144,9 @@ TEST_F(MaildirTest, ItemsAreKeyedByTheUniqueNameAndDatedByTheHeaderElseTheFileTi
   auto load = LoadMaildir(tree);
   ASSERT_TRUE(load.profile) << load.problem;
   std::map<std::string, std::pair<std::string, Date>> items;  // subject: key, date
-  for (const auto& path : {"\\\\Mail\\Inbox", "\\\\Mail\\Sent"}) {
+  for (const auto& path : {"\\\\Mail\\Inbox", "\\\\Mail\\Sent"})
     for (const auto& item : load.profile->FindFolder(path)->Items())
       items[item.subject] = {item.key, item.received};
-  }
   using Entry = std::pair<std::string, Date>;
   EXPECT_EQ(items["undated"], Entry("100.x.host", DateTimeSerial(2020, 3, 1, 7, 0, 0)));
   EXPECT_EQ(items["bad date"], Entry("101.x.host", DateTimeSerial(2020, 3, 1, 7, 0, 0)));
@@ -254,12 +239,11 @@ TEST_F(MaildirTest, ABrokenTreeIsRefusedWithItsNameAndABadMessageIsLeftOutAndSai
   EXPECT_EQ(load.profile->ItemCount(), 1);
   const auto problems = load.profile->TakeProblems();
   ASSERT_EQ(problems.size(), 3U);
-  for (const char* named : {".Half", "2.empty.host", "3.link.host"}) {
+  for (const char* named : {".Half", "2.empty.host", "3.link.host"})
     EXPECT_EQ(std::count_if(problems.begin(), problems.end(),
                             [&](const std::string& p) { return p.find(named) != p.npos; }),
               1)
         << named;
-  }
   EXPECT_TRUE(load.profile->TakeProblems().empty()) << "each is said once";
 }
 

@@ -4,13 +4,18 @@
 
 #include <fstream>
 #include <functional>
+#include <regex>
+#include <set>
 
 #include "platform/outlook/profile_generator.h"
 #include "platform/outlook/profile_mail_program.h"
+#include "platform/outlook/profile_message.h"
 #include "support/temp_folder.h"
 
 namespace vellix::outlook {
 namespace {
+
+constexpr auto npos = std::string::npos;
 
 std::string Problem(const std::string& xml) {
   auto loaded = LoadProfileText(xml, "p.xml");
@@ -23,11 +28,7 @@ std::string Wrap(const std::string& body) {
 }
 
 TEST(ProfileFile, RefusesABrokenProfileSayingWhatAndWhere) {
-  struct Case {
-    std::string xml;
-    std::string says;
-  };
-  const Case cases[] = {
+  const std::pair<std::string, std::string> cases[] = {
       {"", "not well-formed XML"},
       {"<profile><store name=\"M\">", "not well-formed XML"},
       {"<!DOCTYPE profile [<!ENTITY x \"y\">]>\n<profile/>", "document type declaration"},
@@ -47,14 +48,16 @@ TEST(ProfileFile, RefusesABrokenProfileSayingWhatAndWhere) {
       {Wrap("<folder name=\"A\"><item date=\"2025-01-01\" size=\"-3\"/></folder>"), "size"},
       {Wrap("<item date=\"2025-01-01\"/>"), "<item> inside a store"},
       {Wrap("<folder name=\"A\"><mail/></folder>"), "<mail> inside a folder"},
+      {Wrap("<folder name=\"A\">\n\n<bad/></folder>"), "line 5"},
+      {Wrap("<folder name=\"I\"><item date=\"2025-01-01\">\n<message>a</message>"
+            "<message>b</message></item></folder>"),
+       "line 4"},
   };
-  for (const auto& c : cases) {
-    const auto problem = Problem(c.xml);
-    EXPECT_NE(problem.find(c.says), std::string::npos) << c.xml << "\n -> " << problem;
+  for (const auto& [xml, says] : cases) {
+    const auto problem = Problem(xml);
+    EXPECT_NE(problem.find(says), npos) << xml << "\n -> " << problem;
     EXPECT_EQ(problem.rfind("Mail profile \"p.xml\"", 0), 0U) << problem;
   }
-  EXPECT_NE(Problem(Wrap("<folder name=\"A\">\n\n<bad/></folder>")).find("line 5"),
-            std::string::npos);
 }
 
 TEST(ProfileFile, ReadsTypesDefaultsAndItemsAndWritesThemBackTheSame) {
@@ -93,14 +96,11 @@ TEST(ProfileFile, AMissingOrBrokenProfileMeansNoMailProgramUntilItIsMended) {
   const auto file = scratch / "profile.xml";
   std::vector<std::string> reported;
   ProfileMailProgram program(file, [&](const std::string& p) { reported.push_back(p); });
-
   EXPECT_TRUE(program.CreateApplication().IsNothing());
-  EXPECT_NE(program.LastProblem().find("there is no such file"), std::string::npos)
-      << program.LastProblem();
-
+  EXPECT_NE(program.LastProblem().find("there is no such file"), npos) << program.LastProblem();
   std::ofstream(file) << "<profile><store name='M'><folder name='Inbox' default='6'>";
   EXPECT_TRUE(program.CreateApplication().IsNothing());
-  EXPECT_NE(program.LastProblem().find("not well-formed"), std::string::npos);
+  EXPECT_NE(program.LastProblem().find("not well-formed"), npos);
   ASSERT_EQ(reported.size(), 2U);
 
   std::ofstream(file) << "<profile><store name='M'><folder name='Inbox' default='6'/></store>"
@@ -109,30 +109,41 @@ TEST(ProfileFile, AMissingOrBrokenProfileMeansNoMailProgramUntilItIsMended) {
   ASSERT_FALSE(app.IsNothing()) << program.LastProblem();
   EXPECT_TRUE(program.LastProblem().empty());
   EXPECT_EQ(app->GetNamespace("MAPI")->GetDefaultFolder(6)->FolderPath(), "\\\\M\\Inbox");
-
   // Once read, the profile stays: a broken file later doesn't take it away.
   std::ofstream(file) << "broken";
   EXPECT_FALSE(program.CreateApplication().IsNothing());
   EXPECT_FALSE(ProfileMailProgram(std::shared_ptr<MailProfile>()).CreateApplication());
 }
 
-ProfileRecipe Recipe(int32_t folders, int32_t items, uint32_t seed) {
+std::shared_ptr<MailProfile> Generated(int32_t folders, int32_t items, uint32_t seed) {
   ProfileRecipe recipe;
   recipe.folders = folders;
   recipe.items = items;
   recipe.seed = seed;
-  return recipe;
+  return GenerateProfile(recipe);
+}
+
+std::vector<ProfileItem> AllItems(const MailProfile& profile) {
+  std::vector<ProfileItem> items;
+  std::function<void(const ProfileFolder&)> walk = [&](const ProfileFolder& folder) {
+    items.insert(items.end(), folder.Items().begin(), folder.Items().end());
+    for (const auto& sub : folder.SubFolders())
+      walk(*sub);
+  };
+  for (const auto& store : profile.Stores())
+    walk(*store);
+  return items;
 }
 
 TEST(ProfileGenerator, BuildsTheFoldersAndItemsAskedForTheSameEachTime) {
   for (const auto& [folders, items] : {std::pair{0, 10}, {4, 0}, {9, 100}, {250, 5000}}) {
     SCOPED_TRACE(std::to_string(folders) + " folders");
-    auto profile = GenerateProfile(Recipe(folders, items, 3));
+    auto profile = Generated(folders, items, 3);
     EXPECT_EQ(profile->FolderCount(), folders);
     EXPECT_EQ(profile->ItemCount(), folders == 0 ? 0 : items);
     EXPECT_EQ(profile->DefaultKinds().size(), static_cast<size_t>(std::min(folders, 9)));
   }
-  auto big = GenerateProfile(Recipe(250, 5000, 3));
+  auto big = Generated(250, 5000, 3);
   EXPECT_EQ(big->DefaultFolder(6)->FolderPath(), "\\\\Mailbox - Alex Morgan\\Inbox");
   EXPECT_EQ(big->DefaultFolder(11)->DefaultItemType(), 4);
   int deepest = 0;
@@ -148,12 +159,168 @@ TEST(ProfileGenerator, BuildsTheFoldersAndItemsAskedForTheSameEachTime) {
   walk(*big->Stores()[0], 0);
   EXPECT_GE(deepest, 3) << "folders nest";
 
-  const auto once = ProfileToXml(*GenerateProfile(Recipe(40, 300, 9)));
-  EXPECT_EQ(ProfileToXml(*GenerateProfile(Recipe(40, 300, 9))), once);
-  EXPECT_NE(ProfileToXml(*GenerateProfile(Recipe(40, 300, 10))), once);
+  // The same recipe gives the same profile, its messages and keys included;
+  // another seed other keys.
+  const auto once = ProfileToXml(*Generated(40, 300, 9));
+  EXPECT_EQ(ProfileToXml(*Generated(40, 300, 9)), once);
+  EXPECT_NE(ProfileToXml(*Generated(40, 300, 10)), once);
   auto loaded = LoadProfileText(once, "generated");
   ASSERT_NE(loaded.profile, nullptr) << loaded.problem;
   EXPECT_EQ(loaded.profile->ItemCount(), 300);
+  std::set<std::string> keys;
+  for (const auto& item : AllItems(*Generated(40, 300, 9)))
+    keys.insert(item.key);
+  EXPECT_EQ(keys.size(), 300U);
+  for (const auto& item : AllItems(*Generated(40, 300, 10)))
+    EXPECT_EQ(keys.count(item.key), 0U) << item.key;
+}
+
+// What is wrong with a message as RFC 5322 and MIME have it, or empty.
+std::string Problems(const std::string& message, const ProfileItem& item) {
+  std::string problems;
+  const auto problem = [&](const std::string& what) { problems += what + "; "; };
+  for (size_t at = 0, end; at < message.size(); at = end + 2) {
+    end = message.find("\r\n", at);
+    if (end == npos) return "the last line has no CRLF";
+    if (message.find_first_of("\r\n", at) < end) return "a bare CR or LF at " + std::to_string(at);
+    if (end - at > 998) problem("a line of " + std::to_string(end - at) + " characters");
+  }
+  const size_t headersEnd = message.find("\r\n\r\n");
+  if (headersEnd == npos) return "no end of the headers";
+  const std::string headers = message.substr(0, headersEnd + 2);
+  for (const char* name : {"From", "To", "Date", "Subject", "Message-ID", "MIME-Version"}) {
+    const std::regex once("(^|\r\n)" + std::string(name) + ":");
+    const auto n = std::distance(std::sregex_iterator(headers.begin(), headers.end(), once),
+                                 std::sregex_iterator());
+    if (n != 1) problem(std::string(name) + " is there " + std::to_string(n) + " times");
+  }
+  static const std::regex date(R"((Mon|Tue|Wed|Thu|Fri|Sat|Sun), ([1-9]|[12][0-9]|3[01]) )"
+                               R"((Jan|Feb|Mar|Apr|May|Jun|Jul|Aug|Sep|Oct|Nov|Dec) [0-9]{4} )"
+                               R"(([01][0-9]|2[0-3]):[0-5][0-9]:[0-5][0-9] [+-][0-9]{4})");
+  const std::string dated = HeaderValue(message, "Date");
+  if (!std::regex_match(dated, date)) problem("the date \"" + dated + "\"");
+  if (dated != MessageDate(item.received)) problem("another date");
+  static const std::regex mailbox(R"((.+ )?<[a-z0-9.]+@[a-z0-9.]+>)");
+  if (!std::regex_match(HeaderValue(message, "From"), mailbox)) problem("the From");
+  if (HeaderValue(message, "Message-ID") != "<" + item.key + ">") problem("the Message-ID");
+  if (HeaderValue(message, "MIME-Version") != "1.0") problem("the MIME-Version");
+
+  const std::string type = HeaderValue(message, "Content-Type");
+  if (!type.starts_with("multipart/mixed")) {
+    if (!type.starts_with("text/plain")) problem("the type \"" + type + "\"");
+    return problems;
+  }
+  static const std::regex boundaryOf(R"(boundary="([^"]+)\")");
+  std::smatch found;
+  if (!std::regex_search(type, found, boundaryOf)) return problems + "no boundary";
+  const std::string boundary = found[1];
+  const std::string body = message.substr(headersEnd + 4);
+  if (!message.ends_with("\r\n--" + boundary + "--\r\n")) problem("no closing boundary");
+  const size_t part = body.find("\r\n--" + boundary + "\r\nContent-Type: text/plain");
+  const size_t file = body.find("Content-Transfer-Encoding: base64\r\n\r\n");
+  if (part == npos || file == npos) return problems + "no parts";
+  // Lines of at most 76 base64 digits, padding only at the end.
+  const std::string base64 = body.substr(file + 37, body.find("--" + boundary + "--") - file - 37);
+  const size_t pad = base64.find('=');
+  bool fine = pad == npos || base64.find_first_not_of("=\r\n", pad) == npos;
+  for (size_t at = 0, end; fine && at < base64.size(); at = end + 2) {
+    end = std::min(base64.find("\r\n", at), base64.size());
+    fine = end - at <= 76 &&
+           base64.substr(at, end - at)
+                   .find_first_not_of(
+                       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"
+                       "=") == npos;
+  }
+  return fine ? problems : problems + "the attachment isn't base64 in lines of 76";
+}
+
+TEST(ProfileMessages, GeneratedItemsAreWellFormedVariedMailOfTheirSize) {
+  const auto items = AllItems(*Generated(12, 150, 4));
+  ASSERT_EQ(items.size(), 150U);
+  std::set<std::string> bodies;
+  int attached = 0;
+  for (const auto& item : items) {
+    const std::string message = MessageText(item);
+    SCOPED_TRACE(item.subject + "\n" + message.substr(0, 600));
+    EXPECT_EQ(Problems(message, item), "");
+    EXPECT_EQ(message.size(), static_cast<size_t>(item.size)) << "a message has its item's size";
+    EXPECT_EQ(HeaderValue(message, "Subject"), item.subject);
+    bodies.insert(message.substr(message.find("\r\n\r\n"), 400));
+    attached += HeaderValue(message, "Content-Type").starts_with("multipart/mixed") ? 1 : 0;
+  }
+  EXPECT_GT(bodies.size(), 140U) << "bodies vary";
+  EXPECT_TRUE(attached > 3 && attached < 40) << attached << " of 150 carry attachments";
+
+  // What the fields hold is made fit for a header: long, foreign, odd.
+  ProfileItem odd;
+  odd.subject = std::string(300, 'x') + " and then " + std::string(120, 'y') + " line\nbreak";
+  odd.sender = "Okafor, Grace \"G\"";
+  odd.recipient = "Zoë Ångström";
+  odd.received = DateTimeSerial(2026, 3, 1, 0, 0, 0);
+  odd.size = 100;
+  odd.key = "odd@example.com";
+  const std::string rendered = RenderMessage(odd);
+  EXPECT_EQ(Problems(rendered, odd), "");
+  EXPECT_NE(rendered.find("From: \"Okafor, Grace \\\"G\\\"\" <okafor.grace.g@"), npos) << rendered;
+  EXPECT_NE(rendered.find("To: =?UTF-8?B?"), npos);
+  // Every size from what the message needs on is met to the byte.
+  const std::pair<int32_t, std::string> sizes[] = {
+      {2500, ""},      {2501, ""},      {2502, ""},       {2503, ""},  {6000, "a.pdf"},
+      {6001, "a.pdf"}, {6002, "a.pdf"}, {6003, "a.pdf"},  {70001, ""}, {70002, ""},
+      {70003, ""},     {70004, ""},     {123457, "b.png"}};
+  for (const auto& [size, attachment] : sizes) {
+    odd.size = size;
+    odd.attachment = attachment;
+    const std::string message = RenderMessage(odd);
+    EXPECT_EQ(message.size(), static_cast<size_t>(size)) << attachment;
+    EXPECT_EQ(Problems(message, odd), "") << size;
+  }
+}
+
+TEST(ProfileMessages, ItemsOfAFileGetAMessageAndAKeyTheSameOnEveryLoad) {
+  // Items without a message are rendered with a key made from them; twins in
+  // one folder are told apart.
+  const std::string xml = R"(<profile><store name="M"><folder name="Inbox" type="mail">
+      <item subject="Lunch?" date="2025-03-14T09:30:05" from="Tom Becker" size="3000"/>
+      <item subject="Lunch?" date="2025-03-14T09:30:05" from="Tom Becker" size="3000"/>
+      <folder name="Sub">
+        <item subject="Lunch?" date="2025-03-14T09:30:05" from="Tom Becker" size="3000"/>
+        <item subject="Own" date="2025-03-15" key="given-key"/>
+        <item subject="Kept" date="2025-03-16">
+          <message>From: Ann &lt;ann@example.org&gt;
+Subject: Kept
+Message-ID: &lt;kept@example.org&gt;
+
+Hello
+</message>
+        </item>
+      </folder></folder></store></profile>)";
+  const auto first = AllItems(*LoadProfileText(xml, "p.xml").profile);
+  const auto second = AllItems(*LoadProfileText(xml, "p.xml").profile);
+  ASSERT_EQ(first.size(), 5U);
+  std::set<std::string> keys;
+  for (size_t i = 0; i < first.size(); ++i) {
+    EXPECT_EQ(first[i].key, second[i].key);
+    keys.insert(first[i].key);
+  }
+  EXPECT_EQ(keys.size(), 5U);
+  EXPECT_EQ(first[3].key, "given-key");
+  EXPECT_EQ(first[4].key, "kept@example.org");
+  EXPECT_EQ(MessageText(first[4]),
+            "From: Ann <ann@example.org>\r\nSubject: Kept\r\nMessage-ID: <kept@example.org>\r\n"
+            "\r\nHello\r\n");
+  EXPECT_EQ(first[4].size, static_cast<int32_t>(MessageText(first[4]).size()));
+  EXPECT_EQ(Problems(MessageText(first[0]), first[0]), "");
+  EXPECT_EQ(HeaderValue(MessageText(first[0]), "From"), "Tom Becker <tom.becker@example.com>");
+
+  // Written out, each item keeps its message and key.
+  const auto written = LoadProfileText(ProfileToXml(*LoadProfileText(xml, "p.xml").profile), "w");
+  ASSERT_NE(written.profile, nullptr) << written.problem;
+  const auto reread = AllItems(*written.profile);
+  for (size_t i = 0; i < first.size(); ++i) {
+    EXPECT_EQ(reread[i].key, first[i].key);
+    EXPECT_EQ(reread[i].message, MessageText(first[i]));
+  }
 }
 
 }  // namespace
