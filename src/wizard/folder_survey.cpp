@@ -91,9 +91,7 @@ void FrmImportWizard::LayoutAgents() {
                           Twips(2 * int64_t{m.RowHeight}));
     rows.Row(Twips(int64_t{lblAgDescription.Top()} + lblAgDescription.Height() + m.Border));
     for (const AgentRow& row : agentRows_) {
-      // The label's own text stands where the key gives none.
-      if (const std::string text = rows.Text(row.label->Name()); !text.empty())
-        row.label->Caption(text);
+      row.label->Caption(rows.Text(row.label->Name()));
       row.label->Move(m.Border, Twips(int64_t{rows.Row()} + m.TextOffset), m.LabelColumnWidth,
                       m.RowHeight);
       rows.PlaceData(*row.combo, m.DataColumnWidth);

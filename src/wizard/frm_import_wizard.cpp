@@ -228,9 +228,8 @@ void FrmImportWizard::LayoutSource() {
     cmdSoAdd.Move(buttonLeft, top, m.ButtonWidth, m.RowHeight);
     cmdSoRemove.Move(buttonLeft, Twips(int64_t{top} + m.RowHeight + m.Border), m.ButtonWidth,
                      m.RowHeight);
-    for (CommandButton* button : {&cmdSoAdd, &cmdSoRemove}) {
-      if (const std::string text = rows.Text(button->Name()); !text.empty()) button->Caption(text);
-    }
+    for (CommandButton* button : {&cmdSoAdd, &cmdSoRemove})
+      button->Caption(rows.Text(button->Name()));
   });
 }
 
@@ -255,10 +254,9 @@ void FrmImportWizard::LayoutRun() {
     rows.NextRow();
     optRuLater.Move(m.Border, rows.Row(), m.LabelColumnWidth, m.RowHeight);
     rows.PlaceNext(dtpRuWhen, optRuLater, m.DataColumnWidth);
-    for (OptionButton* option : {&optRuNow, &optRuLater}) {
-      if (const std::string text = rows.Text(option->Name()); !text.empty()) option->Caption(text);
-    }
-    if (const std::string text = rows.Text("cmdRuChange"); !text.empty()) cmdRuChange.Caption(text);
+    for (OptionButton* option : {&optRuNow, &optRuLater})
+      option->Caption(rows.Text(option->Name()));
+    cmdRuChange.Caption(rows.Text("cmdRuChange"));
     dtpRuWhen.CustomFormat(Text(".Strings.DTPCustomDateTime"));
   });
 }
@@ -267,14 +265,12 @@ void FrmImportWizard::LayoutForm() {
   Frame frame(ctx_, kModule, "LayoutForm");
   frame.Run([&] {
     const LayoutMetrics& m = metrics_;
-    if (const std::string caption = Text(std::string(kTexts) + "frmImportWizard"); !caption.empty())
-      Caption(caption);
+    Caption(Text(std::string(kTexts) + "frmImportWizard"));
     // The four buttons in a row under the pages, at their right.
     const int16_t top = Twips(int64_t{picSource.Top()} + picSource.Height() + m.Border);
     int32_t left = picSource.Left() + picSource.Width() - m.Border - m.ButtonWidth;
     for (CommandButton* button : {&cmdFinish, &cmdNext, &cmdPrev, &cmdCancel}) {
-      if (const std::string text = Text(kTexts + button->Name()); !text.empty())
-        button->Caption(text);
+      button->Caption(Text(kTexts + button->Name()));
       button->Move(left, top, m.ButtonWidth, m.RowHeight);
       left = Twips(int64_t{left} - m.Border - m.ButtonWidth);
     }

@@ -187,7 +187,7 @@ struct Reader {
         return Fail(element, "Unexpected attribute \"" + std::string(name) + "\"");
       }
     }
-    const std::string key = keyAttr.value();
+    std::string key = keyAttr.value();
     if (key.empty()) return Fail(element, "A node without a key");
     if (key.find('.') != std::string::npos) {
       return Fail(element, "The key \"" + key + "\" holds a '.', the path separator");
@@ -203,26 +203,35 @@ struct Reader {
 
     std::shared_ptr<ConfigTreeNode> node;
     if (kind == ContentKind::Collection) {
-      node = std::make_shared<ConfigTreeNode>(key, kind, Variant());
+      node = std::make_shared<ConfigTreeNode>(std::move(key), kind, Variant());
       if (!ReadChildren(element, depthLeft - 1, *node)) return false;
     } else {
       if (hasElements)
         return Fail(element, "The " + std::string(ContentKindName(kind)) + " node \"" + key +
                                  "\" holds nodes");
-      std::string text;
+      // Most values are one run of text; only comments or CDATA split them.
+      std::string joined;
+      std::string_view text;
+      int parts = 0;
       for (const pugi::xml_node& part : element.children()) {
-        if (part.type() == pugi::node_pcdata || part.type() == pugi::node_cdata) {
-          text += part.value();
+        if (part.type() != pugi::node_pcdata && part.type() != pugi::node_cdata) continue;
+        if (++parts == 1) {
+          text = part.value();
+          continue;
         }
+        if (parts == 2) joined = text;
+        joined += part.value();
+        text = joined;
       }
       Variant value;
       if (!ParseContentText(text, kind, &value)) {
-        return Fail(element, "\"" + text + "\" is no " + std::string(ContentKindName(kind)) +
-                                 " for \"" + key + "\"");
+        return Fail(element, "\"" + std::string(text) + "\" is no " +
+                                 std::string(ContentKindName(kind)) + " for \"" + key + "\"");
       }
-      node = std::make_shared<ConfigTreeNode>(key, kind, std::move(value));
+      node = std::make_shared<ConfigTreeNode>(std::move(key), kind, std::move(value));
     }
-    if (!parent.Adopt(node)) return Fail(element, "The key \"" + key + "\" is there twice");
+    if (!parent.Adopt(node))
+      return Fail(element, "The key \"" + node->KeyText() + "\" is there twice");
     return true;
   }
 };

@@ -91,6 +91,16 @@ TEST(ConfigServer, ACommitRewritesTheFileOnlyWhenItWouldChangeIt) {
   hidden->SetContent(false);
   root->Commit("");
   EXPECT_NE(StampOf(file)->inode, first->inode);
+  // A node made, or a branch grafted, below the root is a change too.
+  const auto written = [&] { return test::ReadText(file); };
+  root->GetNode("Componants.VellixControl.Made", true, "String", "new");
+  root->Commit("");
+  EXPECT_NE(written().find("Made"), std::string::npos);
+  auto branch = std::static_pointer_cast<ConfigTreeNode>(NewFreeConfigNode());
+  branch->GetNode("Grafted", true, "Integer", 7);
+  ASSERT_TRUE(root->AttachBranch(branch, "Componants"));
+  root->Commit("");
+  EXPECT_NE(written().find("Grafted"), std::string::npos);
   // A file removed or replaced behind the server's back is written anew.
   std::filesystem::remove(file);
   root->Commit("");

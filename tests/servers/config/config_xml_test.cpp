@@ -83,6 +83,7 @@ TEST(ConfigXml, HandWrittenFilesMayLeaveOutTypesAndUseCdata) {
 <config version="1">
   <node key="Group">
     <node key="Caption"><![CDATA[<b>bold</b>]]></node>
+    <node key="Split">one <!-- a note --><![CDATA[<two>]]> three</node>
     <node key="Flag" type="boolean"> true </node>
     <node key="Width" type="Integer">
       375
@@ -92,6 +93,7 @@ TEST(ConfigXml, HandWrittenFilesMayLeaveOutTypesAndUseCdata) {
   ASSERT_TRUE(top);
   EXPECT_EQ(top->FindChild("Group")->Kind(), ContentKind::Collection);
   EXPECT_EQ(top->GetValue("Group.Caption"), Variant("<b>bold</b>"));
+  EXPECT_EQ(top->GetValue("Group.Split"), Variant("one <two> three"));
   EXPECT_EQ(top->GetValue("Group.Flag"), Variant(true));
   EXPECT_EQ(top->GetValue("Group.Width"), Variant(int16_t{375}));
 }
