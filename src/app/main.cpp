@@ -34,6 +34,7 @@
 #include "platform/outlook/mail_outbox.h"
 #include "platform/outlook/profile_mail_program.h"
 #include "platform/outlook/xdg_email.h"
+#include "servers/common/private_files.h"
 #include "servers/config/data_paths.h"
 #include "servers/engine/engine_server.h"
 #include "servers/engine/processor.h"
@@ -147,7 +148,7 @@ int main(int argc, char** argv) {
   // its outbox, and the desktop's mail program gets it where there is one.
   const fs::path dataFolder = mapping.DataRoot();
   std::error_code dataError;
-  fs::create_directories(dataFolder, dataError);
+  servers::CreatePrivateFolders(dataFolder, dataError);
   auto outbox = std::make_shared<outlook::MailOutbox>(dataFolder / "outbox");
   outbox->ConfirmSendWith([&host](const std::string& text) {
     return host.MsgBox(text, MsgButtons::YesNo, "") == MsgResult::Yes;

@@ -55,6 +55,52 @@ int SendTo(const sockaddr_un& address, std::string_view message) {
   return result;
 }
 
+// Whether a folder is the user's own and closed to the others, so that
+// nobody else can put a socket in the panel's place; why says what is wrong.
+bool IsPrivateFolder(const std::filesystem::path& folder, std::string* why) {
+  struct stat info {};
+  if (::lstat(folder.c_str(), &info) != 0) {
+    if (why) *why = folder.string() + ": " + std::strerror(errno);
+    return false;
+  }
+  if (!S_ISDIR(info.st_mode) || info.st_uid != ::getuid() || (info.st_mode & 077) != 0) {
+    if (why) *why = folder.string() + " is not a folder of this user's alone";
+    return false;
+  }
+  return true;
+}
+
+// The folder the socket lies in: the user's runtime folder when it is
+// private, else a folder of the user's own in the temporary one.
+std::filesystem::path SocketFolder() {
+  const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+  if (runtime != nullptr && std::filesystem::path(runtime).is_absolute() &&
+      IsPrivateFolder(runtime, nullptr))
+    return runtime;
+  return std::filesystem::path("/tmp") / ("vellix-control-" + std::to_string(::getuid()));
+}
+
+// Makes the socket's folder when it is missing; false, with why set, when it
+// isn't private.
+bool PrepareSocketFolder(const std::filesystem::path& folder, std::string* why) {
+  (void)::mkdir(folder.c_str(), 0700);
+  return IsPrivateFolder(folder, why);
+}
+
+// The sender's user of a datagram, or nothing when it came without one.
+std::optional<uid_t> SenderOf(const msghdr& message) {
+  for (const cmsghdr* c = CMSG_FIRSTHDR(&message); c != nullptr;
+       c = CMSG_NXTHDR(const_cast<msghdr*>(&message), const_cast<cmsghdr*>(c))) {
+    if (c->cmsg_level == SOL_SOCKET && c->cmsg_type == SCM_CREDENTIALS &&
+        c->cmsg_len >= CMSG_LEN(sizeof(ucred))) {
+      ucred credentials{};
+      std::memcpy(&credentials, CMSG_DATA(c), sizeof credentials);
+      return credentials.uid;
+    }
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 SingleInstance::SingleInstance(std::string serverName) : name_(std::move(serverName)) {}
@@ -78,14 +124,13 @@ std::string SingleInstance::NameFor(const std::filesystem::path& settingsFolder)
 }
 
 std::filesystem::path SingleInstance::SocketPath() const {
-  const char* runtime = std::getenv("XDG_RUNTIME_DIR");
-  const std::filesystem::path folder =
-      runtime != nullptr && std::filesystem::path(runtime).is_absolute() ? runtime : "/tmp";
-  return folder / name_;
+  return SocketFolder() / name_;
 }
 
 bool SingleInstance::AskRunningToShow() {
-  const auto address = AddressOf(SocketPath());
+  const std::filesystem::path path = SocketPath();
+  if (!PrepareSocketFolder(path.parent_path(), nullptr)) return false;
+  const auto address = AddressOf(path);
   return address && SendTo(*address, kShowRequest) == 0;
 }
 
@@ -96,9 +141,20 @@ bool SingleInstance::Listen(std::function<void()> onShow, std::string& error) {
     error = "the socket path " + path.string() + " is too long";
     return false;
   }
+  if (std::string why; !PrepareSocketFolder(path.parent_path(), &why)) {
+    error = "the socket's folder is not private: " + why;
+    return false;
+  }
   const int fd = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   if (fd < 0) {
     error = std::string("unable to make a socket: ") + std::strerror(errno);
+    return false;
+  }
+  // Each datagram then carries its sender's user, which the reader checks.
+  const int on = 1;
+  if (::setsockopt(fd, SOL_SOCKET, SO_PASSCRED, &on, sizeof on) != 0) {
+    error = std::string("unable to ask for the senders' credentials: ") + std::strerror(errno);
+    ::close(fd);
     return false;
   }
   // Only this user may ask: the file is made without rights for the others.
@@ -130,9 +186,27 @@ bool SingleInstance::Listen(std::function<void()> onShow, std::string& error) {
 
 void SingleInstance::ReadRequests() {
   std::array<char, 64> buffer{};
+  alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(ucred))> control{};
   for (;;) {
-    const ssize_t size = ::recv(socket_, buffer.data(), buffer.size(), 0);
+    iovec part{buffer.data(), buffer.size()};
+    msghdr message{};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    message.msg_control = control.data();
+    message.msg_controllen = control.size();
+    const ssize_t size = ::recvmsg(socket_, &message, MSG_CMSG_CLOEXEC);
     if (size < 0) return;  // drained (EAGAIN), or nothing more to read
+    // The socket file is the user's alone, but root, or a socket opened
+    // before its owner changed user, can still reach it: only the user asks.
+    if (SenderOf(message) != ::getuid()) {
+      if (refused_++ == 0) {
+        std::fprintf(stderr,
+                     "vellix-control: a request from another user on %s was ignored (further "
+                     "ones are ignored silently)\n",
+                     SocketPath().c_str());
+      }
+      continue;
+    }
     if (std::string_view(buffer.data(), static_cast<size_t>(size)) == kShowRequest && onShow_)
       onShow_();
   }

@@ -31,8 +31,11 @@ class SingleInstance {
   bool Listen(std::function<void()> onShow, std::string& error);
 
   [[nodiscard]] const std::string& Name() const { return name_; }
-  // Where the socket lies: the user's runtime folder, or the temporary one.
+  // Where the socket lies: the user's runtime folder, or a folder of the
+  // user's alone in the temporary one.
   [[nodiscard]] std::filesystem::path SocketPath() const;
+  // Requests dropped because they came from another user.
+  [[nodiscard]] int Refused() const { return refused_; }
 
  private:
   void ReadRequests();
@@ -41,6 +44,7 @@ class SingleInstance {
   int socket_ = -1;
   std::unique_ptr<QSocketNotifier> notifier_;
   std::function<void()> onShow_;
+  int refused_ = 0;
 };
 
 }  // namespace vellix::app

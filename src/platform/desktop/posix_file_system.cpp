@@ -1,5 +1,8 @@
 #include "platform/desktop/posix_file_system.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <array>
 #include <cstdio>
 #include <fstream>
@@ -108,6 +111,10 @@ void PosixFileSystem::WriteTextFile(const std::string& path, const std::string& 
   std::error_code ec;
   if (!std::filesystem::is_directory(native.parent_path(), ec)) Raise(err::kPathNotFound);
   if (std::filesystem::is_directory(native, ec)) RaiseFileError(kPermissionDenied);
+  // A file the panel writes (the processing log) is the user's alone; one
+  // that is there already keeps its mode.
+  if (const int fd = ::open(native.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600); fd >= 0)
+    (void)::close(fd);
   std::ofstream out(native, std::ios::binary | std::ios::trunc);
   out << text;
   out.close();

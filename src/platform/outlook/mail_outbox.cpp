@@ -106,6 +106,11 @@ void WriteWhole(const fs::path& target, const std::string& text) {
   const fs::path temporary = target.string() + ".part";
   std::error_code ec;
   {
+    // A mail is the user's own: its file is made private before it is filled.
+    fs::remove(temporary, ec);
+    if (const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+        fd >= 0)
+      (void)::close(fd);
     std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
     out << text;
     out.close();
@@ -158,7 +163,8 @@ fs::path MailOutbox::Send(const OutgoingMail& mail) {
   if (!confirmer_(question)) Refuse("The mail was not sent: the user declined.");
 
   std::error_code ec;
-  fs::create_directories(folder_, ec);
+  if (fs::create_directories(folder_, ec))
+    fs::permissions(folder_, fs::perms::owner_all, fs::perm_options::replace, ec);
   if (ec)
     Refuse("The mail could not be written to " + folder_.string() + ": " + ec.message() + ".");
 

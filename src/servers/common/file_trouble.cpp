@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "servers/common/iso_time.h"
+#include "servers/common/private_files.h"
 
 namespace vellix::servers {
 
@@ -48,8 +49,7 @@ std::string LineAndColumn(std::string_view text, std::size_t offset) {
 
 bool FolderTakesFiles(const std::filesystem::path& folder, std::string* error) {
   std::error_code ec;
-  std::filesystem::create_directories(folder, ec);
-  if (ec) {
+  if (!CreatePrivateFolders(folder, ec)) {
     if (error) *error = "The folder " + folder.string() + " can't be made: " + ec.message();
     return false;
   }

@@ -10,6 +10,8 @@
 #include <system_error>
 #include <vector>
 
+#include "servers/common/private_files.h"
+
 namespace vellix {
 
 namespace {
@@ -76,10 +78,8 @@ bool WriteFileAtomically(const std::filesystem::path& path, std::string_view byt
   if (::stat(path.c_str(), &existing) == 0) {
     ::fchmod(fd, existing.st_mode & 07777);
   } else {
-    // mkstemp makes the file private; a new file gets the usual mode.
-    mode_t mask = ::umask(0);
-    ::umask(mask);
-    ::fchmod(fd, 0666 & ~mask);
+    // mkstemp made it 0600, which is what a new file of ours keeps.
+    ::fchmod(fd, servers::kPrivateFileMode);
   }
   if (!WriteAll(fd, bytes)) return fail("Unable to write", errno);
   if (::fsync(fd) != 0) return fail("Unable to flush", errno);

@@ -13,7 +13,8 @@ namespace vellix {
 // old content or the new one, never a mix: the bytes go to a temporary file
 // in the same folder, are flushed to the disk, and the temporary file is
 // renamed over the target; then the folder itself is flushed so the rename
-// survives a power cut. An existing file keeps its permission bits. On
+// survives a power cut. A new file is the user's alone (0600); an existing
+// file keeps its permission bits, which its owner may have set on purpose. On
 // failure the target is untouched, the temporary file is removed, and error
 // (when given) says what went wrong.
 bool WriteFileAtomically(const std::filesystem::path& path, std::string_view bytes,

@@ -7,6 +7,8 @@
 #include <system_error>
 #include <vector>
 
+#include "servers/common/private_files.h"
+
 namespace vellix {
 
 namespace {
@@ -60,14 +62,9 @@ DataPaths ResolveDataPaths(const std::string& dataDir) {
 bool CreateDataFolders(const DataPaths& paths, std::string* error) {
   for (const auto& folder : {paths.configDir, paths.stateDir}) {
     std::error_code ec;
-    const bool made = std::filesystem::create_directories(folder, ec);
-    if (ec) {
+    if (!servers::CreatePrivateFolders(folder, ec)) {
       if (error) *error = "Unable to create the folder " + folder.string() + ": " + ec.message();
       return false;
-    }
-    if (made) {
-      std::filesystem::permissions(folder, std::filesystem::perms::owner_all,
-                                   std::filesystem::perm_options::replace, ec);
     }
   }
   return true;

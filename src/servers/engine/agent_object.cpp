@@ -5,6 +5,7 @@
 
 #include "foundation/text.h"
 #include "servers/engine/engine_core.h"
+#include "servers/engine/period_calendar.h"
 
 namespace vellix::engine {
 
@@ -16,6 +17,23 @@ auto SamePath(std::string_view path) {
 }
 auto SameImport(std::string_view path) {
   return [path](const ImportFolderData& entry) { return EqualsText(entry.path, path); };
+}
+
+// A text for the log, its control characters shown by their number.
+std::string Visible(std::string_view text) {
+  static constexpr std::string_view kHex = "0123456789ABCDEF";
+  std::string out;
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 32) {
+      out += "\\x";
+      out += kHex[byte >> 4];
+      out += kHex[byte & 0xF];
+    } else {
+      out += c;
+    }
+  }
+  return out;
 }
 
 }  // namespace
@@ -141,7 +159,16 @@ std::string AgentObject::StoreFormat() {
 }
 void AgentObject::StoreFormat(const std::string& value) {
   const auto lock = core_->Lock();
-  Put("StoreFormat", &AgentData::storeFormat, value);
+  AgentData& agent = Write("put StoreFormat", JournalText(value));
+  // The put has no result to refuse with: a format whose stores would lie
+  // outside the store folder is not taken, and the log says why.
+  if (std::string why; StoreNameLeavesFolder(value, Locale::English(), &why)) {
+    core_->Log("StoreFormat", "The store name format \"" + Visible(value) + "\" of agent \"" +
+                                  agent.name + "\" was refused: " + why);
+    return;
+  }
+  agent.storeFormat = value;
+  core_->Save();
 }
 int16_t AgentObject::FileAfterCount() {
   const auto lock = core_->Lock();

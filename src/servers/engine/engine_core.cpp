@@ -8,6 +8,7 @@
 
 #include "foundation/text.h"
 #include "servers/common/file_trouble.h"
+#include "servers/common/private_files.h"
 #include "servers/common/write_behind.h"
 #include "servers/config/atomic_file.h"
 #include "servers/engine/agent_object.h"
@@ -288,7 +289,7 @@ void EngineCore::WriteText(const std::string& text, uint64_t generation) {
   if (generation < textWritten_) return;  // newer data are on the disk already
   std::string error;
   std::error_code ec;
-  if (file_.has_parent_path()) std::filesystem::create_directories(file_.parent_path(), ec);
+  servers::CreatePrivateFolders(file_.parent_path(), ec);
   if (!WriteFileAtomically(file_, text, &error)) {
     Log("Save", "The engine file " + file_.string() + " can't be written: " + error);
   }

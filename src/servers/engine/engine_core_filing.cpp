@@ -24,6 +24,13 @@ PeriodData* EngineCore::EnsurePeriodFor(Date when, std::string* why) {
     *why = "No store location is set, so no period store can be made";
     return nullptr;
   }
+  // A format from an edited file is taken as it stands, but a store is a
+  // file of the store folder itself, never one below it or beside it.
+  if (std::string leaves; StoreNameLeavesFolder(s.periodFormat, Locale::English(), &leaves)) {
+    *why = "No period store is made: the store name format \"" + s.periodFormat +
+           "\" would name a file outside the store folder (" + leaves + ")";
+    return nullptr;
+  }
   PeriodSpan span;
   std::string name;
   try {

@@ -263,12 +263,22 @@ EngineFileRead ParseEngineText(std::string_view text) {
   EngineFileRead read;
   read.outcome = EngineFileRead::Outcome::Corrupt;
   pugi::xml_document doc;
-  const auto parsed =
-      doc.load_buffer(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8);
+  // The declaration is kept, not skipped, so that it can be refused: no
+  // entity of a file is ever defined or expanded.
+  const auto parsed = doc.load_buffer(
+      text.data(), text.size(), pugi::parse_default | pugi::parse_doctype, pugi::encoding_utf8);
   if (!parsed) {
     read.error = std::string("the XML is malformed: ") + parsed.description() + " (" +
                  servers::LineAndColumn(text, static_cast<std::size_t>(parsed.offset)) + ")";
     return read;
+  }
+  for (const auto node : doc.children()) {
+    if (node.type() == pugi::node_doctype) {
+      read.error = "it has a document type declaration, which an engine file can't have (" +
+                   servers::LineAndColumn(text, static_cast<std::size_t>(node.offset_debug())) +
+                   ")";
+      return read;
+    }
   }
   const auto root = doc.document_element();
   if (std::string_view(root.name()) != kRoot) {

@@ -59,6 +59,11 @@ int MonthsPerUnit(CalendarUnit unit) {
   }
 }
 
+// A sample period whose first and last day differ in every field.
+PeriodSpan SampleSpan() {
+  return {DateSerial(1963, 9, 22), DateSerial(1964, 11, 30)};
+}
+
 }  // namespace
 
 bool IsForbiddenInFileName(char c) {
@@ -121,6 +126,24 @@ std::string ExpandStoreName(std::string_view format, const PeriodSpan& span, con
   return name;
 }
 
+bool StoreNameLeavesFolder(std::string_view format, const Locale& locale, std::string* why) {
+  std::string name;
+  try {
+    name = Trim(ExpandStoreName(format, SampleSpan(), locale));
+  } catch (const VbError&) {
+    return false;
+  }
+  const auto say = [why](const char* reason) {
+    if (why != nullptr) *why = reason;
+    return true;
+  };
+  if (name.find_first_of(std::string_view("/\\\0", 3)) != std::string::npos) {
+    return say("the name holds a folder separator or a NUL character");
+  }
+  if (name == "." || name == "..") return say("the name is a folder's own name (\".\" or \"..\")");
+  return false;
+}
+
 bool StoreNameFormatAcceptable(std::string_view format, const Locale& locale, std::string* why) {
   auto refuse = [why](const char* reason) {
     if (why != nullptr) *why = reason;
@@ -130,8 +153,7 @@ bool StoreNameFormatAcceptable(std::string_view format, const Locale& locale, st
   const std::vector<std::string> parts = Split(format, "'");
   if (parts.size() % 2 == 0) return refuse("a quote is not closed");
 
-  // A sample period whose first and last day differ in every field.
-  const PeriodSpan sample{DateSerial(1963, 9, 22), DateSerial(1964, 11, 30)};
+  const PeriodSpan sample = SampleSpan();
   bool hasToken = false;
   for (size_t i = 1; i < parts.size(); i += 2) {
     const std::string& part = parts[i];
@@ -144,7 +166,8 @@ bool StoreNameFormatAcceptable(std::string_view format, const Locale& locale, st
   if (!hasToken) return refuse("there is no date token");
 
   const std::string name = ExpandStoreName(format, sample, locale);
-  if (Trim(name).empty() || name == "." || name == "..") return refuse("the name is empty");
+  if (Trim(name).empty()) return refuse("the name is empty");
+  if (StoreNameLeavesFolder(format, locale, why)) return false;
   if (std::any_of(name.begin(), name.end(), IsForbiddenInFileName)) {
     return refuse("the name holds a character that a file name can't have");
   }

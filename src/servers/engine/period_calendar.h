@@ -42,6 +42,11 @@ std::string ExpandStoreName(std::string_view format, const PeriodSpan& span, con
 // file name. When not, why says what is wrong.
 bool StoreNameFormatAcceptable(std::string_view format, const Locale& locale, std::string* why);
 
+// Whether the names a format gives would reach outside the store folder: a
+// folder separator or a NUL in the name, or a name that is "." or "..". Why
+// then says which. A format that can't be expanded names no path at all.
+bool StoreNameLeavesFolder(std::string_view format, const Locale& locale, std::string* why);
+
 // Characters a file name can't hold on any desktop the product meets.
 bool IsForbiddenInFileName(char c);
 

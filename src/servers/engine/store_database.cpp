@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -12,6 +13,7 @@
 #include <system_error>
 #include <utility>
 
+#include "servers/common/private_files.h"
 #include "servers/engine/server_error.h"
 #include "servers/engine/store_file.h"
 
@@ -316,6 +318,14 @@ bool CreateStoreFile(const std::filesystem::path& file, const std::string& name,
   sqlite3* db =
       Connect(making, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_EXCLUSIVE, &why);
   if (db == nullptr) {
+    RemoveQuietly(making);
+    return false;
+  }
+  // SQLite made the file with the usual mode; a store holds the user's mail,
+  // so it is made private before any is written, and its journal follows it.
+  if (::chmod(making.c_str(), servers::kPrivateFileMode) != 0) {
+    why = std::string("the store can't be made private: ") + std::strerror(errno);
+    sqlite3_close_v2(db);
     RemoveQuietly(making);
     return false;
   }

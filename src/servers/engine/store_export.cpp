@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include "platform/outlook/profile_message.h"
+#include "servers/common/private_files.h"
 #include "servers/engine/server_error.h"
 #include "servers/engine/store_database.h"
 
@@ -99,7 +100,8 @@ int64_t ExportStoreToMbox(const std::filesystem::path& store, const std::filesys
   const std::filesystem::path partial =
       mbox.parent_path() /
       ("." + mbox.filename().string() + ".partial-" + std::to_string(::getpid()));
-  const int fd = ::open(partial.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  const int fd =
+      ::open(partial.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, servers::kPrivateFileMode);
   if (fd < 0) cantWrite(errno);
   std::FILE* out = ::fdopen(fd, "wb");
   if (out == nullptr) {

@@ -1,5 +1,8 @@
 #include "servers/errorlog/error_log_file.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
 #include <system_error>
@@ -7,6 +10,7 @@
 
 #include "foundation/vb_error.h"
 #include "servers/common/iso_time.h"
+#include "servers/common/private_files.h"
 
 namespace vellix {
 
@@ -61,14 +65,18 @@ bool ErrorLogFile::Open(std::string* error) {
   std::lock_guard lock(mutex_);
   if (file_) return true;
   std::error_code ec;
-  if (!path_.parent_path().empty()) std::filesystem::create_directories(path_.parent_path(), ec);
-  if (ec) {
+  if (!servers::CreatePrivateFolders(path_.parent_path(), ec)) {
     if (error) *error = "Unable to create the folder of " + path_.string() + ": " + ec.message();
     return false;
   }
-  file_ = std::fopen(path_.c_str(), "ae");
+  // The log tells what the user's mail and folders are: a new one is private.
+  const int fd =
+      ::open(path_.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, servers::kPrivateFileMode);
+  file_ = fd >= 0 ? ::fdopen(fd, "a") : nullptr;
   if (!file_) {
-    if (error) *error = "Unable to open " + path_.string() + ": " + std::strerror(errno);
+    const int code = errno;
+    if (fd >= 0) ::close(fd);
+    if (error) *error = "Unable to open " + path_.string() + ": " + std::strerror(code);
     return false;
   }
   // A writer killed in the middle of a line that crossed a page of the disk
