@@ -1,6 +1,7 @@
 #include "servers/config/config_server.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <iterator>
 #include <map>
@@ -203,6 +204,36 @@ TEST(DataPaths, FoldersAreCreatedForTheOwnerOnly) {
   test::WriteText(folder / "file", "x");
   EXPECT_FALSE(CreateDataFolders(ResolveDataPaths((folder / "file").string(), none), &error));
   EXPECT_NE(error.find("file"), std::string::npos);
+}
+
+// Under the usual umask, every level of a data folder made here and the tree
+// file are the user's alone; a folder that was there keeps its mode.
+TEST(DataPaths, TheTreeFileAndEveryFolderMadeForItArePrivate) {
+  test::TempFolder folder;
+  ::chmod(folder.Path().c_str(), 0755);
+  const mode_t mask = ::umask(022);
+  const auto none = [](const char*) { return std::optional<std::string>(); };
+  const auto paths = ResolveDataPaths((folder / "new" / "data").string(), none);
+  std::string error;
+  const bool made = CreateDataFolders(paths, &error);
+  ConfigServer server(paths.configDir / "ConfigTree.xml", {});
+  auto root = server.RootNode();
+  if (!root.IsNothing()) {
+    root->GetNode("Componants.VellixControl.Hidden", true, "Boolean", true);
+    root->Commit("");
+  }
+  ::umask(mask);
+  ASSERT_TRUE(made) << error;
+  ASSERT_FALSE(root.IsNothing()) << server.OpenError();
+  const auto mode = [](const std::filesystem::path& p) {
+    struct stat info {};
+    EXPECT_EQ(::stat(p.c_str(), &info), 0) << p;
+    return info.st_mode & 0777;
+  };
+  for (const auto& made_folder : {folder / "new", folder / "new" / "data", paths.configDir})
+    EXPECT_EQ(mode(made_folder), 0700u) << made_folder;
+  EXPECT_EQ(mode(paths.configDir / "ConfigTree.xml"), 0600u);
+  EXPECT_EQ(mode(folder.Path()), 0755u);
 }
 
 }  // namespace

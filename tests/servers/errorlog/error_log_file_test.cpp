@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -126,6 +127,24 @@ TEST_F(ErrorLogFileTest, EveryRecordWrittenBeforeAKillIsInTheFile) {
     }
     ASSERT_GT(whole, target);
     expected = whole;
+  }
+}
+
+TEST_F(ErrorLogFileTest, ANewLogAndTheFoldersMadeForItAreTheUsersAlone) {
+  const mode_t mask = ::umask(022);
+  const auto file = folder_ / "state" / "vellix" / "ErrorLog.txt";
+  {
+    ErrorLogServer server(file, clock_);
+    auto log = server.ErrorLog();
+    if (!log.IsNothing()) log->ComponentStarted("VellixControl");
+  }
+  ::umask(mask);
+  struct stat info {};
+  ASSERT_EQ(::stat(file.c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 0777, 0600u);
+  for (const auto& made : {folder_ / "state", folder_ / "state" / "vellix"}) {
+    ASSERT_EQ(::stat(made.c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0700u) << made;
   }
 }
 
