@@ -2,6 +2,7 @@
 #include "platform/desktop/xdg_shell.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <map>
@@ -199,6 +200,22 @@ TEST(BrowseForFolder, GivesTheChosenFolderAsThePanelWritesPathsAndNothingOnCance
   EXPECT_EQ(starts, (std::vector<std::string>{"/data/drives/e/Old", "", "/home/alex"}));
 
   EXPECT_EQ(XdgShell(mapping, nullptr).BrowseForFolder("No dialog", ""), std::nullopt);
+}
+
+TEST(PosixFileSystem, ANewFileIsTheUsersAloneAndAnExistingOneKeepsItsMode) {
+  vellix::test::TempFolder scratch;
+  PosixFileSystem fs{PathMapping(scratch.Path())};
+  const mode_t mask = ::umask(022);
+  fs.WriteTextFile("C:\\Process Log.txt", "log");
+  WriteText(scratch / "drives/c/shared.txt", "old");
+  std::filesystem::permissions(scratch / "drives/c/shared.txt", std::filesystem::perms(0644));
+  fs.WriteTextFile("C:\\shared.txt", "new");
+  ::umask(mask);
+  EXPECT_EQ(std::filesystem::status(scratch / "drives/c/Process Log.txt").permissions(),
+            std::filesystem::perms(0600));
+  EXPECT_EQ(std::filesystem::status(scratch / "drives/c/shared.txt").permissions(),
+            std::filesystem::perms(0644));
+  EXPECT_EQ(ReadText(scratch / "drives/c/shared.txt"), "new");
 }
 
 }  // namespace

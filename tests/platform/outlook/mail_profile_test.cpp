@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <map>
 #include <stdexcept>
@@ -268,6 +269,26 @@ TEST(MailOutbox, SendAsksTheUserAndWritesOneWholeMessageFileOnlyWhenTheyAgree) {
     EXPECT_EQ(files[0].filename(), "mail-20261122-093000.eml");
     EXPECT_TRUE(fs::exists(dir / "outbox" / "mail-20261122-093000-2.eml"));
   }
+}
+
+TEST(MailOutbox, AMailFileAndTheOutboxMadeForItAreTheUsersAlone) {
+  test::TempFolder dir;
+  const mode_t mask = ::umask(022);
+  auto outbox = std::make_shared<MailOutbox>(dir / "outbox");
+  outbox->ConfirmSendWith([](const std::string&) { return true; });
+  OutgoingMail mail;
+  mail.recipients = {"help@vellix.example"};
+  const int error = ErrorNumber([&] { (void)outbox->Send(mail); });
+  ::umask(mask);
+  ASSERT_EQ(error, 0);
+  const auto mode = [](const fs::path& p) { return fs::status(p).permissions(); };
+  EXPECT_EQ(mode(dir / "outbox"), fs::perms::owner_all);
+  int files = 0;
+  for (const auto& entry : fs::directory_iterator(dir / "outbox")) {
+    ++files;
+    EXPECT_EQ(mode(entry.path()), fs::perms::owner_read | fs::perms::owner_write) << entry.path();
+  }
+  EXPECT_EQ(files, 1);
 }
 
 }  // namespace
