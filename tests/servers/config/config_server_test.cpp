@@ -206,34 +206,25 @@ TEST(DataPaths, FoldersAreCreatedForTheOwnerOnly) {
   EXPECT_NE(error.find("file"), std::string::npos);
 }
 
-// Under the usual umask, every level of a data folder made here and the tree
-// file are the user's alone; a folder that was there keeps its mode.
-TEST(DataPaths, TheTreeFileAndEveryFolderMadeForItArePrivate) {
+// Every level made for a data folder is private, whatever the umask; one that
+// was there keeps its mode.
+TEST(DataPaths, EveryFolderMadeForTheDataIsPrivate) {
   test::TempFolder folder;
   ::chmod(folder.Path().c_str(), 0755);
   const mode_t mask = ::umask(022);
-  const auto none = [](const char*) { return std::optional<std::string>(); };
-  const auto paths = ResolveDataPaths((folder / "new" / "data").string(), none);
   std::string error;
-  const bool made = CreateDataFolders(paths, &error);
-  ConfigServer server(paths.configDir / "ConfigTree.xml", {});
-  auto root = server.RootNode();
-  if (!root.IsNothing()) {
-    root->GetNode("Componants.VellixControl.Hidden", true, "Boolean", true);
-    root->Commit("");
-  }
+  const bool made = CreateDataFolders(ResolveDataPaths((folder / "new" / "data").string(),
+                                                       [](const char*) { return std::nullopt; }),
+                                      &error);
   ::umask(mask);
   ASSERT_TRUE(made) << error;
-  ASSERT_FALSE(root.IsNothing()) << server.OpenError();
-  const auto mode = [](const std::filesystem::path& p) {
+  for (const auto& [path, mode] : {std::pair{folder / "new", 0700u},
+                                   {folder / "new" / "data", 0700u},
+                                   {folder.Path(), 0755u}}) {
     struct stat info {};
-    EXPECT_EQ(::stat(p.c_str(), &info), 0) << p;
-    return info.st_mode & 0777;
-  };
-  for (const auto& made_folder : {folder / "new", folder / "new" / "data", paths.configDir})
-    EXPECT_EQ(mode(made_folder), 0700u) << made_folder;
-  EXPECT_EQ(mode(paths.configDir / "ConfigTree.xml"), 0600u);
-  EXPECT_EQ(mode(folder.Path()), 0755u);
+    ASSERT_EQ(::stat(path.c_str(), &info), 0) << path;
+    EXPECT_EQ(info.st_mode & 0777, mode) << path;
+  }
 }
 
 }  // namespace
