@@ -1,4 +1,6 @@
 #include <QApplication>
+#include <QSessionManager>
+#include <QSocketNotifier>
 #include <QTemporaryDir>
 #include <QWidget>
 #include <chrono>
@@ -30,6 +32,7 @@
 #include "platform/desktop/environment.h"
 #include "platform/desktop/path_mapping.h"
 #include "platform/desktop/posix_file_system.h"
+#include "platform/desktop/stop_signals.h"
 #include "platform/desktop/xdg_shell.h"
 #include "platform/outlook/mail_outbox.h"
 #include "platform/outlook/profile_mail_program.h"
@@ -272,6 +275,19 @@ int main(int argc, char** argv) {
                        error)) {
     std::fprintf(stderr, "vellix-control: %s; a second start won't find this one\n", error.c_str());
   }
+
+  // SIGTERM, SIGINT and the desktop session's end close the panel as the
+  // tray's Exit does, answering any modal window as its close box would.
+  desktop::StopSignals stopSignals;
+  std::optional<QSocketNotifier> stopNotifier;
+  if (stopSignals.Descriptor() >= 0) {
+    stopNotifier.emplace(stopSignals.Descriptor(), QSocketNotifier::Read);
+    QObject::connect(&*stopNotifier, &QSocketNotifier::activated, [&stopSignals, &popup] {
+      if (stopSignals.Take() != 0) popup.EndSession();
+    });
+  }
+  QObject::connect(&application, &QGuiApplication::commitDataRequest,
+                   [&popup](QSessionManager& /*manager*/) { popup.EndSession(); });
 
   ControlStartup::Main(ctx, popup);
   if (!host.AnyFormLoaded()) {

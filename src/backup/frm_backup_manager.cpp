@@ -451,10 +451,16 @@ void FrmBackupManager::Form_Load() {
   });
 }
 
-void FrmBackupManager::Form_QueryUnload(bool& cancel, int32_t /*unloadMode*/) {
+void FrmBackupManager::Form_QueryUnload(bool& cancel, int32_t unloadMode) {
   Frame frame(ctx_, kModule, "Form_QueryUnload");
   frame.Run([&] {
     if (!FlagBackupRunning()) return;
+    // Nobody is there to answer when the session ends: the run is cancelled
+    // and the warning taken as OK.
+    if (unloadMode == kUnloadBySessionEnd) {
+      cancelRequested_ = true;
+      return;
+    }
     const std::string warning = KeyText(
         "CloseWarning",
         "Closing the Backup Manager while it is running may result in backed up stored being "

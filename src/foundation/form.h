@@ -42,8 +42,9 @@ class UiHost;
 class Form {
  public:
   // How an unload was asked for, as Form_QueryUnload receives it.
-  static constexpr int32_t kUnloadByUser = 0;  // the window's close box
-  static constexpr int32_t kUnloadByCode = 1;  // Unload in code
+  static constexpr int32_t kUnloadByUser = 0;        // the window's close box
+  static constexpr int32_t kUnloadByCode = 1;        // Unload in code
+  static constexpr int32_t kUnloadBySessionEnd = 2;  // the desktop session or the process ends
 
   Form(UiHost& host, std::string name);
   Form(const Form&) = delete;

@@ -49,6 +49,11 @@ class UiHost {
   // The form has been unloaded: its window goes. Called also from a loaded
   // form's destructor, when its controls are already gone.
   virtual void UnloadForm(Form& form) = 0;
+  // The session is ending: closes the topmost modal window, a message box or
+  // dialog as if dismissed by its frame, a form by Unload(kUnloadBySessionEnd),
+  // and says whether there was one. Its nested loop returns once control
+  // comes back to it. A host that shows nothing modally has nothing to close.
+  virtual bool CloseTopModal() { return false; }
   // Raises the form's window above all others and gives it the input.
   virtual void BringToFront(Form& form) = 0;
   // Pops up a menu of the form at x, y (twips from the form's top left), or

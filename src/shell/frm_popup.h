@@ -105,6 +105,10 @@ class FrmPopup : public Form, public PopupShell {
   void mPopView_Click();
   void mPopHide_Click();
   void mPopExit_Click();
+  // The desktop session ends or the process is asked to stop: every modal
+  // window is answered as if closed by its frame, then Exit runs as from the
+  // tray menu. Later calls do nothing.
+  void EndSession();
   void tmrBackupTimer_Timer();
   // Shows the backup manager modally and returns once it has closed; the
   // Backup panel's Backup Now and the timer's tick open it.
@@ -233,6 +237,8 @@ class FrmPopup : public Form, public PopupShell {
   std::string currentTab_;
   // Set while the machine itself restores the window, which is no View.
   bool restoringByCode_ = false;
+  int sessionCloses_ = 0;
+  bool sessionEnded_ = false;
   MachineState controlState_ = MachineState::Unloaded;
   Ref<ConfigNode> layoutNode_;
   std::unique_ptr<TrayIcon> trayIcon_;

@@ -1,6 +1,7 @@
 // The tray menu's commands and the other forms the main form opens: each is
 // made the first time it is asked for, so a start pays nothing for it.
 #include <string>
+#include <utility>
 
 #include "backup/frm_backup_manager.h"
 #include "dialogs/frm_about.h"
@@ -10,6 +11,7 @@
 #include "foundation/frame.h"
 #include "foundation/runtime.h"
 #include "foundation/trace_names.h"
+#include "foundation/ui_host.h"
 #include "shell/frm_popup.h"
 
 namespace vellix {
@@ -55,6 +57,23 @@ void FrmPopup::mPopHide_Click() {
 void FrmPopup::mPopExit_Click() {
   Frame frame(ctx_, kModule, "mPopExit_Click");
   frame.Run([&] { StateMonitor(MachineEvent::Exit); });
+}
+
+void FrmPopup::EndSession() {
+  Frame frame(ctx_, kModule, "EndSession");
+  frame.Run([&] {
+    // One modal window at a time, from the top: the next is looked at once
+    // the nested loop of the one closed has returned. A window that keeps
+    // coming back doesn't hold the end up for ever.
+    constexpr int kMostCloses = 32;
+    if (sessionCloses_ < kMostCloses && ctx_.Host().CloseTopModal()) {
+      ++sessionCloses_;
+      ctx_.Host().Post([this] { EndSession(); });
+      return;
+    }
+    if (std::exchange(sessionEnded_, true)) return;
+    StateMonitor(MachineEvent::Exit);
+  });
 }
 
 void FrmPopup::cmdSuHelp_Click() {

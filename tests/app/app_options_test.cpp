@@ -3,10 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <thread>
 
 #include "foundation/date.h"
 #include "servers/engine/store_database.h"
@@ -145,6 +150,42 @@ TEST(CommandLine, TheScreenshotRunPicturesEachLookOfTheBackupManagerAndReallyBac
     EXPECT_EQ(fs::file_size(copy), entry.file_size()) << copy;
   }
   EXPECT_GT(stores, 1);
+}
+
+// As a desktop's logout or `kill` ends it: the panel goes as by the tray's
+// Exit, its end logged, with status 0.
+TEST(CommandLine, SigtermEndsTheProgramAsTheTraysExitDoes) {
+  const test::TempFolder scratch;
+  const std::string data = (scratch / "data").string();
+  const auto log = scratch / "data" / "state" / "ErrorLog.txt";
+  const pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    ::execl(VELLIX_APP_EXE, VELLIX_APP_EXE, "--data-dir", data.c_str(), nullptr);
+    ::_exit(127);
+  }
+  // Up once the state machine has shown Quick setup.
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+  while (test::ReadText(log).find("Event: Unconfigured") == std::string::npos &&
+         std::chrono::steady_clock::now() < deadline)
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  ASSERT_EQ(::kill(child, SIGTERM), 0);
+  int status = 0;
+  bool ended = false;
+  while (!(ended = ::waitpid(child, &status, WNOHANG) == child) &&
+         std::chrono::steady_clock::now() < deadline)
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  if (!ended) {
+    ::kill(child, SIGKILL);
+    ::waitpid(child, &status, 0);
+  }
+  ASSERT_TRUE(ended) << "still running a minute after SIGTERM";
+  ASSERT_TRUE(WIFEXITED(status)) << "ended by signal " << WTERMSIG(status);
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+  const std::string text = test::ReadText(log);
+  EXPECT_NE(text.find("Event: Exit"), std::string::npos) << text;
+  EXPECT_NE(text.find("ComponentEnded\tVellixControl"), std::string::npos) << text;
 }
 
 }  // namespace

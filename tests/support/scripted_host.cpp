@@ -148,9 +148,36 @@ MsgResult ScriptedHost::MsgBox(const std::string& prompt, MsgButtons buttons,
   if (!Offers(buttons, answer.result)) {
     ADD_FAILURE() << "The scripted answer isn't a button of the message box \"" << prompt << "\"";
   }
+  Modal box;
+  modals_.push_back(&box);
   if (runPostedWhileModal_) Pump();
   if (answer.whileShown) answer.whileShown();
-  return answer.result;
+  std::erase(modals_, &box);
+  if (!box.closed) return answer.result;
+  // Dismissed by its frame: the answer of Escape.
+  switch (buttons) {
+    case MsgButtons::OKCancel:
+      return MsgResult::Cancel;
+    case MsgButtons::YesNo:
+      return MsgResult::No;
+    default:
+      return MsgResult::OK;
+  }
+}
+
+bool ScriptedHost::CloseTopModal() {
+  const auto open =
+      std::find_if(modals_.rbegin(), modals_.rend(), [](Modal* m) { return !m->closed; });
+  if (open == modals_.rend()) return false;
+  Modal& top = **open;
+  top.closed = true;
+  if (top.form == nullptr) {
+    history_.push_back("session close message box");
+  } else {
+    history_.push_back("session close " + top.form->Name());
+    top.form->Unload(Form::kUnloadBySessionEnd);
+  }
+  return true;
 }
 
 void ScriptedHost::Post(std::function<void()> fn) {
@@ -180,9 +207,12 @@ void ScriptedHost::ShowForm(Form& form, bool modal) {
   auto step = modalSteps_.find(LCase(form.Name()));
   const bool scripted = step != modalSteps_.end();
   if (scripted) {
+    Modal shown{&form};
+    modals_.push_back(&shown);
     // A copy: the step may register another step for this form.
     auto run = step->second;
     run(form);
+    std::erase(modals_, &shown);
   }
   if (!form.Loaded() || !form.Visible()) return;
   if (scripted)

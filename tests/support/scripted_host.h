@@ -111,8 +111,16 @@ class ScriptedHost : public UiHost {
   std::optional<std::string> BrowseForFolder(const std::string& title,
                                              const std::string& start) override;
   Ref<MAPIFolder> PickMailFolder(NameSpace& nameSpace) override;
+  // Closes the innermost modal form whose step is running, or message box
+  // whose whileShown is running; history "session close frmX" or "session
+  // close message box". A closed box answers as Escape would.
+  bool CloseTopModal() override;
 
  private:
+  struct Modal {
+    Form* form = nullptr;  // nullptr: a message box
+    bool closed = false;
+  };
   struct Answer {
     MsgResult result;
     std::function<void()> whileShown;
@@ -144,6 +152,7 @@ class ScriptedHost : public UiHost {
   std::vector<std::string> history_;
   std::set<Form*> loaded_;
   Form* active_ = nullptr;
+  std::vector<Modal*> modals_;
 
   mutable std::mutex postMutex_;
   std::condition_variable posted_;

@@ -98,6 +98,29 @@ TEST_F(QtHostTest, AModalFormRunsANestedLoopUntilItIsHiddenOrUnloaded) {
   EXPECT_EQ(host.WindowOf(dialog), nullptr);
 }
 
+// The session's end closes what is modal from the top: the message box as if
+// dismissed, then the modal form by the session's unload (one that refuses is
+// hidden all the same, so its loop ends); then nothing is left to close.
+TEST_F(QtHostTest, SessionEndClosesModalWindowsFromTheTop) {
+  SampleForm dialog(host, "frmDialog");
+  dialog.refuseClose = true;
+  MsgResult answer = MsgResult::OK;
+  std::vector<bool> closed;
+  host.Post([&] {
+    host.Post([&] {
+      for (int i = 0; i < 3; ++i)
+        closed.push_back(host.CloseTopModal());
+    });
+    answer = host.MsgBox("Go on?", MsgButtons::OKCancel, "");
+  });
+  dialog.Show(true);
+  EXPECT_THAT(closed, ElementsAre(true, true, false));
+  EXPECT_EQ(answer, MsgResult::Cancel);
+  EXPECT_EQ(dialog.lastUnloadMode, Form::kUnloadBySessionEnd);
+  EXPECT_TRUE(dialog.Loaded());
+  EXPECT_FALSE(dialog.Visible());
+}
+
 TEST(QtHostPost, FromAnotherThreadRunsOnTheGuiThread) {
   qtview::QtHost host;
   std::atomic<bool> ran{false};

@@ -68,8 +68,9 @@ void SampleForm::Design() {
   mnuExit.Enabled(false);
 }
 
-void SampleForm::Form_QueryUnload(bool& cancel, int32_t /*unloadMode*/) {
+void SampleForm::Form_QueryUnload(bool& cancel, int32_t unloadMode) {
   log.push_back("Form_QueryUnload");
+  lastUnloadMode = unloadMode;
   cancel = refuseClose;
 }
 

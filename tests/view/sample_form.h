@@ -23,6 +23,7 @@ class SampleForm : public Form {
   std::vector<std::string> log;
   bool vetoTabs = false;
   bool refuseClose = false;
+  int32_t lastUnloadMode = -1;
 
   Label lblInfo{*this, "lblInfo"};
   CommandButton cmdGo{*this, "cmdGo"};

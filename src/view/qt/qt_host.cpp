@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QCursor>
+#include <QDialog>
 #include <QEventLoop>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -283,6 +284,30 @@ void QtHost::StopTimer(Timer& timer) {
     it->second->deleteLater();
   }
   timers_.erase(it);
+}
+
+bool QtHost::CloseTopModal() {
+  if (QWidget* popup = QApplication::activePopupWidget()) {
+    popup->close();
+    return true;
+  }
+  QWidget* top = QApplication::activeModalWidget();
+  if (top == nullptr) return false;
+  if (auto* window = dynamic_cast<FormWindow*>(top)) {
+    if (Form* form = window->Model()) {
+      RunGuarded("session end", [form] { form->Unload(Form::kUnloadBySessionEnd); });
+      // A form that refused stays up; hidden, it no longer holds the loop.
+      if (form->Loaded() && form->Visible()) form->Hide();
+      return true;
+    }
+  }
+  // A message box or a dialog: as if closed by its frame, the Escape answer.
+  if (auto* dialog = qobject_cast<QDialog*>(top)) {
+    dialog->done(QDialog::Rejected);
+  } else {
+    top->close();
+  }
+  return true;
 }
 
 Ref<MAPIFolder> QtHost::PickMailFolder(NameSpace& nameSpace) {

@@ -65,6 +65,7 @@ class QtHost : public UiHost {
   std::optional<std::string> BrowseForFolder(const std::string& title,
                                              const std::string& start) override;
   Ref<MAPIFolder> PickMailFolder(NameSpace& nameSpace) override;
+  bool CloseTopModal() override;
 
  private:
   [[nodiscard]] FormWindow* Window(const Form& form) const;
