@@ -112,15 +112,15 @@ FrmPopup::FrmPopup(Context& ctx, TrayPlatform& trayPlatform, PopupForms forms)
   quickSetup.ShowRecover = [this](const std::string& source, const std::string& destination) {
     return ShowRecover(source, destination);
   };
-  import.ShowAttachPeriod = [this] { ShowAttachPeriod();
-};
-mPopAbout.Click = [this] { mPopAbout_Click(); };
-mPopStart.Click = [this] { mPopStart_Click(); };
-mPopStop.Click = [this] { mPopStop_Click(); };
-mPopView.Click = [this] { mPopView_Click(); };
-mPopHide.Click = [this] { mPopHide_Click(); };
-mPopExit.Click = [this] { mPopExit_Click(); };
-}  // namespace vellix
+  // this->: a statement that starts with `import` reads as a module import to the formatter.
+  this->import.ShowAttachPeriod = [this] { ShowAttachPeriod(); };
+  mPopAbout.Click = [this] { mPopAbout_Click(); };
+  mPopStart.Click = [this] { mPopStart_Click(); };
+  mPopStop.Click = [this] { mPopStop_Click(); };
+  mPopView.Click = [this] { mPopView_Click(); };
+  mPopHide.Click = [this] { mPopHide_Click(); };
+  mPopExit.Click = [this] { mPopExit_Click(); };
+}
 
 FrmPopup::~FrmPopup() = default;
 
