@@ -83,13 +83,8 @@ void FrmImportWizard::LayoutAgents() {
   Frame frame(ctx_, kModule, "LayoutAgents");
   frame.Run([&] {
     const LayoutMetrics& m = metrics_;
-    PlacePage(picAgents);
     RowLayout rows(m, node_);
-    lblAgDescription.Caption(rows.Text("lblAgDescription"));
-    lblAgDescription.Move(m.Border, m.Border,
-                          Twips(int64_t{picAgents.Width()} - 2 * int64_t{m.Border}),
-                          Twips(2 * int64_t{m.RowHeight}));
-    rows.Row(Twips(int64_t{lblAgDescription.Top()} + lblAgDescription.Height() + m.Border));
+    rows.Row(PlacePage(picAgents, lblAgDescription, rows));
     for (const AgentRow& row : agentRows_) {
       row.label->Caption(rows.Text(row.label->Name()));
       row.label->Move(m.Border, Twips(int64_t{rows.Row()} + m.TextOffset), m.LabelColumnWidth,

@@ -194,7 +194,8 @@ void FrmImportWizard::Form_Unload(bool& /*cancel*/) {
 
 // ---- layout ----
 
-void FrmImportWizard::PlacePage(PictureBox& page) const {
+int16_t FrmImportWizard::PlacePage(PictureBox& page, Label& description,
+                                   const RowLayout& rows) const {
   // Wide enough for a label, two data fields and a button side by side, so
   // that the Run grid shows a folder's whole path; tall enough for the
   // Agents page's description and nine rows.
@@ -207,20 +208,19 @@ void FrmImportWizard::PlacePage(PictureBox& page) const {
   // The page in front hides the ones behind it: page Source stays visible
   // behind page Agents.
   if (ctx_.backColor > 0) page.BackColor(ctx_.backColor);
+  description.Caption(rows.Text(description.Name()));
+  description.Move(m.Border, m.Border, Twips(int64_t{width} - 2 * int64_t{m.Border}),
+                   Twips(int64_t{kDescriptionRows} * m.RowHeight));
+  return Twips(int64_t{description.Top()} + description.Height() + m.Border);
 }
 
 void FrmImportWizard::LayoutSource() {
   Frame frame(ctx_, kModule, "LayoutSource");
   frame.Run([&] {
     const LayoutMetrics& m = metrics_;
-    PlacePage(picSource);
     RowLayout rows(m, node_);
-    lblSoDescription.Caption(rows.Text("lblSoDescription"));
+    const int16_t top = PlacePage(picSource, lblSoDescription, rows);
     const int16_t inner = Twips(int64_t{picSource.Width()} - 2 * int64_t{m.Border});
-    lblSoDescription.Move(m.Border, m.Border, inner,
-                          Twips(int64_t{kDescriptionRows} * m.RowHeight));
-    const int16_t top =
-        Twips(int64_t{lblSoDescription.Top()} + lblSoDescription.Height() + m.Border);
     // The list, with Add and Remove one above the other at its right.
     lstSoRootFolders.Move(m.Border, top, Twips(int64_t{inner} - m.Border - m.ButtonWidth),
                           Twips(int64_t{picSource.Height()} - top - m.Border));
@@ -237,14 +237,9 @@ void FrmImportWizard::LayoutRun() {
   Frame frame(ctx_, kModule, "LayoutRun");
   frame.Run([&] {
     const LayoutMetrics& m = metrics_;
-    PlacePage(picRun);
     RowLayout rows(m, node_);
-    lblRuDescription.Caption(rows.Text("lblRuDescription"));
+    const int16_t top = PlacePage(picRun, lblRuDescription, rows);
     const int16_t inner = Twips(int64_t{picRun.Width()} - 2 * int64_t{m.Border});
-    lblRuDescription.Move(m.Border, m.Border, inner,
-                          Twips(int64_t{kDescriptionRows} * m.RowHeight));
-    const int16_t top =
-        Twips(int64_t{lblRuDescription.Top()} + lblRuDescription.Height() + m.Border);
     // Two rows below the grid: Run now, then Run later with its picker.
     const int16_t optionsTop =
         Twips(int64_t{picRun.Height()} - 2 * (int64_t{m.RowHeight} + m.Border));

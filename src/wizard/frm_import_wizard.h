@@ -16,6 +16,8 @@
 
 namespace vellix {
 
+class RowLayout;
+
 class ConfigNode;
 
 // A three-page wizard that gives agents whole folder trees to import: page
@@ -153,7 +155,9 @@ class FrmImportWizard : public Form {
   // path; nothing for a type without one.
   [[nodiscard]] ComboBox* ChoiceFor(const std::string& typeName, const std::string& key);
   // Puts a page on the spot the three share, sized from the metrics.
-  void PlacePage(PictureBox& page) const;
+  // Places a page and its description across its top (caption from the
+  // layout texts); the first row below the description.
+  int16_t PlacePage(PictureBox& page, Label& description, const RowLayout& rows) const;
   void ConnectExplorer();
   void SetButtons(bool next, bool prev, bool finish);
 
