@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <functional>
 #include <map>
-#include <set>
 #include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -37,10 +37,26 @@ uint64_t FromEnvironment(const char* name, uint64_t fallback) {
 }
 
 // What a user types, good and bad.
-const std::vector<std::string> kTexts = {
-    "", "0", "1", "7", "-1", "32768", "99999999999", "abc", "12.5", "Mail", "Inbox",
-    "C:\\Archive", "..\\..\\x", "/etc", "2024-02-30", "@yyyy-mm", "File '@yyyy'", "\t", "é✓",
-    std::string(300, 'x')};
+const std::vector<std::string> kTexts = {"",
+                                         "0",
+                                         "1",
+                                         "7",
+                                         "-1",
+                                         "32768",
+                                         "99999999999",
+                                         "abc",
+                                         "12.5",
+                                         "Mail",
+                                         "Inbox",
+                                         "C:\\Archive",
+                                         "..\\..\\x",
+                                         "/etc",
+                                         "2024-02-30",
+                                         "@yyyy-mm",
+                                         "File '@yyyy'",
+                                         "\t",
+                                         "é✓",
+                                         std::string(300, 'x')};
 const std::vector<std::string> kTabs = {"Summary", "Periods", "Agents", "Import", "Backup", "Log"};
 const std::vector<std::string> kActivities = {"Start", "Complete", "Stop", "", "Unknown"};
 
@@ -240,11 +256,12 @@ TEST(EventStorm, InvariantsHoldAfterEveryEvent) {
   std::string reached;
   for (const auto& [form, shows] : storm.modalShows)
     reached += " " + form + ":" + std::to_string(shows);
-  std::printf("storm: %llu events, %zu states, %llu overflows passed to the host, seed %llu;"
-              " modal shows%s\n",
-              static_cast<unsigned long long>(storm.events), storm.states.size(),
-              static_cast<unsigned long long>(storm.overflowsToHost),
-              static_cast<unsigned long long>(seed), reached.c_str());
+  std::printf(
+      "storm: %llu events, %zu states, %llu overflows passed to the host, seed %llu;"
+      " modal shows%s\n",
+      static_cast<unsigned long long>(storm.events), storm.states.size(),
+      static_cast<unsigned long long>(storm.overflowsToHost), static_cast<unsigned long long>(seed),
+      reached.c_str());
   // Every state but Unloaded, and the forms the panel opens by itself.
   EXPECT_GE(storm.states.size(), 6U);
 }

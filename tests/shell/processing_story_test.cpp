@@ -25,13 +25,6 @@ using ::testing::ElementsAreArray;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-int32_t ItemsInStores(test::PopupWorld& w) {
-  int32_t items = 0;
-  for (const Ref<Period>& period : w.engine->Config()->Periods())
-    items += period->ItemCount();
-  return items;
-}
-
 std::vector<std::string> Names(const auto& collection) {
   std::vector<std::string> names;
   for (const auto& member : collection)
@@ -68,7 +61,7 @@ TEST(ProcessingStory, RunNowBackupAndPurgeThenARecoveryBringsTheConfigurationAnd
                                  std::chrono::seconds(30)));
     w.host.Pump();
     ASSERT_GT(forecast, 0);
-    EXPECT_EQ(ItemsInStores(w), forecast);
+    EXPECT_EQ(w.ItemsInStores(), forecast);
     // The pass's start at the bottom of the log, its end on top with the count.
     const LogBox& box = w.popup.log.txtLoEntries;
     ASSERT_GT(box.LineCount(), 2U);
@@ -122,7 +115,7 @@ TEST(ProcessingStory, RunNowBackupAndPurgeThenARecoveryBringsTheConfigurationAnd
     EXPECT_GE(questions, 1);
     auto inbox = w.ctx.Mail().CreateApplication()->GetNamespace("MAPI")->GetDefaultFolder(6);
     EXPECT_EQ(inbox->ItemCount(), 0) << "the filed Inbox mail was purged";
-    EXPECT_GE(ItemsInStores(w), forecast) << "purged items were filed: nothing left the stores";
+    EXPECT_GE(w.ItemsInStores(), forecast) << "purged items were filed: nothing left the stores";
 
     w.popup.mPopView_Click();
     w.host.Pump();

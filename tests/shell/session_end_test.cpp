@@ -26,13 +26,6 @@ namespace fs = std::filesystem;
 using ::testing::Contains;
 using ::testing::IsEmpty;
 
-int32_t ItemsInStores(test::PopupWorld& w) {
-  int32_t items = 0;
-  for (const Ref<Period>& period : w.engine->Config()->Periods())
-    items += period->ItemCount();
-  return items;
-}
-
 // A running panel after Quick setup and Run Now; the first pass has begun
 // and, unless told not to wait, has filed the demo mail.
 struct RunningPanel {
@@ -51,7 +44,7 @@ struct RunningPanel {
     EXPECT_TRUE(w.host.PumpUntil([this] { return work.PassesDone() >= 1 && !work.Busy(); },
                                  std::chrono::seconds(30)));
     w.host.Pump();
-    EXPECT_EQ(ItemsInStores(w), forecast);
+    EXPECT_EQ(w.ItemsInStores(), forecast);
   }
 
   // What main does with the descriptor: a SIGTERM read from it ends the
@@ -89,7 +82,7 @@ TEST(SessionEnd, DuringAPassTheEngineStopsAtItsNextStepAndNothingIsFiledTwice) {
   p.Terminate();
   p.ExpectOrderlyEnd();
   ASSERT_GT(p.forecast, 0);
-  const int32_t filed = ItemsInStores(p.w);
+  const int32_t filed = p.w.ItemsInStores();
   EXPECT_LE(filed, p.forecast);
   EXPECT_GE(filed, 0);
 }
@@ -118,7 +111,7 @@ TEST(SessionEnd, TheOpenPurgeNoticeAnswersDoNotPurgeAndWritesNothing) {
   EXPECT_EQ(answer, 1);
   EXPECT_EQ(inbox->ItemCount(), inboxBefore) << "nothing was purged";
   EXPECT_EQ(p.w.engine->Config()->Agent("Received Emails")->PurgeNotify(), 0);
-  EXPECT_EQ(ItemsInStores(p.w), p.forecast);
+  EXPECT_EQ(p.w.ItemsInStores(), p.forecast);
 }
 
 TEST(SessionEnd, ABackupRunIsCancelledWithoutTheCloseWarningAndLeavesNoPartialCopy) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "foundation/control_startup.h"
+#include "foundation/period.h"
 #include "servers/backupcopy/backup_copier.h"
 #include "servers/common/write_behind.h"
 #include "servers/config/config_tree_node.h"
@@ -157,6 +158,13 @@ void PopupWorld::LoadEngine(const std::string& agents, const std::string& period
 void PopupWorld::Start() {
   ControlStartup::Main(ctx, popup);
   host.Pump();  // the event loop starts: the window's activation arrives
+}
+
+int32_t PopupWorld::ItemsInStores() const {
+  int32_t items = 0;
+  for (const Ref<Period>& period : engine->Config()->Periods())
+    items += period->ItemCount();
+  return items;
 }
 
 std::vector<std::string> PopupWorld::Journal() const {

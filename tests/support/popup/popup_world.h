@@ -62,6 +62,8 @@ class PopupWorld : public ServerFactory {
   // them: held open while the mail program runs.
   void ShowStoresInProfile(std::function<void(std::function<void()>)> post = {});
 
+  // The items in all period stores, as the engine counts them.
+  [[nodiscard]] int32_t ItemsInStores() const;
   // The engine's journal texts, and the state machine's trace lines.
   [[nodiscard]] std::vector<std::string> Journal() const;
   [[nodiscard]] std::vector<std::string> StateTrace() const;
