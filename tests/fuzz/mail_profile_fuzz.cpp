@@ -31,7 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   int64_t rendered = 0;
   for (const auto& store : load.profile->Stores())
     rendered += RenderedBytes(*store);
-  if (rendered > (int64_t{1} << 20)) return 0;
+  if (rendered > (int64_t{1} << 16)) return 0;
   const std::string written = vellix::outlook::ProfileToXml(*load.profile);
   const auto back = vellix::outlook::LoadProfileText(written, "written");
   Check(back.profile != nullptr, "the written profile does not load",

@@ -103,10 +103,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string_view line = std::string_view(message).substr(at, end - at);
     at = end + 2;
     Check(line.size() <= 998, "a line longer than mail allows", std::string(line));
+    // Headers are printable; a 7-bit body may hold any byte but NUL, CR and LF.
     for (const char c : line) {
       const auto u = static_cast<unsigned char>(c);
-      Check((u >= 0x20 && u < 0x7F) || c == '\t', "a byte mail can't carry in a line",
-            std::string(line));
+      Check(inHeaders ? (u >= 0x20 && u < 0x7F) || c == '\t'
+                      : u > 0 && u < 0x80 && c != '\r' && c != '\n',
+            "a byte mail can't carry in a line", std::string(line));
     }
     if (boundary.empty() && line.starts_with("Content-Type: multipart/mixed; boundary=\""))
       boundary = "--" + std::string(line.substr(41, line.size() - 42));
@@ -127,8 +129,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Check(message.ends_with(boundary + "--\r\n"), "the message does not close its parts", message);
   Check(parts == 1 + names.size() && dispositions.size() == names.size(),
         "the parts are not the body and each file", message);
-  const bool encoded = std::any_of(mail.subject.begin(), mail.subject.end(),
-                                   [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+  const bool encoded = std::any_of(mail.subject.begin(), mail.subject.end(), [](char c) {
+    const auto u = static_cast<unsigned char>(c);
+    return (u < 0x20 || u >= 0x7F) && c != '\t' && c != '\r' && c != '\n';
+  });
   Check(OneLineTrimmed(ReadSubject(message, encoded)) == OneLineTrimmed(mail.subject),
         "the subject does not read back", message);
   for (size_t i = 0; i < names.size(); ++i)
