@@ -1,6 +1,8 @@
 // The command line (one argument a field): it is taken or refused with a
 // message, and every value taken is an argument as the user typed it, byte
 // for byte, or the part of one after its '='.
+#include <algorithm>
+
 #include "app/app_options.h"
 #include "fuzz/fuzz_driver.h"
 
@@ -16,12 +18,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   Check(error.empty(), "a command line taken with a message", error);
   const auto typed = [&](const std::string& value) {
-    for (const auto& arg : args) {
+    return std::ranges::any_of(args, [&](const std::string& arg) {
       const size_t equals = arg.find('=');
-      if (arg == value || (equals != std::string::npos && arg.substr(equals + 1) == value))
-        return true;
-    }
-    return false;
+      return arg == value || (equals != std::string::npos && arg.substr(equals + 1) == value);
+    });
   };
   for (const std::string* value : {&options.dataDir, &options.profile, &options.screenshot,
                                    &options.exportStore, &options.exportTo})

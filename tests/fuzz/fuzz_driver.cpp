@@ -36,7 +36,7 @@ const std::filesystem::path& ScratchFolder() {
 }
 
 std::filesystem::path ScratchFile(const std::string& name, std::string_view bytes) {
-  const std::filesystem::path file = ScratchFolder() / name;
+  std::filesystem::path file = ScratchFolder() / name;
   std::ofstream out(file, std::ios::binary | std::ios::trunc);
   out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   out.close();
@@ -46,9 +46,9 @@ std::filesystem::path ScratchFile(const std::string& name, std::string_view byte
 
 void Check(bool holds, std::string_view what, std::string_view detail) {
   if (holds) return;
-  std::fprintf(stderr, "PROPERTY BROKEN: %.*s\n", static_cast<int>(what.size()), what.data());
+  (void)std::fprintf(stderr, "PROPERTY BROKEN: %.*s\n", static_cast<int>(what.size()), what.data());
   if (!detail.empty())
-    std::fprintf(stderr, "  with: %.*s\n", static_cast<int>(detail.size()), detail.data());
+    (void)std::fprintf(stderr, "  with: %.*s\n", static_cast<int>(detail.size()), detail.data());
   std::abort();
 }
 

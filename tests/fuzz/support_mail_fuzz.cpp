@@ -31,7 +31,7 @@ std::string Base64Decode(std::string_view text) {
 
 // The subject as a reader shows it: unfolded, its encoded words decoded.
 std::string ReadSubject(const std::string& message, bool encoded) {
-  const std::string value = vellix::outlook::HeaderValue(message, "Subject");
+  std::string value = vellix::outlook::HeaderValue(message, "Subject");
   if (!encoded) return value;
   std::string text;
   size_t at = 0;

@@ -19,6 +19,7 @@ namespace err = vellix::err;
 
 void Numbers(const std::string& text, const std::string& pattern) {
   const double value = vellix::Val(text);
+  Check(!std::isnan(value), "Val gave no number", text);
   if (std::isfinite(value)) {
     // The runtime's text of a number keeps 15 significant digits.
     const double back = vellix::Val(vellix::NumberText(value));
@@ -29,7 +30,7 @@ void Numbers(const std::string& text, const std::string& pattern) {
   AllowErrors({err::kTypeMismatch, err::kOverflow}, [&] {
     try {
       (void)vellix::CDbl(text);
-    } catch (const vellix::VbError& e) {
+    } catch (const vellix::VbError&) {
       converts = false;
       throw;
     }
