@@ -1,6 +1,7 @@
 #include "app/app_options.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <filesystem>
 
@@ -18,25 +19,25 @@ struct ValueOption {
   std::string AppOptions::*target;
 };
 
-const ValueOption kValueOptions[] = {
+const std::array<ValueOption, 4> kValueOptions = {{
     {"data-dir", &AppOptions::dataDir},
     {"profile", &AppOptions::profile},
     {"screenshot", &AppOptions::screenshot},
     {"export-store", &AppOptions::exportStore},
-};
+}};
 
 struct FlagOption {
   const char* name;
   bool AppOptions::*target;
 };
 
-const FlagOption kFlagOptions[] = {
+const std::array<FlagOption, 5> kFlagOptions = {{
     {"h", &AppOptions::help},
     {"help", &AppOptions::help},
     {"v", &AppOptions::version},
     {"version", &AppOptions::version},
     {"quit-after-first-paint", &AppOptions::quitAfterFirstPaint},
-};
+}};
 
 bool Refuse(std::string& error, const std::string& what) {
   error = what + " Try --help.";
@@ -64,17 +65,17 @@ bool ParseOptions(const std::vector<std::string>& args, AppOptions& options, std
     const size_t equals = arg.find('=');
     const std::string spelt = arg.substr(0, equals);
     const std::string name = spelt.substr(spelt.starts_with("--") ? 2 : 1);
-    const auto flag = std::find_if(std::begin(kFlagOptions), std::end(kFlagOptions),
-                                   [&](const FlagOption& o) { return name == o.name; });
-    if (flag != std::end(kFlagOptions)) {
+    const auto* const flag =
+        std::ranges::find_if(kFlagOptions, [&](const FlagOption& o) { return name == o.name; });
+    if (flag != kFlagOptions.end()) {
       if (equals != std::string::npos)
         return Refuse(error, "Unexpected value after '" + spelt + "'.");
       parsed.*flag->target = true;
       continue;
     }
-    const auto value = std::find_if(std::begin(kValueOptions), std::end(kValueOptions),
-                                    [&](const ValueOption& o) { return name == o.name; });
-    if (value == std::end(kValueOptions)) return Refuse(error, "Unknown option '" + name + "'.");
+    const auto* const value =
+        std::ranges::find_if(kValueOptions, [&](const ValueOption& o) { return name == o.name; });
+    if (value == kValueOptions.end()) return Refuse(error, "Unknown option '" + name + "'.");
     std::string text;
     if (equals != std::string::npos) {
       text = arg.substr(equals + 1);
