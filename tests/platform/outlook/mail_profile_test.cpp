@@ -288,7 +288,8 @@ TEST(MailOutbox, ASubjectStaysOneHeaderOfPrintableText) {
         ComposeMessage(mail, MailOutbox::kSender, DateSerial(2026, 11, 22), "<i@localhost>"),
         HasSubstr(header));
   }
-  OutgoingMail mail{.subject = "s", .attachments = {{"/x/a\x7f.txt", ""}}};
+  OutgoingMail mail;
+  mail.attachments = {{"/x/a\x7f.txt", ""}};
   EXPECT_THAT(ComposeMessage(mail, MailOutbox::kSender, DateSerial(2026, 11, 22), "<i@localhost>"),
               HasSubstr("; filename*=utf-8''a%7F.txt\r\n"));
 }
