@@ -1,6 +1,6 @@
 # Every target installs what is missing first (tools/deps.sh), then works
 # through the CMake presets.
-.PHONY: all deps build run test asan bench format tidy clean
+.PHONY: all deps build run test asan fuzz bench format tidy clean
 
 all: build
 
@@ -21,6 +21,12 @@ asan: deps
 	@cmake --preset asan >/dev/null
 	@cmake --build --preset asan
 	@ctest --preset asan
+
+# Every libFuzzer target on its seeds for FUZZ_SECONDS each (default 30).
+fuzz: deps
+	@cmake --preset fuzz >/dev/null
+	@cmake --build --preset fuzz
+	@tools/fuzz.sh build/fuzz
 
 bench: build
 	@tools/run-bench.sh build/default

@@ -7,6 +7,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev libpugixml-dev libxxhash-dev libsqlite3-dev
   qt6-base-dev libgl-dev
   clang-format libxml2-utils xvfb xauth python3
+  clang-14 libclang-rt-14-dev
 )
 missing=()
 for p in "${packages[@]}"; do

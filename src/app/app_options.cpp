@@ -1,7 +1,7 @@
 #include "app/app_options.h"
 
-#include <QCommandLineParser>
-#include <QStringList>
+#include <algorithm>
+#include <array>
 #include <cstdio>
 #include <filesystem>
 
@@ -16,73 +16,85 @@ namespace {
 
 struct ValueOption {
   const char* name;
-  const char* valueName;
   std::string AppOptions::*target;
 };
 
-const ValueOption kValueOptions[] = {
-    {"data-dir", "DIR", &AppOptions::dataDir},
-    {"profile", "FILE", &AppOptions::profile},
-    {"screenshot", "DIR", &AppOptions::screenshot},
-    {"export-store", "STORE", &AppOptions::exportStore},
+const std::array<ValueOption, 4> kValueOptions = {{
+    {"data-dir", &AppOptions::dataDir},
+    {"profile", &AppOptions::profile},
+    {"screenshot", &AppOptions::screenshot},
+    {"export-store", &AppOptions::exportStore},
+}};
+
+struct FlagOption {
+  const char* name;
+  bool AppOptions::*target;
 };
 
-std::string Missing(const std::string& option) {
-  return "Missing value after '" + option + "'.";
+const std::array<FlagOption, 5> kFlagOptions = {{
+    {"h", &AppOptions::help},
+    {"help", &AppOptions::help},
+    {"v", &AppOptions::version},
+    {"version", &AppOptions::version},
+    {"quit-after-first-paint", &AppOptions::quitAfterFirstPaint},
+}};
+
+bool Refuse(std::string& error, const std::string& what) {
+  error = what + " Try --help.";
+  return false;
 }
 
 }  // namespace
 
+// Values are kept byte for byte: a folder's name need not be UTF-8.
 bool ParseOptions(const std::vector<std::string>& args, AppOptions& options, std::string& error) {
-  QCommandLineParser parser;
-  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
-  const QCommandLineOption help({"h", "help"}, "");
-  const QCommandLineOption version({"v", "version"}, "");
-  const QCommandLineOption quit("quit-after-first-paint", "");
-  parser.addOptions({help, version, quit});
-  for (const auto& o : kValueOptions)
-    parser.addOption(QCommandLineOption(o.name, "", o.valueName));
-
-  QStringList arguments{"vellix-control"};
+  AppOptions parsed;
+  std::vector<std::string> positional;
+  bool optionsEnded = false;
   for (size_t i = 0; i < args.size(); ++i) {
-    // Qt would take an option that follows for the missing value.
-    for (const auto& o : kValueOptions) {
-      const std::string spelt = std::string("--") + o.name;
-      if (args[i] == spelt && (i + 1 == args.size() || args[i + 1].rfind('-', 0) == 0)) {
-        error = Missing(spelt) + " Try --help.";
-        return false;
-      }
+    const std::string& arg = args[i];
+    if (optionsEnded || arg.size() < 2 || arg[0] != '-') {
+      positional.push_back(arg);
+      continue;
     }
-    arguments << QString::fromStdString(args[i]);
-  }
-  if (!parser.parse(arguments)) {
-    error = parser.errorText().toStdString() + " Try --help.";
-    return false;
+    if (arg == "--") {
+      optionsEnded = true;
+      continue;
+    }
+    // A single dash names a long option too ("-data-dir").
+    const size_t equals = arg.find('=');
+    const std::string spelt = arg.substr(0, equals);
+    const std::string name = spelt.substr(spelt.starts_with("--") ? 2 : 1);
+    const auto* const flag =
+        std::ranges::find_if(kFlagOptions, [&](const FlagOption& o) { return name == o.name; });
+    if (flag != kFlagOptions.end()) {
+      if (equals != std::string::npos)
+        return Refuse(error, "Unexpected value after '" + spelt + "'.");
+      parsed.*flag->target = true;
+      continue;
+    }
+    const auto* const value =
+        std::ranges::find_if(kValueOptions, [&](const ValueOption& o) { return name == o.name; });
+    if (value == kValueOptions.end()) return Refuse(error, "Unknown option '" + name + "'.");
+    std::string text;
+    if (equals != std::string::npos) {
+      text = arg.substr(equals + 1);
+    } else if (i + 1 < args.size() && !args[i + 1].starts_with('-')) {
+      // An option that follows is never taken for the missing value.
+      text = args[++i];
+    }
+    if (text.empty()) return Refuse(error, "Missing value after '" + spelt + "'.");
+    parsed.*value->target = text;
   }
   // The mbox file is the one argument that stands on its own, after the store.
-  QStringList extra = parser.positionalArguments();
-  if (parser.isSet("export-store")) {
-    if (extra.isEmpty()) {
-      error = "Missing the mbox file after '--export-store STORE'. Try --help.";
-      return false;
-    }
-    options.exportTo = extra.takeFirst().toStdString();
+  auto extra = positional.begin();
+  if (!parsed.exportStore.empty()) {
+    if (extra == positional.end())
+      return Refuse(error, "Missing the mbox file after '--export-store STORE'.");
+    parsed.exportTo = *extra++;
   }
-  if (!extra.isEmpty()) {
-    error = "Unexpected argument '" + extra.front().toStdString() + "'. Try --help.";
-    return false;
-  }
-  options.help = parser.isSet(help);
-  options.version = parser.isSet(version);
-  options.quitAfterFirstPaint = parser.isSet(quit);
-  for (const auto& o : kValueOptions) {
-    if (!parser.isSet(o.name)) continue;
-    options.*o.target = parser.value(o.name).toStdString();
-    if ((options.*o.target).empty()) {
-      error = Missing(std::string("--") + o.name) + " Try --help.";
-      return false;
-    }
-  }
+  if (extra != positional.end()) return Refuse(error, "Unexpected argument '" + *extra + "'.");
+  options = parsed;
   return true;
 }
 

@@ -36,6 +36,9 @@ TEST(CommandLine, OptionsAreReadWithTheirValuesAndAMistakeIsRefusedWithAMessage)
        "/tmp/v|/p/demo.xml|shots|||q"},
       {{}, "|||||"},
       {{"--export-store", "a.pst", "out.mbox"}, "|||a.pst|out.mbox|"},
+      // A folder's name is bytes, not necessarily UTF-8: it is kept as typed.
+      {{"--data-dir", "/tmp/M\xfcll", "-profile=\xff.xml"}, "/tmp/M\xfcll|\xff.xml||||"},
+      {{"--", "-v"}, "refused: Unexpected argument '-v'"},
       {{"-h", "-v"}, "|||||hv"},
       {{"--data-directory", "x"}, "refused: Unknown option 'data-directory'"},
       {{"-x"}, "refused: Unknown option 'x'"},

@@ -54,10 +54,10 @@ std::string Hex(uint64_t value) {
   return text.data();
 }
 
-// The file-name parameter of an attachment: quoted when it is plain ASCII,
-// else in RFC 2231's UTF-8 form.
+// The file-name parameter of an attachment: quoted when it is printable
+// ASCII, else in RFC 2231's UTF-8 form, which carries any byte.
 std::string FileNameParameter(const std::string& name) {
-  if (IsPlainAscii(name)) {
+  if (std::all_of(name.begin(), name.end(), [](char c) { return c >= 0x20 && c < 0x7F; })) {
     std::string quoted = "filename=\"";
     for (char c : name) {
       if (c == '"' || c == '\\') quoted += '\\';

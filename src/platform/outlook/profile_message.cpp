@@ -80,9 +80,13 @@ constexpr std::array<AttachmentKind, 5> kAttachmentKinds = {{
 constexpr std::array<std::string_view, 6> kAttachmentNames = {"report", "minutes", "figures",
                                                               "draft",  "scan",    "photo"};
 
-bool IsAscii(std::string_view text) {
-  return std::all_of(text.begin(), text.end(),
-                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+// Whether a header can carry the text as it stands: printable ASCII and tabs.
+// Anything else (8-bit text, control characters, NUL) goes in encoded words.
+bool IsHeaderText(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char c) {
+    const auto u = static_cast<unsigned char>(c);
+    return (u >= 0x20 && u < 0x7F) || c == '\t';
+  });
 }
 
 std::string Base64(std::string_view bytes) {
@@ -148,7 +152,7 @@ std::string OneLine(std::string_view text) {
 // grow past 76 characters.
 std::string UnstructuredHeader(std::string_view name, std::string_view text) {
   const std::string value = OneLine(text);
-  if (!IsAscii(value)) return std::string(name) + ": " + EncodedWords(value) + "\r\n";
+  if (!IsHeaderText(value)) return std::string(name) + ": " + EncodedWords(value) + "\r\n";
   std::string out = std::string(name) + ":";
   size_t lineLength = out.size();
   size_t at = 0;
@@ -183,7 +187,7 @@ std::string Mailbox(std::string_view field) {
     local.pop_back();
   if (local.empty()) local = "someone";
   std::string name;
-  if (!IsAscii(person)) {
+  if (!IsHeaderText(person)) {
     name = EncodedWords(person);
   } else if (person.find_first_of("()<>[]:;@\\,.\"") != std::string::npos) {
     name = "\"";
@@ -355,6 +359,9 @@ std::string WithCrlf(std::string_view text) {
   for (size_t i = 0; i < text.size(); ++i) {
     if (text[i] == '\n' && (i == 0 || text[i - 1] != '\r')) out += '\r';
     out += text[i];
+    // A lone CR ends a line as well; kept alone, an XML file would read it
+    // back as LF, and mail may not carry it.
+    if (text[i] == '\r' && (i + 1 == text.size() || text[i + 1] != '\n')) out += '\n';
   }
   return out;
 }

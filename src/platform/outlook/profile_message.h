@@ -32,7 +32,7 @@ std::string MakeItemKey(std::string_view folderPath, const ProfileItem& item, in
 // A header's value (unfolded, without regard to the name's case), or empty.
 std::string HeaderValue(std::string_view message, std::string_view name);
 
-// Bare LFs made CRLF, as messages are kept.
+// Bare LFs and lone CRs made CRLF, as messages are kept.
 std::string WithCrlf(std::string_view text);
 
 // A 64-bit FNV-1a hash, the same on every machine.

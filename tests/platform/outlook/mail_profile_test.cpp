@@ -271,6 +271,29 @@ TEST(MailOutbox, SendAsksTheUserAndWritesOneWholeMessageFileOnlyWhenTheyAgree) {
   }
 }
 
+// A subject or a file name can't end its header or put a byte there that mail
+// can't carry: line breaks become blanks, other control characters are encoded.
+TEST(MailOutbox, ASubjectStaysOneHeaderOfPrintableText) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"Tab\there", "\r\nSubject: Tab\there\r\nDate:"},
+      {"Two\r\nBcc: x@y", "\r\nSubject: Two  Bcc: x@y\r\nDate:"},
+      {std::string("Bell\a and NUL\0", 14),
+       "\r\nSubject: =?UTF-8?B?QmVsbAcgYW5kIE5VTAA=?=\r\nDate:"},
+  };
+  for (const auto& [subject, header] : cases) {
+    OutgoingMail mail;
+    mail.subject = subject;
+    mail.recipients = {"help@vellix.example"};
+    EXPECT_THAT(
+        ComposeMessage(mail, MailOutbox::kSender, DateSerial(2026, 11, 22), "<i@localhost>"),
+        HasSubstr(header));
+  }
+  OutgoingMail mail;
+  mail.attachments = {{"/x/a\x7f.txt", ""}};
+  EXPECT_THAT(ComposeMessage(mail, MailOutbox::kSender, DateSerial(2026, 11, 22), "<i@localhost>"),
+              HasSubstr("; filename*=utf-8''a%7F.txt\r\n"));
+}
+
 TEST(MailOutbox, AMailFileAndTheOutboxMadeForItAreTheUsersAlone) {
   test::TempFolder dir;
   const mode_t mask = ::umask(022);

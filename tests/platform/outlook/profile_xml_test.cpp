@@ -291,7 +291,7 @@ TEST(ProfileMessages, ItemsOfAFileGetAMessageAndAKeyTheSameOnEveryLoad) {
 Subject: Kept
 Message-ID: &lt;kept@example.org&gt;
 
-Hello
+Hello&#13;world
 </message>
         </item>
       </folder></folder></store></profile>)";
@@ -308,7 +308,7 @@ Hello
   EXPECT_EQ(first[4].key, "kept@example.org");
   EXPECT_EQ(MessageText(first[4]),
             "From: Ann <ann@example.org>\r\nSubject: Kept\r\nMessage-ID: <kept@example.org>\r\n"
-            "\r\nHello\r\n");
+            "\r\nHello\r\nworld\r\n");  // a lone CR is a line end too
   EXPECT_EQ(first[4].size, static_cast<int32_t>(MessageText(first[4]).size()));
   EXPECT_EQ(Problems(MessageText(first[0]), first[0]), "");
   EXPECT_EQ(HeaderValue(MessageText(first[0]), "From"), "Tom Becker <tom.becker@example.com>");

@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# Runs every libFuzzer target of a fuzz build on its seed corpus for
+# FUZZ_SECONDS each (default 30), one after the other, and fails on the first
+# crash, leak or sanitizer report. New inputs go to build/fuzz/corpus/<target>,
+# never into the seeds; a crashing input is kept in build/fuzz/artifacts/.
+# Usage: tools/fuzz.sh [BUILD] [TARGET...] (all targets when none is named).
+set -euo pipefail
+build=${1:-build/fuzz}
+shift || true
+seconds=${FUZZ_SECONDS:-30}
+seeds=tests/fuzz/corpus
+# The limits some targets meet by design (bytes of one input).
+declare -A max_len=([config_xml]=65536 [engine_file]=16384 [mail_profile]=65536)
+mkdir -p "$build/artifacts"
+names=("$@")
+[ ${#names[@]} -gt 0 ] || names=($(cd "$build/tests/fuzz" && ls -- *_fuzz | sed 's/_fuzz$//'))
+for target in "${names[@]}"; do
+  bin="$build/tests/fuzz/${target}_fuzz"
+  corpus="$build/corpus/$target"
+  mkdir -p "$corpus"
+  echo "== $target: ${seconds}s"
+  "$bin" -max_total_time="$seconds" -max_len="${max_len[$target]:-4096}" \
+    -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
+    -artifact_prefix="$build/artifacts/$target-" "$corpus" "$seeds/$target" 2>"$build/$target.log" || {
+    tail -n 60 "$build/$target.log" >&2
+    echo "fuzz: $target failed; the input is in $build/artifacts/" >&2
+    exit 1
+  }
+  grep -E "^stat::(number_of_executed_units|average_exec_per_sec)" "$build/$target.log" || true
+  echo "corpus: $(find "$corpus" -type f | wc -l) files"
+done
