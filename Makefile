@@ -1,6 +1,6 @@
 # Every target installs what is missing first (tools/deps.sh), then works
 # through the CMake presets.
-.PHONY: all deps build run test asan fuzz bench format tidy clean
+.PHONY: all deps build run test asan fuzz tsan memcheck bench format tidy clean
 
 all: build
 
@@ -27,6 +27,22 @@ fuzz: deps
 	@cmake --preset fuzz >/dev/null
 	@cmake --build --preset fuzz
 	@tools/fuzz.sh build/fuzz
+
+# The suites whose code runs threads (the engine's write-behind and
+# processing worker, the backup copier), under ThreadSanitizer.
+TSAN_SUITES = vellix_tests_engine_server vellix_tests_backupcopy vellix_tests_shell \
+  vellix_tests_backup
+
+tsan: deps
+	@cmake --preset tsan >/dev/null
+	@cmake --build --preset tsan --target $(TSAN_SUITES)
+	@ctest --preset tsan
+
+# The program's scripted first start under valgrind (slow: not part of test).
+memcheck: deps
+	@cmake --preset default >/dev/null
+	@cmake --build --preset default --target vellix-control
+	@tools/memcheck.sh build/default
 
 bench: build
 	@tools/run-bench.sh build/default

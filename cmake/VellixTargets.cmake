@@ -8,6 +8,9 @@ function(vellix_add_standin)
   target_link_libraries(vellix_standins INTERFACE ${ARG_NAME})
 endfunction()
 
+# Seconds a test may take; a sanitizer's build, many times slower, sets more.
+set(VELLIX_TEST_TIMEOUT 300 CACHE STRING "Seconds each test may run")
+
 # vellix_add_test_suite(NAME <target> LIBS <libs...>): a GoogleTest executable
 # from the .cpp files below the calling folder, registered with CTest.
 function(vellix_add_test_suite)
@@ -21,5 +24,7 @@ function(vellix_add_test_suite)
   target_link_libraries(${ARG_NAME} PRIVATE vellix_test_support ${ARG_LIBS} GTest::gmock
                                             GTest::gtest_main)
   target_compile_definitions(${ARG_NAME} PRIVATE VELLIX_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
-  gtest_discover_tests(${ARG_NAME} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+  # Each test is labelled with its suite, so that a preset can pick suites.
+  gtest_discover_tests(${ARG_NAME} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT ${VELLIX_TEST_TIMEOUT}
+                                   LABELS ${ARG_NAME})
 endfunction()

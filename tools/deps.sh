@@ -6,7 +6,7 @@ packages=(
   cmake ninja-build g++ make pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev libpugixml-dev libxxhash-dev libsqlite3-dev
   qt6-base-dev libgl-dev
-  clang-format libxml2-utils xvfb xauth python3
+  clang-format libxml2-utils xvfb xauth python3 valgrind
   clang-14 libclang-rt-14-dev
 )
 missing=()

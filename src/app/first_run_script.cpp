@@ -26,7 +26,15 @@ namespace {
 // Time for a window to lay out and paint before its picture is taken.
 constexpr int kSettleMs = 300;
 // A run that hasn't finished by then is stuck (a dialog nobody answers).
+// A run under a memory checker, many times slower, sets its own limit in
+// VELLIX_SCREENSHOT_WATCHDOG_MS.
 constexpr int kWatchdogMs = 120000;
+
+int WatchdogMs() {
+  const char* text = std::getenv("VELLIX_SCREENSHOT_WATCHDOG_MS");
+  const int ms = text == nullptr ? 0 : std::atoi(text);
+  return ms > 0 ? ms : kWatchdogMs;
+}
 // How many settle times the script waits for a pass to end.
 constexpr int kPassPolls = 100;
 constexpr int kPictures = 9 + BackupManagerScript::kPictures + RecoverScript::kPictures +
@@ -84,7 +92,7 @@ bool FirstRunScript::Prepare(std::string& error) {
   auto* answerer = new QTimer(this);
   connect(answerer, &QTimer::timeout, this, [this] { AnswerMessageBoxes(); });
   answerer->start(100);
-  QTimer::singleShot(kWatchdogMs, this, [this] {
+  QTimer::singleShot(WatchdogMs(), this, [this] {
     std::fprintf(stderr, "vellix-control: the screenshot run is stuck at step \"%s\"\n",
                  step_.c_str());
     std::fflush(stdout);

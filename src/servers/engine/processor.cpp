@@ -29,23 +29,24 @@ void Processor::EnsureWorker(EngineCore& core) {
 }
 
 void Processor::Request(EngineCore& core) {
+  // The locks are taken in one order: the core's, the channel's, then ours
+  // (a pass's last word holds the channel's while it clears active_). So the
+  // core's is never taken while ours is held.
+  int32_t minutes = 5;
   {
     const auto lock = core.Lock();
     if (!core.Settings().running) return;
+    minutes = std::max(1, core.Settings().passMinutes);
   }
   if (!options_.post) return;
   EnsureWorker(core);
+  const Date now = core.Now();
   {
     std::lock_guard lock(mutex_);
     if (quit_) return;
     wanted_ = true;
-    wantedAt_ = core.Now();
-    int32_t minutes = 5;
-    {
-      const auto data = core.Lock();
-      minutes = std::max(1, core.Settings().passMinutes);
-    }
-    nextPass_ = AddSeconds(wantedAt_, minutes * 60.0);
+    wantedAt_ = now;
+    nextPass_ = AddSeconds(now, minutes * 60.0);
   }
   stop_ = false;
   {

@@ -16,6 +16,7 @@
 #include <unordered_set>
 
 #include "platform/outlook/profile_xml.h"
+#include "servers/common/write_behind.h"
 #include "servers/config/atomic_file.h"
 #include "servers/engine/engine_file.h"
 #include "servers/engine/engine_server.h"
@@ -123,6 +124,9 @@ class CrashSafety : public ::testing::Test {
       if (++seen == killAfter) killLater();
     });
     if (!host.PumpUntil([p] { return p->PassesDone() >= 1; }, std::chrono::seconds(30))) _exit(5);
+    // As the program does before it ends: the engine file's last save is on
+    // disk and its writer joined.
+    servers::WriteBehind::Shared().WaitAll();
     _exit(0);
   }
   struct ChildRun {

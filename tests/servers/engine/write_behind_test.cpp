@@ -77,8 +77,12 @@ TEST(WriteBehind, ALaterWriteReplacesOneNotYetBegunAndEachKeyIsWaitedForOnItsOwn
     writes.Queue("settings", record("settings 3"));
   }
   writes.Wait("settings");
-  const std::lock_guard lock(mutex);
-  EXPECT_EQ(done.back(), "settings 3");
+  {
+    const std::lock_guard lock(mutex);
+    EXPECT_EQ(done.back(), "settings 3");
+  }
+  // As every user of the queue does before its end: the thread is joined.
+  writes.WaitAll();
 }
 
 TEST_F(EngineTest, ASaveDoesNotWaitForTheDiskAndARestartWaitsForTheSave) {
