@@ -1,11 +1,11 @@
 #include "support/child_process.h"
 
-#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <stdexcept>
 
 namespace vellix::test {
