@@ -13,6 +13,8 @@
 #include <cstring>
 #include <filesystem>
 
+#include "support/child_process.h"
+
 namespace vellix::app {
 namespace {
 
@@ -89,9 +91,7 @@ TEST(SingleInstance, OnlyTheSameUserCanAskTheRunningPanel) {
   EXPECT_EQ(info.st_uid, ::getuid());
 
   const std::string path = running.SocketPath().string();
-  const pid_t child = ::fork();
-  ASSERT_GE(child, 0);
-  if (child == 0) {
+  test::ChildProcess child([&](int) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
@@ -99,9 +99,8 @@ TEST(SingleInstance, OnlyTheSameUserCanAskTheRunningPanel) {
     if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) ::_exit(2);
     if (::setgid(65534) != 0 || ::setuid(65534) != 0) ::_exit(3);
     ::_exit(::send(fd, "show", 4, 0) == 4 ? 0 : 4);
-  }
-  int status = 0;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  });
+  const int status = child.Wait();
   ASSERT_TRUE(WIFEXITED(status));
   ASSERT_EQ(WEXITSTATUS(status), 0);
   // The user's own request, queued behind the other one, is the only one taken.

@@ -16,6 +16,7 @@ namespace {
 // A temporary name must stay within the 255 bytes a name may have.
 constexpr size_t kMaxNameInTemp = 200;
 constexpr int kTempAttempts = 16;
+constexpr size_t kTempLetters = 6;
 
 std::string ErrorText(int64_t negativeErrno) {
   return std::system_category().message(static_cast<int>(-negativeErrno));
@@ -48,6 +49,8 @@ class FileCopier::Job {
 
  private:
   std::optional<CopyResult> Open();
+  std::string PartialPrefix() const;
+  void RemoveStalePartials();
   std::optional<CopyResult> CreateTemp();
   std::optional<CopyResult> CopyData(const Progress& progress, const Stopping& stopping);
   std::optional<CopyResult> CopyThroughMemory(int64_t& done, int64_t want);
@@ -160,6 +163,7 @@ std::optional<CopyResult> FileCopier::Job::Open() {
       existing.inode == src_.inode) {
     return Failed(req_.shownFile + " is already in the backup location");
   }
+  RemoveStalePartials();
   // The temporary copy sits beside any older copy until the rename, so the
   // whole size must be free; better to say so now than after gigabytes.
   const int64_t free = io_.FreeSpace(req_.folder);
@@ -167,14 +171,35 @@ std::optional<CopyResult> FileCopier::Job::Open() {
   return std::nullopt;
 }
 
-std::optional<CopyResult> FileCopier::Job::CreateTemp() {
+std::string FileCopier::Job::PartialPrefix() const {
   std::string stem = final_.filename().string();
   if (stem.size() > kMaxNameInTemp) stem.resize(kMaxNameInTemp);
+  return "." + stem + ".vellix-partial-";
+}
+
+// A run killed half-way (the panel ended, the machine went down) left its
+// temporary copy, as big as the store; a copy of the same file that starts
+// afterwards takes the space back. Only one panel runs per user, so no other
+// copy of this file can be under way.
+void FileCopier::Job::RemoveStalePartials() {
+  const std::string prefix = PartialPrefix();
+  std::error_code ec;
+  for (std::filesystem::directory_iterator it(req_.folder, ec), end; !ec && it != end;
+       it.increment(ec)) {
+    const std::string name = it->path().filename().string();
+    if (name.size() == prefix.size() + kTempLetters && name.starts_with(prefix)) {
+      (void)io_.Remove(it->path());
+    }
+  }
+}
+
+std::optional<CopyResult> FileCopier::Job::CreateTemp() {
+  const std::string prefix = PartialPrefix();
   static constexpr char kLetters[] = "abcdefghijklmnopqrstuvwxyz0123456789";
   int r = -EEXIST;
   for (int attempt = 0; attempt < kTempAttempts && r == -EEXIST; ++attempt) {
-    std::string name = "." + stem + ".vellix-partial-";
-    for (int i = 0; i < 6; ++i)
+    std::string name = prefix;
+    for (size_t i = 0; i < kTempLetters; ++i)
       name += kLetters[owner_.random_() % (sizeof kLetters - 1)];
     const auto candidate = req_.folder / name;
     r = io_.CreateNew(candidate);

@@ -61,6 +61,8 @@ void EngineCore::Load() {
     openError_ = error;
     return;
   }
+  // What a save cut short by the end of the process left beside the file.
+  RemoveStaleTempFiles(file_);
   EngineFileRead read = ReadEngineFile(file_);
   switch (read.outcome) {
     case EngineFileRead::Outcome::Loaded:

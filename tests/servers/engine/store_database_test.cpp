@@ -2,18 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <signal.h>
 #include <sqlite3.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
-#include <random>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "foundation/date.h"
@@ -216,78 +210,6 @@ TEST(StoreDatabase, FilesEachItemWholeAndOnceAndABatchAllOrNothing) {
       test::ErrorDescription([&] { again.FileItem(Item("f", filed), filed); }).find(file.string()),
       std::string::npos);
   EXPECT_EQ(again.ItemCount(), 5);
-}
-
-// A writer killed at any moment leaves a store that opens, with whole batches
-// of whole items only.
-TEST(StoreDatabase, AWriterKilledMidBatchLeavesWholeBatchesOnly) {
-  const TempFolder scratch;
-  const auto file = scratch / "File 2024.pst";
-  StoreDatabase::Create(file, "File 2024", kStart, kEnd);
-  constexpr int kBatch = 25;
-  std::mt19937 random(20240515);
-  int64_t before = 0;
-  for (int round = 0; round < 6; ++round) {
-    // The writer says when each batch is in; it is killed a random time after
-    // one to three batches, mostly in the middle of the next.
-    int pipeEnds[2];
-    ASSERT_EQ(::pipe(pipeEnds), 0);
-    const pid_t child = ::fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-      ::close(pipeEnds[0]);
-      try {
-        StoreDatabase store = StoreDatabase::Open(file, StoreDatabase::Access::kReadWrite);
-        for (int batch = 0;; ++batch) {
-          std::vector<StoreItem> items;
-          for (int i = 0; i < kBatch; ++i) {
-            const std::string key =
-                "r" + std::to_string(round) + "b" + std::to_string(batch) + "i" + std::to_string(i);
-            items.push_back(StoreItem{.key = key,
-                                      .folderPath = "\\\\M\\Inbox",
-                                      .received = kStart,
-                                      .message = MessageFor(key, 3000 + 97 * i)});
-          }
-          store.FileItems(items, kStart);
-          if (::write(pipeEnds[1], "b", 1) != 1) break;
-        }
-      } catch (...) {
-      }
-      ::_exit(3);
-    }
-    ::close(pipeEnds[1]);
-    const int batches = 1 + static_cast<int>(random() % 3);
-    char done = 0;
-    for (int i = 0; i < batches; ++i)
-      ASSERT_EQ(::read(pipeEnds[0], &done, 1), 1) << "the writer ended";
-    std::this_thread::sleep_for(std::chrono::microseconds(random() % 30000));
-    ::kill(child, SIGKILL);
-    ::close(pipeEnds[0]);
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    ASSERT_TRUE(WIFSIGNALED(status)) << "the writer stopped on its own: " << status;
-    SCOPED_TRACE("round " + std::to_string(round));
-    ASSERT_TRUE(InspectStoreFile(file).isStore);
-    StoreDatabase store = StoreDatabase::Open(file, StoreDatabase::Access::kReadWrite);
-    const int64_t count = store.ItemCount();
-    EXPECT_EQ(count % kBatch, 0) << count;
-    EXPECT_GE(count, before + batches * kBatch) << "a batch said to be in is lost";
-    before = count;
-    int64_t whole = 0;
-    store.ForEachItem([&](const StoredItem& item) {
-      const std::string i = item.key.substr(item.key.find('i') + 1);
-      whole += item.message == MessageFor(item.key, 3000 + 97 * std::stoul(i)) ? 1 : 0;
-    });
-    EXPECT_EQ(whole, count);
-    sqlite3* db = nullptr;
-    ASSERT_EQ(sqlite3_open(file.c_str(), &db), SQLITE_OK);
-    sqlite3_stmt* check = nullptr;
-    sqlite3_prepare_v2(db, "PRAGMA integrity_check", -1, &check, nullptr);
-    ASSERT_EQ(sqlite3_step(check), SQLITE_ROW);
-    EXPECT_STREQ(reinterpret_cast<const char*>(sqlite3_column_text(check, 0)), "ok");
-    sqlite3_finalize(check);
-    sqlite3_close(db);
-  }
 }
 
 }  // namespace

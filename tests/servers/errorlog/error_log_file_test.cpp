@@ -1,10 +1,7 @@
 #include "servers/errorlog/error_log_file.h"
 
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <fstream>
 #include <random>
@@ -13,6 +10,7 @@
 #include <vector>
 
 #include "servers/errorlog/error_log_server.h"
+#include "support/child_process.h"
 #include "support/expect_vb_error.h"
 #include "support/manual_clock.h"
 #include "support/temp_folder.h"
@@ -87,27 +85,19 @@ TEST_F(ErrorLogFileTest, EveryRecordWrittenBeforeAKillIsInTheFile) {
   int expected = 0;
   std::set<std::size_t> cut;  // lines a kill cut short
   for (int round = 0; round < 5; ++round) {
-    int acks[2];
-    ASSERT_EQ(::pipe(acks), 0);
-    const pid_t pid = ::fork();
-    ASSERT_GE(pid, 0);
-    if (pid == 0) {
-      ::close(acks[0]);
+    test::ChildProcess child([&](int out) {
       ErrorLogServer server(file, clock_);
       auto log = server.ErrorLog();
       for (int i = expected;; ++i) {
         log->LogEvent(kProject, "Stress", "Run", "record " + std::to_string(i) + "\tend", 0, "");
-        if (::write(acks[1], &i, sizeof i) != sizeof i) ::_exit(2);
+        test::Tell(out, 'r');
       }
-    }
-    ::close(acks[1]);
+    });
     const int target = expected + stopAfter(random);
-    int acked = -1;
-    while (acked < target && ::read(acks[0], &acked, sizeof acked) == sizeof acked) {
-    }
-    ::kill(pid, SIGKILL);
-    ::waitpid(pid, nullptr, 0);
-    ::close(acks[0]);
+    int acked = expected - 1;
+    while (acked < target && child.WaitFor('r'))
+      ++acked;
+    child.Kill();
     ASSERT_EQ(acked, target);
     // Every acknowledged record is there, whole and in order; the child may
     // have written a few more before the kill landed, the last of them cut
