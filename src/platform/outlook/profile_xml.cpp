@@ -22,6 +22,9 @@ namespace vellix::outlook {
 
 namespace {
 
+// The largest item a profile file may describe (its message is built that long).
+constexpr int64_t kMaxItemBytes = int64_t{64} << 20;
+
 constexpr std::array<const char*, 8> kItemTypeNames = {
     "mail", "appointment", "contact", "task", "journal", "note", "post", "distribution-list"};
 
@@ -263,6 +266,12 @@ class ProfileReader {
       if (!parsed || *parsed < 0) {
         Fail(node, "has an item of size \"" + std::string(size.value()) +
                        "\", which is no number of bytes");
+      }
+      // The item's message is made that long when it is read: a few bytes
+      // of a broken file must not ask for gigabytes.
+      if (*parsed > kMaxItemBytes) {
+        Fail(node, "has an item of size " + std::string(size.value()) + ", more than the " +
+                       std::to_string(kMaxItemBytes >> 20) + " MB an item may have");
       }
       item.size = *parsed;
     }

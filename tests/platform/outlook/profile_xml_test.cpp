@@ -46,6 +46,8 @@ TEST(ProfileFile, RefusesABrokenProfileSayingWhatAndWhere) {
       {Wrap("<folder name=\"A\"><item date=\"2025-02-30\"/></folder>"), "\"2025-02-30\""},
       {Wrap("<folder name=\"A\"><item date=\"2025-01-01T24:00:00\"/></folder>"), "not a date"},
       {Wrap("<folder name=\"A\"><item date=\"2025-01-01\" size=\"-3\"/></folder>"), "size"},
+      {Wrap("<folder name=\"A\"><item date=\"2025-01-01\" size=\"2000000000\"/></folder>"),
+       "more than the 64 MB"},
       {Wrap("<item date=\"2025-01-01\"/>"), "<item> inside a store"},
       {Wrap("<folder name=\"A\"><mail/></folder>"), "<mail> inside a folder"},
       {Wrap("<folder name=\"A\">\n\n<bad/></folder>"), "line 5"},
