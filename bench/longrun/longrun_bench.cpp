@@ -179,6 +179,9 @@ int main(int argc, char** argv) {
     }
     if (w.host.IsLoaded("frmBackupManager")) {
       ++backupsStuck;
+      (void)std::printf("backup manager still open: mode %d, button \"%s\", %s\n", manager.Mode(),
+                        manager.cmdBackup.Caption().c_str(),
+                        manager.lblCountdown.Caption().c_str());
     } else {
       ++backupsRun;
     }
