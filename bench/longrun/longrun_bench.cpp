@@ -11,6 +11,7 @@
 // days, passes, items filed and purged, backups, memory and wall time.
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -52,14 +53,15 @@ struct Options {
 bool ParseOptions(int argc, char** argv, Options& options) {
   for (int i = 1; i + 1 < argc; i += 2) {
     const std::string name = argv[i];
-    const int value = std::atoi(argv[i + 1]);
-    if (value <= 0) return false;
+    char* end = nullptr;
+    const long value = std::strtol(argv[i + 1], &end, 10);
+    if (*end != '\0' || value <= 0 || value > 10'000'000) return false;
     if (name == "--days") {
-      options.days = value;
+      options.days = static_cast<int>(value);
     } else if (name == "--items") {
-      options.items = value;
+      options.items = static_cast<int>(value);
     } else if (name == "--mail-per-pass") {
-      options.mailPerPass = value;
+      options.mailPerPass = static_cast<int>(value);
     } else {
       return false;
     }
@@ -73,6 +75,13 @@ int64_t ResidentBytes() {
   int64_t resident = 0;
   statm >> pages >> resident;
   return resident * ::sysconf(_SC_PAGESIZE);
+}
+
+// What malloc has handed out and not had back: a leak grows it, a
+// fragmented heap only grows the resident size.
+int64_t HeapInUse() {
+  const struct mallinfo2 info = ::mallinfo2();
+  return static_cast<int64_t>(info.uordblks + info.hblkhd);
 }
 
 // What the box's lines hold on the heap and in its deque: each string's
@@ -99,12 +108,14 @@ double Mib(int64_t bytes) {
   return static_cast<double>(bytes) / (1024.0 * 1024.0);
 }
 
-// The run's bookkeeping of the error log: the records it holds are counted
-// and dropped each day, so the recording itself doesn't grow the process.
+// The run's bookkeeping of what the harness records: the error log's records
+// are counted, and they, the tray's calls and the host's history are dropped
+// each day, so the recording itself doesn't grow the process.
 struct LogAudit {
   std::map<std::string, int> unexpected;
   int64_t traceLines = 0;
   int64_t objectsAlive = 0;
+  int64_t trayCalls = 0;
 
   void Take(test::PopupWorld& w) {
     for (const auto& r : w.log->records) {
@@ -120,8 +131,15 @@ struct LogAudit {
       if (line.starts_with("ObjectDestroyed ")) --objectsAlive;
     }
     w.log->lifecycle.clear();
+    trayCalls += static_cast<int64_t>(w.tray.calls.size());
+    w.tray.calls.clear();
+    w.tray.loadedPaths.clear();
+    w.host.ClearHistory();
+    w.host.ClearPrompts();
   }
 };
+
+int Run(const Options& options);
 
 }  // namespace
 
@@ -132,6 +150,24 @@ int main(int argc, char** argv) {
     return 2;
   }
   const auto wallStart = Steady::now();
+  // The world's folder has a fixed name below TMPDIR: a folder of this
+  // process's own keeps two runs from clearing each other's.
+  std::string scratch = (fs::temp_directory_path() / "vellix-longrun-XXXXXX").string();
+  if (::mkdtemp(scratch.data()) == nullptr || ::setenv("TMPDIR", scratch.c_str(), 1) != 0) {
+    (void)std::fprintf(stderr, "no scratch folder at %s\n", scratch.c_str());
+    return 1;
+  }
+  const int code = Run(options);
+  std::error_code ec;
+  fs::remove_all(scratch, ec);
+  (void)std::printf("wall time %.1f s\n",
+                    std::chrono::duration<double>(Steady::now() - wallStart).count());
+  return code;
+}
+
+namespace {
+
+int Run(const Options& options) {
   test::PopupWorld w;
   // The user's mail of the last two months, spread over the default folders
   // and some below them; mail and sent mail are purged a week after filing.
@@ -230,15 +266,19 @@ int main(int argc, char** argv) {
       objectsDay1 = audit.objectsAlive;
     }
     (void)std::printf(
-        "day %2d: passes %5d, in stores %7d, in profile %7lld, backups %2d, RSS %.1f MiB\n", day,
-        work.PassesDone(), ItemsInStores(w), static_cast<long long>(profile->ItemCount()),
-        backupsRun, Mib(rss));
+        "day %2d: passes %5d, in stores %7d, in profile %7lld, backups %2d, RSS %.1f MiB, "
+        "heap in use %.1f MiB, engine journal %zu entries\n",
+        day, work.PassesDone(), ItemsInStores(w), static_cast<long long>(profile->ItemCount()),
+        backupsRun, Mib(rss), Mib(HeapInUse()), w.engine->Journal().Entries().size());
     (void)std::fflush(stdout);
   }
   const int64_t rssLast = ResidentBytes();
+  const int64_t heapLast = HeapInUse();
+  // What of the growth is free memory malloc holds on to, not live data.
+  (void)::malloc_trim(0);
+  const int64_t rssTrimmed = ResidentBytes();
   const LogBox& box = w.popup.log.txtLoEntries;
   const int64_t lineBytes = LineBytes(box);
-  const double wall = std::chrono::duration<double>(Steady::now() - wallStart).count();
   const int64_t purged = itemsAtStart + mailAdded - profile->ItemCount();
 
   (void)std::printf(
@@ -251,11 +291,12 @@ int main(int argc, char** argv) {
                     config->LastBackup().IsZero() ? "never" : "recorded");
   (void)std::printf("RSS day 1 %.1f MiB, day %d %.1f MiB; log lines %zu taking %.1f MiB\n",
                     Mib(rssDay1), options.days, Mib(rssLast), box.LineCount(), Mib(lineBytes));
-  (void)std::printf("objects alive day 1 %lld, day %d %lld; state trace lines %lld\n",
-                    static_cast<long long>(objectsDay1), options.days,
-                    static_cast<long long>(audit.objectsAlive),
-                    static_cast<long long>(audit.traceLines));
-  (void)std::printf("wall time %.1f s\n", wall);
+  (void)std::printf("heap in use day %d %.1f MiB; RSS after malloc_trim %.1f MiB\n", options.days,
+                    Mib(heapLast), Mib(rssTrimmed));
+  (void)std::printf(
+      "objects alive day 1 %lld, day %d %lld; state trace lines %lld, tray calls %lld\n",
+      static_cast<long long>(objectsDay1), options.days, static_cast<long long>(audit.objectsAlive),
+      static_cast<long long>(audit.traceLines), static_cast<long long>(audit.trayCalls));
 
   bool ok = true;
   const double bound = 1.1 * static_cast<double>(rssDay1);
@@ -275,3 +316,5 @@ int main(int argc, char** argv) {
   }
   return ok ? 0 : 1;
 }
+
+}  // namespace
