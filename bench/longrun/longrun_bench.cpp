@@ -6,9 +6,11 @@
 //   bench_longrun [--days N] [--items N] [--mail-per-pass N]
 //
 // Fails (exit 1) when the resident memory of day N, less what the log box's
-// lines take (it keeps every line by design), exceeds 1.1 x that of day 1, or
-// when the error log holds a record this run should not give. Prints the
-// days, passes, items filed and purged, backups, memory and wall time.
+// lines take (it keeps every line by design), exceeds 1.1 x that of day 1,
+// when the error log holds any record but the state machine's trace, or when
+// a pass or a backup doesn't end. Prints the days, passes, items filed and
+// purged, backups, memory and wall time. The full 30 days take about half an
+// hour on two cores: most of a pass is its reading every filed key again.
 
 #include <gtest/gtest.h>
 #include <malloc.h>
