@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -11,23 +12,26 @@ namespace vellix::desktop {
 
 namespace {
 
-constexpr int kSignals[] = {SIGTERM, SIGINT};
-struct sigaction gBefore[2];
+constexpr std::array<int, 2> kSignals = {SIGTERM, SIGINT};
+std::array<struct sigaction, 2> gBefore{};
 // The handler may only touch what is safe in a signal: a plain descriptor.
 std::atomic<int> gWrite{-1};
 
 void Caught(int signal) {
   const int saved = errno;
-  const unsigned char number = static_cast<unsigned char>(signal);
-  if (const int fd = gWrite.load(); fd >= 0) (void)!::write(fd, &number, 1);
+  const auto number = static_cast<unsigned char>(signal);
+  if (const int fd = gWrite.load(); fd >= 0) {
+    // Nothing to do when it fails: the pipe is full, so a signal is noted already.
+    [[maybe_unused]] const ssize_t written = ::write(fd, &number, 1);
+  }
   errno = saved;
 }
 
 }  // namespace
 
 StopSignals::StopSignals() {
-  int ends[2];
-  if (::pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) return;
+  std::array<int, 2> ends{};
+  if (::pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) return;
   read_ = ends[0];
   gWrite.store(ends[1]);
   struct sigaction action {};
@@ -35,7 +39,7 @@ StopSignals::StopSignals() {
   sigemptyset(&action.sa_mask);
   // Once only: the next one has the default action again.
   action.sa_flags = SA_RESTART | SA_RESETHAND;
-  for (int i = 0; i < 2; ++i) {
+  for (size_t i = 0; i < kSignals.size(); ++i) {
     ::sigaction(kSignals[i], nullptr, &gBefore[i]);
     // A signal ignored by whoever started us (nohup, a background job) stays so.
     if (gBefore[i].sa_handler != SIG_IGN) ::sigaction(kSignals[i], &action, nullptr);
@@ -44,7 +48,7 @@ StopSignals::StopSignals() {
 
 StopSignals::~StopSignals() {
   if (read_ < 0) return;
-  for (int i = 0; i < 2; ++i)
+  for (size_t i = 0; i < kSignals.size(); ++i)
     ::sigaction(kSignals[i], &gBefore[i], nullptr);
   ::close(gWrite.exchange(-1));
   ::close(read_);
