@@ -32,6 +32,7 @@ namespace vellix {
 namespace {
 
 uint64_t FromEnvironment(const char* name, uint64_t fallback) {
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): read before the world makes its threads
   const char* text = std::getenv(name);
   return text != nullptr && *text != '\0' ? std::strtoull(text, nullptr, 10) : fallback;
 }
@@ -65,7 +66,7 @@ class Question : public PurgeDetails {
   int32_t ItemCount() override { return 3; }
   std::string ItemType() override { return "Mail Item"; }
   Ref<MAPIFolder> Folder() override {
-    return std::make_shared<test::FakeFolder>("Inbox", "\\\\Personal Folders\\Inbox", 0);
+    return std::make_shared<test::FakeFolder>("Inbox", R"(\\Personal Folders\Inbox)", 0);
   }
   std::string AgentName() override { return "Received Emails"; }
 };
@@ -157,10 +158,10 @@ class Storm {
       case 5:
         return EngineEvent();
       case 6:
-        w_.host.Advance(Pick(130) * 1000);
+        w_.host.Advance(int64_t{Pick(130)} * 1000);
         return;
       case 7:
-        (void)w_.popup.tabControlOptions.UserSelectTab(kTabs[Pick(kTabs.size())]);
+        (void)w_.popup.tabControlOptions.UserSelectTab(kTabs[Pick(static_cast<int>(kTabs.size()))]);
         return;
       default:
         w_.host.Pump();

@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -16,6 +15,7 @@
 #include "foundation/period.h"
 #include "platform/desktop/stop_signals.h"
 #include "servers/common/write_behind.h"
+#include "support/child_process.h"
 #include "support/popup/popup_world.h"
 #include "support/temp_folder.h"
 
@@ -165,25 +165,14 @@ TEST(SessionEnd, ModalWindowsCloseFromTheTopBeforeExit) {
 }
 
 TEST(SessionEnd, OnlyTheFirstStopSignalIsCaught) {
-  int ends[2];
-  ASSERT_EQ(::pipe(ends), 0);
-  const pid_t child = ::fork();
-  ASSERT_GE(child, 0);
-  if (child == 0) {
+  test::ChildProcess child([](int out) {
     desktop::StopSignals signals;
-    ::raise(SIGINT);
-    const char caught = signals.Take() == SIGINT ? 'y' : 'n';
-    (void)!::write(ends[1], &caught, 1);
-    ::raise(SIGINT);
-    ::_exit(0);
-  }
-  ::close(ends[1]);
-  char caught = 0;
-  EXPECT_EQ(::read(ends[0], &caught, 1), 1);
-  ::close(ends[0]);
-  int status = 0;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
-  EXPECT_EQ(caught, 'y');
+    if (::raise(SIGINT) != 0) return;
+    test::Tell(out, signals.Take() == SIGINT ? 'y' : 'n');
+    (void)::raise(SIGINT);  // the default action ends the child here
+  });
+  const int status = child.Wait();
+  EXPECT_EQ(child.Told(), "y");
   ASSERT_TRUE(WIFSIGNALED(status)) << "the second one ends the process";
   EXPECT_EQ(WTERMSIG(status), SIGINT);
 }
