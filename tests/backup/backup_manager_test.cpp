@@ -11,6 +11,7 @@
 #include "foundation/config_file_info.h"
 #include "foundation/config_node.h"
 #include "foundation/period.h"
+#include "servers/common/write_behind.h"
 #include "servers/engine/engine_server_connector.h"
 #include "servers/engine/store_file.h"
 #include "support/popup/popup_world.h"
@@ -503,7 +504,8 @@ TEST(BackupStory, ADueBackupAfterTheFirstPassCopiesEveryStoreAndSavesTheConfigur
     EXPECT_EQ(ReadText(copy), ReadText(store)) << copy;
     EXPECT_GE(periods.Item(i)->LastBackup(), ranAt);
   }
-  // Beside them, the configuration as it was, for recovery.
+  // Beside them, the configuration as it was, for recovery; written behind.
+  servers::WriteBehind::Shared().WaitAll();
   std::vector<Ref<ConfigFileInfo>> saved;
   for (const auto& entry : fs::directory_iterator(backups)) {
     if (entry.path().extension() == ".pst") continue;
