@@ -457,7 +457,7 @@ TEST(BackupStory, ADueBackupAfterTheFirstPassCopiesEveryStoreAndSavesTheConfigur
   });
   ASSERT_TRUE(w.popup.quickSetup.cmdOK.UserClick());
   ASSERT_TRUE(w.host.PumpUntil([&] { return work.PassesDone() >= 1 && !work.Busy(); },
-                               std::chrono::seconds(30)));
+                               test::PopupWorld::kPatience));
   w.host.Pump();
   const Ref<EngineConfig> config = w.engine->Config();
   const auto periods = config->Periods();
@@ -477,7 +477,8 @@ TEST(BackupStory, ADueBackupAfterTheFirstPassCopiesEveryStoreAndSavesTheConfigur
     w.host.Advance(1000);
     ASSERT_EQ(m.Mode(), FrmBackupManager::ModeBackupNow);
     ASSERT_TRUE(m.cmdBackup.UserClick());
-    ASSERT_TRUE(w.host.PumpUntil([&] { return !m.FlagBackupRunning(); }, std::chrono::seconds(30)));
+    ASSERT_TRUE(
+        w.host.PumpUntil([&] { return !m.FlagBackupRunning(); }, test::PopupWorld::kPatience));
     for (int32_t row = 1; row <= periods.Count(); ++row)
       EXPECT_EQ(m.fgcPeriods.TextMatrix(row, kProgress), "Complete") << row;
     // The first configuration's policy backs every store up each time; judged

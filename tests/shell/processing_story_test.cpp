@@ -58,7 +58,7 @@ TEST(ProcessingStory, RunNowBackupAndPurgeThenARecoveryBringsTheConfigurationAnd
     });
     ASSERT_TRUE(w.popup.quickSetup.cmdOK.UserClick());
     ASSERT_TRUE(w.host.PumpUntil([&] { return work.PassesDone() >= 1 && !work.Busy(); },
-                                 std::chrono::seconds(30)));
+                                 test::PopupWorld::kPatience));
     w.host.Pump();
     ASSERT_GT(forecast, 0);
     EXPECT_EQ(w.ItemsInStores(), forecast);
@@ -83,7 +83,7 @@ TEST(ProcessingStory, RunNowBackupAndPurgeThenARecoveryBringsTheConfigurationAnd
         ASSERT_TRUE(m.cmdBackup.UserClick());
       }
       ASSERT_TRUE(
-          w.host.PumpUntil([&] { return !m.FlagBackupRunning(); }, std::chrono::seconds(30)));
+          w.host.PumpUntil([&] { return !m.FlagBackupRunning(); }, test::PopupWorld::kPatience));
       w.host.Advance(1000);
       ASSERT_TRUE(m.optPolicyCheckStore.UserClick());
       w.host.Advance(1000);
@@ -110,7 +110,7 @@ TEST(ProcessingStory, RunNowBackupAndPurgeThenARecoveryBringsTheConfigurationAnd
     });
     received->RunPurge();
     ASSERT_TRUE(w.host.PumpUntil([&] { return work.PassesDone() >= 2 && !work.Busy(); },
-                                 std::chrono::seconds(30)));
+                                 test::PopupWorld::kPatience));
     w.host.Pump();
     EXPECT_GE(questions, 1);
     auto inbox = w.ctx.Mail().CreateApplication()->GetNamespace("MAPI")->GetDefaultFolder(6);

@@ -42,7 +42,7 @@ struct RunningPanel {
     EXPECT_TRUE(w.popup.quickSetup.cmdOK.UserClick());
     if (!waitForPass) return;
     EXPECT_TRUE(w.host.PumpUntil([this] { return work.PassesDone() >= 1 && !work.Busy(); },
-                                 std::chrono::seconds(30)));
+                                 test::PopupWorld::kPatience));
     w.host.Pump();
     EXPECT_EQ(w.ItemsInStores(), forecast);
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -38,6 +39,11 @@ namespace vellix::test {
 // would: press buttons, answer message boxes, let the engine report.
 class PopupWorld : public ServerFactory {
  public:
+  // How long a story waits for a pass or a backup run to end: a guard
+  // against a hang, not a speed check; sanitizer builds on a busy machine
+  // are slow.
+  static constexpr std::chrono::seconds kPatience{120};
+
   PopupWorld();
   ~PopupWorld() override;
   PopupWorld(const PopupWorld&) = delete;
