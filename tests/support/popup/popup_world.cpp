@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <stdexcept>
+
 #include "foundation/control_startup.h"
 #include "foundation/period.h"
 #include "servers/backupcopy/backup_copier.h"
@@ -24,15 +27,13 @@ fs::path FreshFolder() {
   const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
   std::string name = "vellix-world";
   if (info != nullptr) name += std::string("-") + info->test_suite_name() + "-" + info->name();
-  // A test may hold two worlds at once; each has a folder of its own.
-  static int made = 0;
-  name += "-" + std::to_string(++made);
   for (char& c : name) {
     if (c == '/') c = '_';
   }
-  fs::path dir = fs::temp_directory_path() / name;
-  fs::remove_all(dir);
-  fs::create_directories(dir);
+  // A folder of its own for each world: a test may hold two at once, and the
+  // same test may run in two processes at once (two builds' suites).
+  std::string dir = (fs::temp_directory_path() / (name + "-XXXXXX")).string();
+  if (::mkdtemp(dir.data()) == nullptr) throw std::runtime_error("mkdtemp failed for " + dir);
   return dir;
 }
 
