@@ -316,7 +316,11 @@ void FrmPopup::mobjVellix_Notify(int32_t type, const Ref<PurgeDetails>& details,
   frame.Run([&] {
     // The backup manager must not open over the question.
     tmrBackupTimer.Enabled(false);
-    if (type == 0 && forms_.purgeNotice != nullptr) {
+    if (type == 0 && sessionEnded_) {
+      // A question the pass sent before it stopped: nobody is left to ask,
+      // so it is answered as if its window had been closed.
+      result = 1;
+    } else if (type == 0 && forms_.purgeNotice != nullptr) {
       FrmPurgeNotice& notice = *forms_.purgeNotice;
       notice.Details(details);
       notice.Show(true);
