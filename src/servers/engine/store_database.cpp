@@ -63,7 +63,13 @@ CREATE TABLE items (
 );
 CREATE INDEX items_by_folder ON items (folder_path, received);
 CREATE INDEX items_by_received ON items (received);
+CREATE INDEX items_filed ON items (item_key, filed);
 )";
+
+// Every pass reads which items are filed, and when. The index holds just
+// that, so the pass reads it instead of every row with its message.
+constexpr const char* kFiledIndex =
+    "CREATE INDEX IF NOT EXISTS items_filed ON items (item_key, filed);";
 
 // A prepared statement; finalized when it goes.
 class Statement {
@@ -277,6 +283,12 @@ std::optional<StoreDatabase> StoreDatabase::TryOpen(const std::filesystem::path&
   const char* setup = access == Access::kReadOnly ? "PRAGMA query_only=ON;" : kConnectionSetup;
   if (!Exec(state->db, setup, &reason) || !ReadHeader(state->db, state->header, &reason)) {
     return std::nullopt;
+  }
+  // A store made before the index gets it when next written. Without it a
+  // pass is only slower, so a disk too full to hold it changes nothing.
+  if (access == Access::kReadWrite) {
+    std::string unused;
+    Exec(state->db, kFiledIndex, &unused);
   }
   return StoreDatabase(std::move(state));
 }

@@ -210,6 +210,21 @@ TEST(StoreDatabase, FilesEachItemWholeAndOnceAndABatchAllOrNothing) {
       test::ErrorDescription([&] { again.FileItem(Item("f", filed), filed); }).find(file.string()),
       std::string::npos);
   EXPECT_EQ(again.ItemCount(), 5);
+  // A store made before the index of filed keys reads the same, and gets the
+  // index when it is next opened to write.
+  const auto hasIndex = [&] {
+    return InspectStoreFile(file).isStore &&
+           ReadText(file).find("items_filed") != std::string::npos;
+  };
+  EXPECT_TRUE(hasIndex());
+  Tamper(file, "DROP INDEX items_filed");
+  EXPECT_FALSE(hasIndex());
+  const auto filedKeys = StoreDatabase::Open(file, StoreDatabase::Access::kReadOnly).FiledKeys();
+  EXPECT_EQ(filedKeys.size(), 5U);
+  EXPECT_EQ(filedKeys.at("c"), filed);
+  EXPECT_FALSE(hasIndex());
+  EXPECT_EQ(StoreDatabase::Open(file, StoreDatabase::Access::kReadWrite).ItemCount(), 5);
+  EXPECT_TRUE(hasIndex());
 }
 
 }  // namespace
