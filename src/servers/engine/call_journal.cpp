@@ -22,6 +22,9 @@ std::string JournalText(Date value) {
 }
 
 void CallJournal::Add(std::string object, std::string text) {
+  if (entries_.size() >= kLimit) {
+    entries_.erase(entries_.begin(), entries_.begin() + static_cast<std::ptrdiff_t>(kLimit / 2));
+  }
   entries_.push_back({std::move(object), std::move(text)});
 }
 

@@ -29,9 +29,13 @@ struct JournalEntry {
 };
 
 // The engine's record of every write and call, in order, for tests to read.
-// Reads (getters and lookups) are not recorded.
+// Reads (getters and lookups) are not recorded. A panel left running for
+// weeks makes calls without end, so only the latest are kept: once kLimit
+// are recorded, the older half goes.
 class CallJournal {
  public:
+  static constexpr size_t kLimit = 20000;
+
   void Add(std::string object, std::string text);
   void Clear();
 

@@ -286,6 +286,13 @@ TEST_F(EngineTest, TheJournalRecordsEveryWriteAndCallInOrderButNoRead) {
             (Lines{"AddFolder \\\\Mailbox\\Inbox", "put MonitorType Mail and Post",
                    "put RemovePeriod 7", "AddImport \\\\Archive, True"}));
   EXPECT_EQ(engine->Journal().Count("put Remove"), 0);  // whole operations only
+  // A panel running for weeks keeps the latest calls only.
+  for (size_t i = 0; i < CallJournal::kLimit; ++i)
+    engine->LoggingLevel(i % 2 == 0 ? "Normal" : "Verbose");
+  EXPECT_LE(engine->Journal().Entries().size(), CallJournal::kLimit);
+  EXPECT_GE(engine->Journal().Entries().size(), CallJournal::kLimit / 2);
+  EXPECT_EQ(engine->Journal().Texts().back(), "put LoggingLevel Verbose");
+  EXPECT_FALSE(engine->Journal().Contains("ResetConfig"));
   engine->ClearJournal();
   EXPECT_TRUE(engine->Journal().Entries().empty());
 }
