@@ -9,8 +9,7 @@
 // lines take (it keeps every line by design), exceeds 1.1 x that of day 1,
 // when the error log holds any record but the state machine's trace, or when
 // a pass or a backup doesn't end. Prints the days, passes, items filed and
-// purged, backups, memory and wall time. The full 30 days take about half an
-// hour on two cores: most of a pass is its reading every filed key again.
+// purged, backups, memory and wall time.
 
 #include <gtest/gtest.h>
 #include <malloc.h>
