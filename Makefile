@@ -1,6 +1,6 @@
 # Every target installs what is missing first (tools/deps.sh), then works
 # through the CMake presets.
-.PHONY: all deps build run test asan fuzz tsan memcheck bench format tidy clean
+.PHONY: all deps build run test deb deb-test asan fuzz tsan memcheck bench format tidy clean
 
 all: build
 
@@ -16,6 +16,16 @@ run: build
 
 test: build
 	@ctest --preset default
+
+# The Debian package, made by CPack from the default build:
+# build/default/vellix-control_VERSION_ARCH.deb.
+deb: build
+	@cd build/default && cpack -G DEB
+
+# Makes the package, installs it with apt-get, runs the installed program and
+# removes it (as root).
+deb-test: build
+	@tools/deb-test.sh build/default
 
 asan: deps
 	@cmake --preset asan >/dev/null

@@ -3,7 +3,7 @@
 # anyone else it prints the exact line to run and fails.
 set -euo pipefail
 packages=(
-  cmake ninja-build g++ make pkg-config
+  cmake ninja-build g++ make pkg-config dpkg-dev
   libgtest-dev libgmock-dev libbenchmark-dev libpugixml-dev libxxhash-dev libsqlite3-dev
   qt6-base-dev libgl-dev
   clang-format libxml2-utils xvfb xauth python3 valgrind

@@ -10,7 +10,7 @@ struct AppOptions {
   bool help = false;
   bool version = false;
   std::string dataDir;     // empty: the XDG folders
-  std::string profile;     // empty: the demo profile beside the executable
+  std::string profile;     // empty: the demo profile among the program's files
   std::string screenshot;  // empty: a normal run
   bool quitAfterFirstPaint = false;
   // --export-store STORE OUT: write a period store to an mbox file and exit.

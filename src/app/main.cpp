@@ -18,6 +18,7 @@
 #include "app/app_servers.h"
 #include "app/first_paint_watch.h"
 #include "app/first_run_script.h"
+#include "app/resource_folder.h"
 #include "app/single_instance.h"
 #include "backup/frm_backup_manager.h"
 #include "dialogs/frm_about.h"
@@ -105,7 +106,16 @@ int main(int argc, char** argv) {
   // The panel lives in the tray: a closed window doesn't end it, the last
   // form unloaded does.
   QApplication::setQuitOnLastWindowClosed(false);
-  const fs::path exeDir = QCoreApplication::applicationDirPath().toStdString();
+  // The files the panel only reads: beside the executable in a build, in the
+  // prefix's share folder once installed. What it writes goes to the data
+  // folder.
+  const auto resourceFolder =
+      app::ResourceFolder(QCoreApplication::applicationDirPath().toStdString(), error);
+  if (!resourceFolder) {
+    std::fprintf(stderr, "vellix-control: %s\n", error.c_str());
+    return 1;
+  }
+  const fs::path& resources = *resourceFolder;
 
   // The scripted first start needs a first start: a fresh folder of its own
   // unless one is given.
@@ -134,11 +144,11 @@ int main(int argc, char** argv) {
 
   qtview::QtHost host;
   host.SetTitle("Vellix Control");
-  host.SetIconFolder(exeDir.string());
+  host.SetIconFolder(resources.string());
 
   SystemClock clock;
   const fs::path profile =
-      options.profile.empty() ? exeDir / "profiles" / "demo.xml" : fs::path(options.profile);
+      options.profile.empty() ? resources / "profiles" / "demo.xml" : fs::path(options.profile);
   outlook::ProfileMailProgram mail(profile, [](const std::string& problem) {
     std::fprintf(stderr, "vellix-control: mail profile: %s\n", problem.c_str());
   });
@@ -168,7 +178,7 @@ int main(int argc, char** argv) {
   desktop::PosixFileSystem files(mapping);
   qtview::QtWebBrowser browser(
       [mapping](const std::string& path) { return mapping.ToNative(path).string(); });
-  app::AppServers servers(paths, exeDir / "CommonFormat.xml", mapping, clock, host);
+  app::AppServers servers(paths, resources / "CommonFormat.xml", mapping, clock, host);
   // The engine's passes run on a worker of their own; their events and their
   // use of the mail profile come back to this thread through the host.
   const auto post = [&host](std::function<void()> fn) { host.Post(std::move(fn)); };
@@ -201,7 +211,7 @@ int main(int argc, char** argv) {
       .shell = &shell,
       .fileSystem = &files,
       .browser = &browser,
-      .exeFolder = exeDir.string(),
+      .exeFolder = resources.string(),  // the boot configuration and the pictures
       .dataFolder = dataFolder.string(),
       .locale = Locale::FromEnvironment(),
       .twipsPerPixelX = static_cast<int32_t>(std::lround(host.TwipsPerPixel()))};
