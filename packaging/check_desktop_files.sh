@@ -5,6 +5,7 @@
 # desktops look, for the package's /usr prefix and for another.
 set -eu
 src=$1 bin=$2 program=$3
+cmake=${CMAKE:-cmake}
 fail() { echo "FAIL: $*" >&2; exit 1; }
 
 desktop-file-validate "$src/com.vellix.control.desktop" "$src/vellix-control-autostart.desktop"
@@ -22,8 +23,8 @@ done
 
 stage=$(mktemp -d)
 trap 'rm -rf "$stage"' EXIT
-DESTDIR=$stage/pkg cmake -DCMAKE_INSTALL_PREFIX=/usr -P "$bin/cmake_install.cmake" >/dev/null
-cmake -DCMAKE_INSTALL_PREFIX="$stage/local" -P "$bin/cmake_install.cmake" >/dev/null
+DESTDIR=$stage/pkg "$cmake" -DCMAKE_INSTALL_PREFIX=/usr -P "$bin/cmake_install.cmake" >/dev/null
+"$cmake" -DCMAKE_INSTALL_PREFIX="$stage/local" -P "$bin/cmake_install.cmake" >/dev/null
 for file in pkg/etc/xdg/autostart/vellix-control.desktop \
   pkg/usr/share/applications/com.vellix.control.desktop \
   pkg/usr/share/metainfo/com.vellix.control.metainfo.xml \
