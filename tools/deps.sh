@@ -8,6 +8,7 @@ packages=(
   qt6-base-dev libgl-dev
   clang-format libxml2-utils xvfb xauth python3 valgrind
   clang-14 libclang-rt-14-dev
+  desktop-file-utils appstream help2man librsvg2-bin
 )
 missing=()
 for p in "${packages[@]}"; do

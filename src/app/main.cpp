@@ -103,6 +103,8 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   QApplication::setApplicationName("Vellix Control");
   QApplication::setApplicationVersion(VELLIX_VERSION);
+  // Lets the desktop match the windows to the menu entry and its icon.
+  QApplication::setDesktopFileName("com.vellix.control");
   // The panel lives in the tray: a closed window doesn't end it, the last
   // form unloaded does.
   QApplication::setQuitOnLastWindowClosed(false);
