@@ -131,7 +131,9 @@ void AgentScript::Answer(Form& form) {
 
 void AgentScript::Done() {
   if (questions_ == 0) tools_.note("the purge notice was not shown");
-  std::printf("screenshot: the purge pass asked %d times, answered do not purge\n", questions_);
+  std::printf(
+      "screenshot: the purge pass asked %d times, each answered with the choice it opened with\n",
+      questions_);
   auto next = std::move(next_);
   next_ = nullptr;
   if (next) next();
