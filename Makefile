@@ -1,6 +1,6 @@
 # Every target installs what is missing first (tools/deps.sh), then works
 # through the CMake presets.
-.PHONY: all deps build run test deb deb-test asan fuzz tsan memcheck bench format tidy clean
+.PHONY: all deps build run test deb deb-test asan fuzz tsan memcheck bench screenshots format tidy clean
 
 all: build
 
@@ -56,6 +56,12 @@ memcheck: deps
 
 bench: build
 	@tools/run-bench.sh build/default
+
+# The pictures of docs/screenshots, made again by the scripted first start.
+screenshots: deps
+	@cmake --preset default >/dev/null
+	@cmake --build --preset default --target vellix-control
+	@QT_QPA_PLATFORM=offscreen build/default/src/app/vellix-control --screenshot docs/screenshots
 
 format:
 	@find src tests bench \( -name '*.h' -o -name '*.cpp' \) -print0 | xargs -0 clang-format -i

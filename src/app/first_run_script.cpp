@@ -37,9 +37,9 @@ int WatchdogMs() {
 }
 // How many settle times the script waits for a pass to end.
 constexpr int kPassPolls = 100;
-constexpr int kPictures = 9 + BackupManagerScript::kPictures + RecoverScript::kPictures +
-                          ImportScript::kPictures + AboutScript::kPictures +
-                          ImportWizardScript::kPictures;
+constexpr int kPictures = 9 + AgentScript::kPictures + BackupManagerScript::kPictures +
+                          RecoverScript::kPictures + ImportScript::kPictures +
+                          AboutScript::kPictures + ImportWizardScript::kPictures;
 
 // Whether the control lies in the container, directly or further down.
 bool Inside(const Form& form, const Control& control, const std::string& container) {
@@ -68,10 +68,13 @@ FirstRunScript::FirstRunScript(qtview::QtHost& host, FrmPopup& popup,
       recoverScript_(popup, backupFolder_, Tools()),
       importScript_(popup, Tools()),
       importWizardScript_(popup, host, Tools()),
-      aboutScript_(Tools()) {}
+      aboutScript_(Tools()),
+      agentScript_(popup, Tools()) {}
 
 ScriptTools FirstRunScript::Tools() {
   return {.shot = [this](const Form& form, const std::string& file) { return Shot(form, file); },
+          .shotWindow = [this](QWidget& window,
+                               const std::string& file) { return ShotWindow(window, file); },
           .note = [this](std::string text) { Note(std::move(text)); },
           .step = [this](std::string step) { step_ = std::move(step); },
           .toNative = [this](const std::string& path) { return toNative(path); }};
@@ -123,6 +126,8 @@ void FirstRunScript::FormShown(Form& form, QWidget& /*window*/) {
     QTimer::singleShot(kSettleMs, this, [this] { managerScript_.Shown(); });
   } else if (form.Name() == "frmRecover") {
     recoverScript_.Shown(form);
+  } else if (form.Name() == "frmPurgeNotice") {
+    agentScript_.FormShown(form);
   } else if (form.Name() == "frmAttachPeriod") {
     importScript_.FormShown(form);
   } else if (form.Name() == "frmImportWizard") {
@@ -206,10 +211,8 @@ void FirstRunScript::SummaryShot() {
   step_ = "summary picture";
   Shot(popup_, "summary.png");
   TabShot("Periods", "periods.png", [this] {
-    TabShot("Agents", "agents.png", [this] {
-      TabShot("Backup", "backup.png",
-              [this] { TabShot("Log", "log.png", [this] { WaitForPassEnd(0); }); });
-    });
+    TabShot("Agents", "agents.png",
+            [this] { TabShot("Backup", "backup.png", [this] { WaitForPassEnd(0); }); });
   });
 }
 
@@ -244,7 +247,10 @@ void FirstRunScript::WaitForPassEnd(int polls) {
     return;
   }
   if (processing) Note("the pass was still going at exit");
-  importScript_.Run([this] { SupportMessageStep(); });
+  // The log with the whole pass, its end on top.
+  TabShot("Log", "log.png", [this] {
+    agentScript_.Run([this] { importScript_.Run([this] { SupportMessageStep(); }); });
+  });
 }
 
 void FirstRunScript::SupportMessageStep() {
@@ -336,8 +342,12 @@ bool FirstRunScript::Shot(const Form& form, const std::string& file) {
     Note("no window for " + form.Name() + ", " + file + " not written");
     return false;
   }
+  return ShotWindow(*window, file);
+}
+
+bool FirstRunScript::ShotWindow(QWidget& window, const std::string& file) {
   const auto path = outDir_ / file;
-  if (!window->grab().save(QString::fromStdString(path.string()), "PNG")) {
+  if (!window.grab().save(QString::fromStdString(path.string()), "PNG")) {
     Note("unable to write " + path.string());
     return false;
   }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/about_script.h"
+#include "app/agent_script.h"
 #include "app/backup_manager_script.h"
 #include "app/import_script.h"
 #include "app/import_wizard_script.h"
@@ -29,8 +30,9 @@ namespace vellix::app {
 
 // --screenshot: a first start played as a user would, writing a picture of
 // each window it passes to the output folder: the Quick setup page, the
-// Predictive start dialog, the main form on its Summary, Periods and
-// Agents tabs, the Import tab with its attach period dialog, the support
+// Predictive start dialog, the main form on its Summary, Periods,
+// Agents, Storage & Backup and Log tabs, the mail folder dialog and the
+// purge notice of a pass (AgentScript), the Import tab with its attach period dialog, the support
 // message opened from the Log tab, the backup problems notice, the backup
 // manager in each look of its button, and the recover dialog with the
 // configurations the backup saved, the About box, and the import wizard's
@@ -89,6 +91,7 @@ class FirstRunScript : public QObject {
   // The tools every window's script is handed, each a call back to this run.
   ScriptTools Tools();
   bool Shot(const Form& form, const std::string& file);
+  bool ShotWindow(QWidget& window, const std::string& file);
   void Note(std::string text);
   template <class T>
   T* FindControl(Form& form, const char* name);
@@ -111,6 +114,7 @@ class FirstRunScript : public QObject {
   ImportScript importScript_;
   ImportWizardScript importWizardScript_;
   AboutScript aboutScript_;
+  AgentScript agentScript_;
   bool finished_ = false;
   int written_ = 0;
   std::vector<std::string> notes_;

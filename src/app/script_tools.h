@@ -4,6 +4,8 @@
 #include <functional>
 #include <string>
 
+class QWidget;
+
 namespace vellix {
 class Form;
 }  // namespace vellix
@@ -14,6 +16,8 @@ namespace vellix::app {
 struct ScriptTools {
   // Writes the window's picture; false (with a note) when it could not.
   std::function<bool(const Form&, const std::string&)> shot;
+  // The same for a window of the view's own (the mail folder dialog).
+  std::function<bool(QWidget&, const std::string&)> shotWindow;
   std::function<void(std::string)> note;
   // What the run is at, for the watchdog's message.
   std::function<void(std::string)> step;
