@@ -49,6 +49,7 @@ class LabelBinding : public ControlBinding {
     widget->setText(PlainCaption(label_.Caption()));
     widget->setAlignment(TextAlignment(label_.Alignment()) | Qt::AlignTop);
   }
+  [[nodiscard]] QString Caption() const override { return PlainCaption(label_.Caption()); }
   bool eventFilter(QObject* watched, QEvent* event) override {
     if (watched == Widget() && event->type() == QEvent::MouseButtonRelease &&
         static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
@@ -77,6 +78,7 @@ class ButtonBinding : public ControlBinding {
     widget->setText(Qs(button_.Caption()));
     widget->setDefault(button_.Default());
   }
+  [[nodiscard]] QString Caption() const override { return PlainCaption(button_.Caption()); }
 
  private:
   CommandButton& button_;
@@ -100,6 +102,7 @@ class CheckBinding : public ControlBinding {
                           : value == CheckBox::kGrayed ? Qt::PartiallyChecked
                                                        : Qt::Unchecked);
   }
+  [[nodiscard]] QString Caption() const override { return PlainCaption(box_.Caption()); }
 
  private:
   CheckBox& box_;
@@ -122,6 +125,7 @@ class OptionBinding : public ControlBinding {
     widget->setText(Qs(option_.Caption()));
     widget->setChecked(option_.Value());
   }
+  [[nodiscard]] QString Caption() const override { return PlainCaption(option_.Caption()); }
 
  private:
   OptionButton& option_;
@@ -259,6 +263,7 @@ class FrameBinding : public ControlBinding {
   void Apply(std::string_view /*property*/) override {
     static_cast<FramePanel*>(Widget())->SetTitle(PlainCaption(frame_.Caption()));
   }
+  [[nodiscard]] QString Caption() const override { return PlainCaption(frame_.Caption()); }
 
  private:
   FrameControl& frame_;
@@ -322,10 +327,20 @@ QString QtDatePattern(const std::string& pattern) {
   return out;
 }
 
+// Tab moves on to the next field, as from every other field; the arrow keys
+// move between the parts of the date.
+class DateEdit : public QDateTimeEdit {
+ public:
+  using QDateTimeEdit::QDateTimeEdit;
+
+ protected:
+  bool focusNextPrevChild(bool next) override { return QWidget::focusNextPrevChild(next); }
+};
+
 class DateBinding : public ControlBinding {
  public:
   DateBinding(DatePicker& picker, QWidget* parent, const RenderContext& context)
-      : ControlBinding(picker, new QDateTimeEdit(parent), context), picker_(picker) {
+      : ControlBinding(picker, new DateEdit(parent), context), picker_(picker) {
     auto* widget = static_cast<QDateTimeEdit*>(Widget());
     connect(widget, &QDateTimeEdit::dateTimeChanged, this, [this](const QDateTime& value) {
       if (Applying()) return;
@@ -376,7 +391,11 @@ class UpDownBinding : public ControlBinding {
     down->setObjectName(Qs(updown.Name() + ".Down"));
     up->setArrowType(Qt::UpArrow);
     down->setArrowType(Qt::DownArrow);
+    up->setAccessibleName(QStringLiteral("Up"));
+    down->setAccessibleName(QStringLiteral("Down"));
     for (QToolButton* button : {up, down}) {
+      // Not a stop of its own: the value is typed in the field it steps.
+      button->setFocusPolicy(Qt::NoFocus);
       button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
       button->setAutoRepeat(true);
       layout->addWidget(button);
