@@ -94,16 +94,16 @@ void ControlBinding::Buddy(ControlBinding* label) {
 
 void ControlBinding::ApplyAccessibility() {
   if (detached_) return;
-  const QString tip = Qs(control_.ToolTipText());
-  QString name = Caption();
-  if (name.isEmpty() && buddy_ != nullptr) name = buddy_->Caption();
-  if (name.isEmpty()) name = tip;
-  // Setting a name tells an active screen reader of the change, so only a
-  // real change is set.
+  const QString caption = Caption();
+  QString name;
+  // A button or label is named by the caption it shows, as Qt reads it, and
+  // keeps no name of its own: the common case costs a comparison.
+  if (caption.isEmpty() || !ShowsCaption()) {
+    name = caption;
+    if (name.isEmpty() && buddy_ != nullptr) name = buddy_->Caption();
+    if (name.isEmpty()) name = Qs(control_.ToolTipText());
+  }
   if (widget_->accessibleName() != name) widget_->setAccessibleName(name);
-  const QString description = tip == name ? QString() : tip;
-  if (widget_->accessibleDescription() != description)
-    widget_->setAccessibleDescription(description);
 }
 
 void ControlBinding::Detach() {

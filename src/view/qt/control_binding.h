@@ -61,6 +61,8 @@ class ControlBinding : public QObject {
   // The caption the control shows of its own, without access-key marks;
   // empty for kinds without one.
   [[nodiscard]] virtual QString Caption() const { return {}; }
+  // Whether the widget shows that caption as its text (a button, a label).
+  [[nodiscard]] virtual bool ShowsCaption() const { return false; }
   // A user's action on the widget. Nothing happens while the binding itself
   // updates the widget; afterwards the widget is put back in step with the
   // model, for actions the model refused or changed.
@@ -77,9 +79,9 @@ class ControlBinding : public QObject {
   // The base properties every kind has; false for a name it doesn't know.
   bool ApplyBase(std::string_view property);
   void ApplyGeometry();
-  // The accessible name and description, all from what the control has: the
-  // name is its caption, else its buddy label's caption, else its tool tip;
-  // the description is the tool tip when that is not the name already.
+  // The accessible name, from what the control has: its caption, else its
+  // buddy label's caption, else its tool tip. (Qt describes a widget by its
+  // tool tip of itself.)
   void ApplyAccessibility();
 
   Control& control_;

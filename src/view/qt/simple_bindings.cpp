@@ -2,8 +2,10 @@
 // and option buttons, text boxes, frames, picture boxes, date pickers and
 // up-down controls.
 #include <QCheckBox>
+#include <QCoreApplication>
 #include <QDateTimeEdit>
 #include <QFrame>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
@@ -50,6 +52,7 @@ class LabelBinding : public ControlBinding {
     widget->setAlignment(TextAlignment(label_.Alignment()) | Qt::AlignTop);
   }
   [[nodiscard]] QString Caption() const override { return PlainCaption(label_.Caption()); }
+  [[nodiscard]] bool ShowsCaption() const override { return true; }
   bool eventFilter(QObject* watched, QEvent* event) override {
     if (watched == Widget() && event->type() == QEvent::MouseButtonRelease &&
         static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
@@ -79,6 +82,7 @@ class ButtonBinding : public ControlBinding {
     widget->setDefault(button_.Default());
   }
   [[nodiscard]] QString Caption() const override { return PlainCaption(button_.Caption()); }
+  [[nodiscard]] bool ShowsCaption() const override { return true; }
 
  private:
   CommandButton& button_;
@@ -103,6 +107,7 @@ class CheckBinding : public ControlBinding {
                                                        : Qt::Unchecked);
   }
   [[nodiscard]] QString Caption() const override { return PlainCaption(box_.Caption()); }
+  [[nodiscard]] bool ShowsCaption() const override { return true; }
 
  private:
   CheckBox& box_;
@@ -126,6 +131,7 @@ class OptionBinding : public ControlBinding {
     widget->setChecked(option_.Value());
   }
   [[nodiscard]] QString Caption() const override { return PlainCaption(option_.Caption()); }
+  [[nodiscard]] bool ShowsCaption() const override { return true; }
 
  private:
   OptionButton& option_;
@@ -327,20 +333,10 @@ QString QtDatePattern(const std::string& pattern) {
   return out;
 }
 
-// Tab moves on to the next field, as from every other field; the arrow keys
-// move between the parts of the date.
-class DateEdit : public QDateTimeEdit {
- public:
-  using QDateTimeEdit::QDateTimeEdit;
-
- protected:
-  bool focusNextPrevChild(bool next) override { return QWidget::focusNextPrevChild(next); }
-};
-
 class DateBinding : public ControlBinding {
  public:
   DateBinding(DatePicker& picker, QWidget* parent, const RenderContext& context)
-      : ControlBinding(picker, new DateEdit(parent), context), picker_(picker) {
+      : ControlBinding(picker, new QDateTimeEdit(parent), context), picker_(picker) {
     auto* widget = static_cast<QDateTimeEdit*>(Widget());
     connect(widget, &QDateTimeEdit::dateTimeChanged, this, [this](const QDateTime& value) {
       if (Applying()) return;
@@ -372,6 +368,23 @@ class DateBinding : public ControlBinding {
     widget->setDateTimeRange(ToQt(picker_.MinDate()), ToQt(picker_.MaxDate()));
     const QDateTime value = ToQt(picker_.Value());
     if (widget->dateTime() != value) widget->setDateTime(value);
+  }
+
+  // Tab moves on to the next field, as from every other field, rather than
+  // to the next part of the date (the arrow keys do that): the window's
+  // chain handles it. (A subclass would cost the start its table of Qt's
+  // virtual functions to bind.)
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (watched == Widget() && event->type() == QEvent::KeyPress &&
+        Widget()->parentWidget() != nullptr) {
+      auto* key = static_cast<QKeyEvent*>(event);
+      if ((key->key() == Qt::Key_Tab || key->key() == Qt::Key_Backtab) &&
+          (key->modifiers() & (Qt::ControlModifier | Qt::AltModifier)) == 0) {
+        QCoreApplication::sendEvent(Widget()->parentWidget(), event);
+        return true;
+      }
+    }
+    return ControlBinding::eventFilter(watched, event);
   }
 
  private:
