@@ -32,6 +32,8 @@ FrmAttachPeriod::FrmAttachPeriod(Context& ctx, UiHost& host)
 
 void FrmAttachPeriod::Design() {
   Caption("Attach Period");
+  // The list has no label: its tip names it for a screen reader.
+  lstPeriods.ToolTipText("Archive files in the store folder that belong to no period");
   cmdOK.Caption("OK");
   cmdCancel.Caption("Cancel");
   cmdOK.Default(true);

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <exception>
 #include <utility>
+#include <vector>
 
 #include "foundation/log_box.h"
 #include "foundation/scoped_value.h"
@@ -68,12 +69,41 @@ ControlBinding::~ControlBinding() = default;
 void ControlBinding::Refresh(std::string_view property) {
   if (detached_) return;
   ScopedValue scope(applying_, applying_ + 1);
-  if (property.empty() || property == "Reset") {
+  const bool all = property.empty() || property == "Reset";
+  if (all) {
     ApplyBase("");
     Apply("");
-    return;
+  } else if (!ApplyBase(property)) {
+    Apply(property);
   }
-  if (!ApplyBase(property)) Apply(property);
+  if (all || property == "Caption" || property == "ToolTipText" || property == "Tabs" ||
+      property == "SelectedItem") {
+    ApplyAccessibility();
+    for (ControlBinding* named : named_)
+      named->ApplyAccessibility();
+  }
+}
+
+void ControlBinding::Buddy(ControlBinding* label) {
+  if (label == buddy_) return;
+  if (buddy_ != nullptr) std::erase(buddy_->named_, this);
+  buddy_ = label;
+  if (label != nullptr) label->named_.push_back(this);
+  ApplyAccessibility();
+}
+
+void ControlBinding::ApplyAccessibility() {
+  if (detached_) return;
+  const QString caption = Caption();
+  QString name;
+  // A button or label is named by the caption it shows, as Qt reads it, and
+  // keeps no name of its own: the common case costs a comparison.
+  if (caption.isEmpty() || !ShowsCaption()) {
+    name = caption;
+    if (name.isEmpty() && buddy_ != nullptr) name = buddy_->Caption();
+    if (name.isEmpty()) name = Qs(control_.ToolTipText());
+  }
+  if (widget_->accessibleName() != name) widget_->setAccessibleName(name);
 }
 
 void ControlBinding::Detach() {

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "foundation/control.h"
 #include "foundation/event.h"
@@ -49,10 +50,19 @@ class ControlBinding : public QObject {
   // The model is going (form unloaded or destroyed): no more calls either way.
   void Detach();
   [[nodiscard]] bool Detached() const { return detached_; }
+  // The label that names this control for a screen reader (see
+  // ApplyAccessibility); nullptr for none. The window finds it as it orders
+  // the tab chain.
+  void Buddy(ControlBinding* label);
 
  protected:
   // The kind's own properties; an unknown name re-reads all of them.
   virtual void Apply(std::string_view /*property*/) {}
+  // The caption the control shows of its own, without access-key marks;
+  // empty for kinds without one.
+  [[nodiscard]] virtual QString Caption() const { return {}; }
+  // Whether the widget shows that caption as its text (a button, a label).
+  [[nodiscard]] virtual bool ShowsCaption() const { return false; }
   // A user's action on the widget. Nothing happens while the binding itself
   // updates the widget; afterwards the widget is put back in step with the
   // model, for actions the model refused or changed.
@@ -69,11 +79,17 @@ class ControlBinding : public QObject {
   // The base properties every kind has; false for a name it doesn't know.
   bool ApplyBase(std::string_view property);
   void ApplyGeometry();
+  // The accessible name, from what the control has: its caption, else its
+  // buddy label's caption, else its tool tip. (Qt describes a widget by its
+  // tool tip of itself.)
+  void ApplyAccessibility();
 
   Control& control_;
   QWidget* widget_;
   RenderContext context_;
   Connection changed_;
+  ControlBinding* buddy_ = nullptr;     // the label naming this control
+  std::vector<ControlBinding*> named_;  // the controls this label names
   int applying_ = 0;
   bool detached_ = false;
 };

@@ -9,6 +9,7 @@
 #include <QWindowStateChangeEvent>
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <utility>
 
 #include "foundation/buttons.h"
@@ -135,6 +136,7 @@ void FormWindow::Make(Control& control) {
   if (!binding) return;
   QWidget* widget = binding->Widget();
   widgets_[LCase(control.Name())] = widget;
+  bindingOf_[&control] = binding.get();
   bindings_.push_back(std::move(binding));
   if (IsContainer(control)) BuildChildren(control.Name(), widget);
 }
@@ -222,18 +224,26 @@ std::vector<std::string> FormWindow::TabOrder() const {
   return names;
 }
 
-std::vector<QWidget*> FormWindow::TabWidgets() const {
-  std::vector<QWidget*> widgets;
-  if (form_ == nullptr) return widgets;
+std::vector<Control*> FormWindow::ReadingOrder() const {
   std::vector<Control*> order;
+  if (form_ == nullptr) return order;
   std::unordered_set<const Control*> seen;
   AppendInTabOrder(*form_, "", order, seen,
                    [this](const Control& container) { return Built(container.Name()) != nullptr; });
   // Controls whose container is missing lie on the form; they come last.
-  // (Those of a container passed over have no widget and drop out below.)
+  // (Those of a container passed over have no widget and drop out later.)
   for (Control* control : form_->Controls()) {
     if (seen.count(control) == 0) order.push_back(control);
   }
+  return order;
+}
+
+std::vector<QWidget*> FormWindow::TabWidgets() const {
+  return TabWidgets(ReadingOrder());
+}
+
+std::vector<QWidget*> FormWindow::TabWidgets(const std::vector<Control*>& order) const {
+  std::vector<QWidget*> widgets;
   for (Control* control : order) {
     QWidget* widget = Built(control->Name());
     if (widget != nullptr && TakesTabFocus(widget)) widgets.push_back(widget);
@@ -243,9 +253,56 @@ std::vector<QWidget*> FormWindow::TabWidgets() const {
 
 void FormWindow::ApplyTabOrder() {
   tabOrderDue_ = false;
-  const std::vector<QWidget*> widgets = TabWidgets();
+  const std::vector<Control*> order = ReadingOrder();
+  const std::vector<QWidget*> widgets = TabWidgets(order);
   for (size_t i = 1; i < widgets.size(); ++i)
     QWidget::setTabOrder(widgets[i - 1], widgets[i]);
+  // The same pass names the fields: a label moved or made since names anew.
+  for (size_t i = 0; i < order.size(); ++i) {
+    auto it = bindingOf_.find(order[i]);
+    if (it != bindingOf_.end() && TakesTabFocus(it->second->Widget()))
+      it->second->Buddy(LabelOf(order, i));
+  }
+}
+
+ControlBinding* FormWindow::LabelOf(const std::vector<Control*>& order, size_t at) const {
+  // As the row rule lays a form out: the label that starts the field's row
+  // ("Try later in [5] [Minutes]" names both), else the option or check box
+  // it follows on its row ("Run later [date]"), else a heading above it that
+  // starts where it starts, with no other field between.
+  constexpr int32_t kSameEdge = 30;
+  const Control& field = *order[at];
+  const auto bindingOf = [this](const Control& control) -> ControlBinding* {
+    auto it = bindingOf_.find(&control);
+    return it == bindingOf_.end() ? nullptr : it->second;
+  };
+  ControlBinding* choice = nullptr;
+  bool crossed = false;
+  for (size_t i = at; i-- > 0;) {
+    const Control& other = *order[i];
+    if (!EqualsText(other.Container(), field.Container()) || IsContainer(other) ||
+        other.Kind() == ControlKind::Timer || other.Kind() == ControlKind::Menu)
+      continue;
+    const bool label = other.Kind() == ControlKind::Label;
+    const int32_t middle = other.Top() + other.Height() / 2;
+    if (middle >= field.Top() && middle <= field.Top() + field.Height() &&
+        other.Left() < field.Left()) {
+      if (label) {
+        if (ControlBinding* binding = bindingOf(other)) return binding;
+      } else {
+        const bool choosing =
+            other.Kind() == ControlKind::OptionButton || other.Kind() == ControlKind::CheckBox;
+        if (!crossed && choosing) choice = bindingOf(other);
+        crossed = true;
+      }
+      continue;
+    }
+    if (crossed || !label) return choice;
+    if (middle < field.Top() && std::abs(other.Left() - field.Left()) <= kSameEdge) {
+      if (ControlBinding* binding = bindingOf(other)) return binding;
+    }
+  }
+  return choice;
 }
 
 void FormWindow::ScheduleTabOrder() {

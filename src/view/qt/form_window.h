@@ -80,9 +80,16 @@ class FormWindow : public QDialog {
   void ApplySize();
   void ApplyWindowState();
   void ApplyFocus();
+  // Every control in the order Tab visits the focusable ones.
+  [[nodiscard]] std::vector<Control*> ReadingOrder() const;
   // The focusable widgets made so far, in tab order.
   [[nodiscard]] std::vector<QWidget*> TabWidgets() const;
+  [[nodiscard]] std::vector<QWidget*> TabWidgets(const std::vector<Control*>& order) const;
+  // Orders the tab chain and gives each field the label that names it.
   void ApplyTabOrder();
+  // The binding whose caption names the field at order[at] (a label, or the
+  // option it follows), or nullptr.
+  [[nodiscard]] ControlBinding* LabelOf(const std::vector<Control*>& order, size_t at) const;
   // Orders the tab chain once the current layout pass has finished moving
   // controls.
   void ScheduleTabOrder();
@@ -96,6 +103,7 @@ class FormWindow : public QDialog {
   Connection changed_;
   std::vector<std::unique_ptr<ControlBinding>> bindings_;
   std::unordered_map<std::string, QWidget*> widgets_;  // by lower-case name
+  std::unordered_map<const Control*, ControlBinding*> bindingOf_;
   std::unordered_set<const Control*> seen_;
   // Controls without a widget yet: the widget to make it in, and the watch on
   // their Visible.

@@ -172,6 +172,11 @@ class TabBinding : public ControlBinding {
     const int index = selected == nullptr ? -1 : selected->Index() - 1;
     if (widget->currentIndex() != index) widget->setCurrentIndex(index);
   }
+  // The strip is named by the page in view, as a tab's own caption names it.
+  [[nodiscard]] QString Caption() const override {
+    const TabStrip::Tab* selected = strip_.SelectedItem();
+    return selected == nullptr ? QString() : PlainCaption(selected->Caption());
+  }
 
  private:
   TabStrip& strip_;

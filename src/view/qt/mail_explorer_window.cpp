@@ -21,6 +21,8 @@ MailExplorerWindow::MailExplorerWindow(Ref<NameSpace> nameSpace, const Ref<MAPIF
   setAttribute(Qt::WA_DeleteOnClose);
   auto* label = new QLabel(QStringLiteral("Go to a &folder, then close this window."), this);
   label->setBuddy(tree_);
+  // A tree view's accessible name does not come from its buddy.
+  tree_->setAccessibleName(PlainCaption(Std(label->text())));
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(label);
   layout->addWidget(tree_, 1);

@@ -21,6 +21,8 @@ MailFolderDialog::MailFolderDialog(NameSpace& nameSpace, QWidget* parent)
 
   auto* label = new QLabel(QStringLiteral("Choose a &folder:"), this);
   label->setBuddy(tree_);
+  // A tree view's accessible name does not come from its buddy.
+  tree_->setAccessibleName(PlainCaption(Std(label->text())));
 
   ok_->setDefault(true);
   ok_->setEnabled(false);

@@ -2,8 +2,10 @@
 // and option buttons, text boxes, frames, picture boxes, date pickers and
 // up-down controls.
 #include <QCheckBox>
+#include <QCoreApplication>
 #include <QDateTimeEdit>
 #include <QFrame>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
@@ -49,6 +51,8 @@ class LabelBinding : public ControlBinding {
     widget->setText(PlainCaption(label_.Caption()));
     widget->setAlignment(TextAlignment(label_.Alignment()) | Qt::AlignTop);
   }
+  [[nodiscard]] QString Caption() const override { return PlainCaption(label_.Caption()); }
+  [[nodiscard]] bool ShowsCaption() const override { return true; }
   bool eventFilter(QObject* watched, QEvent* event) override {
     if (watched == Widget() && event->type() == QEvent::MouseButtonRelease &&
         static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
@@ -77,6 +81,8 @@ class ButtonBinding : public ControlBinding {
     widget->setText(Qs(button_.Caption()));
     widget->setDefault(button_.Default());
   }
+  [[nodiscard]] QString Caption() const override { return PlainCaption(button_.Caption()); }
+  [[nodiscard]] bool ShowsCaption() const override { return true; }
 
  private:
   CommandButton& button_;
@@ -100,6 +106,8 @@ class CheckBinding : public ControlBinding {
                           : value == CheckBox::kGrayed ? Qt::PartiallyChecked
                                                        : Qt::Unchecked);
   }
+  [[nodiscard]] QString Caption() const override { return PlainCaption(box_.Caption()); }
+  [[nodiscard]] bool ShowsCaption() const override { return true; }
 
  private:
   CheckBox& box_;
@@ -122,6 +130,8 @@ class OptionBinding : public ControlBinding {
     widget->setText(Qs(option_.Caption()));
     widget->setChecked(option_.Value());
   }
+  [[nodiscard]] QString Caption() const override { return PlainCaption(option_.Caption()); }
+  [[nodiscard]] bool ShowsCaption() const override { return true; }
 
  private:
   OptionButton& option_;
@@ -259,6 +269,7 @@ class FrameBinding : public ControlBinding {
   void Apply(std::string_view /*property*/) override {
     static_cast<FramePanel*>(Widget())->SetTitle(PlainCaption(frame_.Caption()));
   }
+  [[nodiscard]] QString Caption() const override { return PlainCaption(frame_.Caption()); }
 
  private:
   FrameControl& frame_;
@@ -359,6 +370,23 @@ class DateBinding : public ControlBinding {
     if (widget->dateTime() != value) widget->setDateTime(value);
   }
 
+  // Tab moves on to the next field, as from every other field, rather than
+  // to the next part of the date (the arrow keys do that): the window's
+  // chain handles it. (A subclass would cost the start its table of Qt's
+  // virtual functions to bind.)
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (watched == Widget() && event->type() == QEvent::KeyPress &&
+        Widget()->parentWidget() != nullptr) {
+      auto* key = static_cast<QKeyEvent*>(event);
+      if ((key->key() == Qt::Key_Tab || key->key() == Qt::Key_Backtab) &&
+          (key->modifiers() & (Qt::ControlModifier | Qt::AltModifier)) == 0) {
+        QCoreApplication::sendEvent(Widget()->parentWidget(), event);
+        return true;
+      }
+    }
+    return ControlBinding::eventFilter(watched, event);
+  }
+
  private:
   DatePicker& picker_;
 };
@@ -376,7 +404,11 @@ class UpDownBinding : public ControlBinding {
     down->setObjectName(Qs(updown.Name() + ".Down"));
     up->setArrowType(Qt::UpArrow);
     down->setArrowType(Qt::DownArrow);
+    up->setAccessibleName(QStringLiteral("Up"));
+    down->setAccessibleName(QStringLiteral("Down"));
     for (QToolButton* button : {up, down}) {
+      // Not a stop of its own: the value is typed in the field it steps.
+      button->setFocusPolicy(Qt::NoFocus);
       button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
       button->setAutoRepeat(true);
       layout->addWidget(button);
