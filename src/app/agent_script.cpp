@@ -36,27 +36,12 @@ qtview::MailFolderDialog* ShownFolderDialog() {
 
 AgentScript::AgentScript(FrmPopup& popup, Tools tools) : popup_(popup), tools_(std::move(tools)) {}
 
-void AgentScript::WaitFor(const std::string& what, int limit, std::function<bool()> ready,
-                          std::function<void()> next, int polls) {
-  tools_.step(what);
-  if (!ready() && polls < limit) {
-    QTimer::singleShot(
-        kSettleMs, this,
-        [this, what, limit, ready = std::move(ready), next = std::move(next), polls]() mutable {
-          WaitFor(what, limit, std::move(ready), std::move(next), polls + 1);
-        });
-    return;
-  }
-  if (polls >= limit) tools_.note("gave up waiting for " + what);
-  next();
-}
-
 void AgentScript::Run(std::function<void()> next) {
   next_ = std::move(next);
   tools_.step("stop for the agents");
   if (popup_.ctx().engine->Running()) popup_.cmdStopStart.UserClick();
   WaitFor(
-      "the engine to stop", kPolls,
+      this, tools_, "the engine to stop", kPolls, kSettleMs,
       [this] { return !popup_.ctx().engine->Running() && popup_.agents.cmdAgAdd.Enabled(); },
       [this] { FolderDialogStep(); });
 }
@@ -104,7 +89,7 @@ void AgentScript::PurgeStep() {
   // The start's pass finds the items the first pass filed due at once.
   popup_.cmdStopStart.UserClick();
   WaitFor(
-      "the purge pass to end", kPolls,
+      this, tools_, "the purge pass to end", kPolls, kSettleMs,
       [this] {
         const auto& monitor = popup_.mobjMonitor();
         return questions_ > 0 && !monitor.IsNothing() && !monitor->Processing();

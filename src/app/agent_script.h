@@ -34,9 +34,6 @@ class AgentScript : public QObject {
   void FormShown(Form& form);
 
  private:
-  // Polls until `ready` holds or `limit` polls have passed (noted), then goes on.
-  void WaitFor(const std::string& what, int limit, std::function<bool()> ready,
-               std::function<void()> next, int polls = 0);
   void FolderDialogStep();
   // Retried while the dialog is not up yet.
   void FolderDialogShot(int polls);

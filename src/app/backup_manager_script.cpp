@@ -43,26 +43,9 @@ void BackupManagerScript::Shown() {
   tools_.step("backup manager: first look");
   // The window opens on "Wait" until its first tick has looked at the stores.
   WaitFor(
-      "the backup manager's first look", kLookPolls,
+      this, tools_, "the backup manager's first look", kLookPolls, kPollMs,
       [this] { return form_.Mode() != FrmBackupManager::ModeNeutral; },
       [this] { CloseOutlookStep(); });
-}
-
-void BackupManagerScript::WaitFor(const std::string& what, int limit, std::function<bool()> ready,
-                                  std::function<void()> next, int polls) {
-  if (ready()) {
-    next();
-    return;
-  }
-  if (polls >= limit) {
-    tools_.note("gave up waiting for " + what);
-    next();
-    return;
-  }
-  QTimer::singleShot(kPollMs, this,
-                     [this, what, limit, ready = std::move(ready), next = std::move(next), polls] {
-                       WaitFor(what, limit, ready, next, polls + 1);
-                     });
 }
 
 void BackupManagerScript::LookShot(int32_t mode, const std::string& caption,
@@ -94,7 +77,7 @@ void BackupManagerScript::CloseOutlookStep() {
   // In any other look the press would do something else, a backup for one.
   if (form_.Mode() == FrmBackupManager::ModeCloseOutlook) form_.cmdBackup.UserClick();
   WaitFor(
-      "the stores to be let go", kLookPolls,
+      this, tools_, "the stores to be let go", kLookPolls, kPollMs,
       [this] { return form_.Mode() == FrmBackupManager::ModeBackupNow; },
       [this] { BackupNowStep(); });
 }
@@ -104,7 +87,7 @@ void BackupManagerScript::BackupNowStep() {
   LookShot(FrmBackupManager::ModeBackupNow, "Backup Now", "backup-manager-backup-now.png");
   PickLater("Minute");
   WaitFor(
-      "the try-later look", kLookPolls,
+      this, tools_, "the try-later look", kLookPolls, kPollMs,
       [this] { return form_.Mode() == FrmBackupManager::ModeLater; }, [this] { LaterStep(); });
 }
 
@@ -121,7 +104,7 @@ void BackupManagerScript::LaterStep() {
   // Back to no delay: the list's first entry.
   if (form_.cboLater.ListCount() > 0) PickLater(form_.cboLater.List(0));
   WaitFor(
-      "the Backup Now look again", kLookPolls,
+      this, tools_, "the Backup Now look again", kLookPolls, kPollMs,
       [this] { return form_.Mode() == FrmBackupManager::ModeBackupNow; }, [this] { RunStep(); });
 }
 
@@ -145,7 +128,7 @@ void BackupManagerScript::RunStep() {
   }
   if (form_.Mode() == FrmBackupManager::ModeBackupNow) form_.cmdBackup.UserClick();
   WaitFor(
-      "the backup run to end", kRunPolls,
+      this, tools_, "the backup run to end", kRunPolls, kPollMs,
       [this] { return runEnded_ && !form_.FlagBackupRunning(); }, [this] { AfterRunStep(); });
 }
 
@@ -199,7 +182,7 @@ void BackupManagerScript::AfterRunStep() {
   tools_.step("backup manager: Close");
   if (!form_.optPolicyCheckHistory.Value()) form_.optPolicyCheckHistory.UserClick();
   WaitFor(
-      "the Close look", kLookPolls,
+      this, tools_, "the Close look", kLookPolls, kPollMs,
       [this] { return form_.Mode() == FrmBackupManager::ModeNothingToDo; },
       [this] { CloseLookStep(); });
 }

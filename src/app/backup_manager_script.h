@@ -44,9 +44,6 @@ class BackupManagerScript : public QObject {
   [[nodiscard]] bool Seen() const { return seen_; }
 
  private:
-  // Polls until `ready` holds or `limit` polls have passed (noted), then goes on.
-  void WaitFor(const std::string& what, int limit, std::function<bool()> ready,
-               std::function<void()> next, int polls = 0);
   // The picture when the button shows the mode and caption expected.
   void LookShot(int32_t mode, const std::string& caption, const std::string& file);
   bool PickLater(const std::string& unit);

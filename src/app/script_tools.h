@@ -4,6 +4,7 @@
 #include <functional>
 #include <string>
 
+class QObject;
 class QWidget;
 
 namespace vellix {
@@ -24,5 +25,10 @@ struct ScriptTools {
   // The file system path of a path text of the logic.
   std::function<std::filesystem::path(const std::string&)> toNative;
 };
+
+// Polls every `everyMs` until `ready` holds, or `limit` polls have passed
+// (noted as given up), then calls `next`; the polls stop with `owner`.
+void WaitFor(QObject* owner, const ScriptTools& tools, const std::string& what, int limit,
+             int everyMs, std::function<bool()> ready, std::function<void()> next, int polls = 0);
 
 }  // namespace vellix::app
