@@ -23,7 +23,7 @@ trap 'rm -rf "$work"' EXIT
 start=$(date +%s)
 set +e
 # Valgrind runs the program many times slower: the script's watchdog,
-# two minutes in a plain run, is given twenty.
+# two minutes in a plain run, is given twenty, and its waits ten times theirs.
 QT_QPA_PLATFORM=offscreen VELLIX_SCREENSHOT_WATCHDOG_MS=1200000 valgrind --tool=memcheck --leak-check=full --show-leak-kinds=definite \
   --errors-for-leak-kinds=definite --track-origins=yes --num-callers=40 \
   --suppressions=tools/memcheck.supp --error-exitcode=42 --log-file="$log" \
@@ -53,6 +53,11 @@ fi
 if [ -z "$finished" ] || [ "$status" -gt 1 ]; then
   echo "memcheck: the scripted run did not finish (status $status):" >&2
   cat "$out" >&2
+  exit 1
+fi
+# Nor did a run whose script moved on before the pass or a backup ended.
+if grep -E '^screenshot: (gave up waiting|the pass was still going)' "$out" >&2; then
+  echo "memcheck: the run moved on before what it waited for had ended" >&2
   exit 1
 fi
 echo "memcheck: clean"

@@ -25,16 +25,6 @@ namespace {
 
 // Time for a window to lay out and paint before its picture is taken.
 constexpr int kSettleMs = 300;
-// A run that hasn't finished by then is stuck (a dialog nobody answers).
-// A run under a memory checker, many times slower, sets its own limit in
-// VELLIX_SCREENSHOT_WATCHDOG_MS.
-constexpr int kWatchdogMs = 120000;
-
-int WatchdogMs() {
-  const char* text = std::getenv("VELLIX_SCREENSHOT_WATCHDOG_MS");
-  const int ms = text == nullptr ? 0 : std::atoi(text);
-  return ms > 0 ? ms : kWatchdogMs;
-}
 // How many settle times the script waits for a pass to end.
 constexpr int kPassPolls = 100;
 constexpr int kPictures = 9 + AgentScript::kPictures + BackupManagerScript::kPictures +
@@ -242,7 +232,7 @@ void FirstRunScript::WaitForPassEnd(int polls) {
   step_ = "waiting for the pass to end";
   const auto& monitor = popup_.mobjMonitor();
   const bool processing = !monitor.IsNothing() && monitor->Processing();
-  if (processing && polls < kPassPolls) {
+  if (processing && polls < kPassPolls * WaitScale()) {
     QTimer::singleShot(kSettleMs, this, [this, polls] { WaitForPassEnd(polls + 1); });
     return;
   }

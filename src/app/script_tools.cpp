@@ -1,14 +1,30 @@
 #include "app/script_tools.h"
 
 #include <QTimer>
+#include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 namespace vellix::app {
 
+namespace {
+constexpr int kWatchdogMs = 120000;
+}  // namespace
+
+int WatchdogMs() {
+  const char* text = std::getenv("VELLIX_SCREENSHOT_WATCHDOG_MS");
+  const int ms = text == nullptr ? 0 : std::atoi(text);
+  return ms > 0 ? ms : kWatchdogMs;
+}
+
+int WaitScale() {
+  return std::max(1, WatchdogMs() / kWatchdogMs);
+}
+
 void WaitFor(QObject* owner, const ScriptTools& tools, const std::string& what, int limit,
              int everyMs, std::function<bool()> ready, std::function<void()> next, int polls) {
   tools.step(what);
-  if (!ready() && polls < limit) {
+  if (!ready() && polls < limit * WaitScale()) {
     QTimer::singleShot(everyMs, owner,
                        [owner, &tools, what, limit, everyMs, ready = std::move(ready),
                         next = std::move(next), polls]() mutable {
@@ -17,7 +33,7 @@ void WaitFor(QObject* owner, const ScriptTools& tools, const std::string& what, 
                        });
     return;
   }
-  if (polls >= limit) tools.note("gave up waiting for " + what);
+  if (polls >= limit * WaitScale()) tools.note("gave up waiting for " + what);
   next();
 }
 

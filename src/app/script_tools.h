@@ -26,8 +26,18 @@ struct ScriptTools {
   std::function<std::filesystem::path(const std::string&)> toNative;
 };
 
-// Polls every `everyMs` until `ready` holds, or `limit` polls have passed
-// (noted as given up), then calls `next`; the polls stop with `owner`.
+// How long the whole run may take before it counts as stuck, in ms: two
+// minutes, or VELLIX_SCREENSHOT_WATCHDOG_MS for a run under a memory checker,
+// many times slower.
+int WatchdogMs();
+// How many times slower than a plain run this one is taken to be: every wait
+// of the scripts is stretched by it, so a slow run still sees each pass and
+// each backup end.
+int WaitScale();
+
+// Polls every `everyMs` until `ready` holds, or `limit` polls (times the
+// wait scale) have passed (noted as given up), then calls `next`; the polls
+// stop with `owner`.
 void WaitFor(QObject* owner, const ScriptTools& tools, const std::string& what, int limit,
              int everyMs, std::function<bool()> ready, std::function<void()> next, int polls = 0);
 
