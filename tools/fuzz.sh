@@ -1,13 +1,16 @@
 #!/usr/bin/env bash
 # Runs every libFuzzer target of a fuzz build on its seed corpus for
-# FUZZ_SECONDS each (default 30), one after the other, and fails on the first
-# crash, leak or sanitizer report. New inputs go to build/fuzz/corpus/<target>,
-# never into the seeds; a crashing input is kept in build/fuzz/artifacts/.
+# FUZZ_SECONDS each (default 30), or FUZZ_RUNS executions each when set, one
+# after the other, and fails on the first crash, leak or sanitizer report.
+# New inputs go to build/fuzz/corpus/<target>, never into the seeds; a
+# crashing input is kept in build/fuzz/artifacts/.
 # Usage: tools/fuzz.sh [BUILD] [TARGET...] (all targets when none is named).
 set -euo pipefail
 build=${1:-build/fuzz}
 shift || true
 seconds=${FUZZ_SECONDS:-30}
+budget=(-max_total_time="$seconds") label="${seconds}s"
+[ -z "${FUZZ_RUNS:-}" ] || { budget=(-runs="$FUZZ_RUNS"); label="$FUZZ_RUNS runs"; }
 seeds=tests/fuzz/corpus
 # The limits some targets meet by design (bytes of one input).
 declare -A max_len=([config_xml]=65536 [engine_file]=16384 [mail_profile]=65536)
@@ -18,8 +21,8 @@ for target in "${names[@]}"; do
   bin="$build/tests/fuzz/${target}_fuzz"
   corpus="$build/corpus/$target"
   mkdir -p "$corpus"
-  echo "== $target: ${seconds}s"
-  "$bin" -max_total_time="$seconds" -max_len="${max_len[$target]:-4096}" \
+  echo "== $target: $label"
+  "$bin" "${budget[@]}" -max_len="${max_len[$target]:-4096}" \
     -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
     -artifact_prefix="$build/artifacts/$target-" "$corpus" "$seeds/$target" 2>"$build/$target.log" || {
     tail -n 60 "$build/$target.log" >&2
