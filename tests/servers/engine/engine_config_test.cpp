@@ -272,11 +272,12 @@ TEST_F(EngineTest, AMissingOrUnreadableEngineFileStartsAnUnconfiguredEngineAndKe
   const std::string stamp = engineFile.string() + ".corrupt-20240515-103000";
   for (size_t i = 0; i < std::size(cases); ++i) {
     const Case& c = cases[i];
+    SCOPED_TRACE(c.says);
     const std::string kept = i == 0 ? stamp : stamp + "-" + std::to_string(i + 1);
     WriteText(engineFile, c.text);
     log->records.clear();
     Restart();
-    EXPECT_FALSE(engine->Configured()) << c.says;
+    EXPECT_FALSE(engine->Configured());
     EXPECT_EQ(engine->OpenError(), "");
     // What the user had is kept, byte for byte, under a name of its own.
     EXPECT_EQ(ReadText(kept), c.text);
