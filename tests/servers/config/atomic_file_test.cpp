@@ -4,12 +4,11 @@
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <iterator>
 #include <string>
 
+#include "support/child_process.h"
 #include "support/temp_folder.h"
 
 namespace vellix {
@@ -19,7 +18,7 @@ long CountFiles(const std::filesystem::path& folder) {
   return std::distance(std::filesystem::directory_iterator(folder), {});
 }
 
-TEST(AtomicFile, ReplacesTheContentKeepsThePermissionsAndRemovesOnlyItsOwnStaleCopies) {
+TEST(AtomicFile, ReplacesKeepingPermissionsClearsOnlyItsOwnTempFilesAndReadsWithinALimit) {
   test::TempFolder folder;
   const auto file = folder / "tree.xml";
   std::string error;
@@ -39,35 +38,9 @@ TEST(AtomicFile, ReplacesTheContentKeepsThePermissionsAndRemovesOnlyItsOwnStaleC
   EXPECT_EQ(RemoveStaleTempFiles(file), 2u);
   EXPECT_EQ(CountFiles(folder.Path()), 4);
   EXPECT_TRUE(std::filesystem::exists(folder / ".tree.xml.keep"));
-}
-
-TEST(AtomicFile, AFailedWriteLeavesTheOldFileAndNoTemporaryFile) {
-  test::TempFolder folder;
-  const auto file = folder / "tree.xml";
-  ASSERT_TRUE(WriteFileAtomically(file, "old content", nullptr));
-  // A child process with a small file size limit fails half way through the write.
-  const pid_t pid = ::fork();
-  ASSERT_GE(pid, 0);
-  if (pid == 0) {
-    ::signal(SIGXFSZ, SIG_IGN);
-    rlimit limit{4096, 4096};
-    ::setrlimit(RLIMIT_FSIZE, &limit);
-    std::string error;
-    const bool written = WriteFileAtomically(file, std::string(100000, 'n'), &error);
-    ::_exit(!written && error.find("Unable to write") != std::string::npos ? 0 : 1);
-  }
-  int status = 0;
-  ASSERT_EQ(::waitpid(pid, &status, 0), pid);
-  ASSERT_TRUE(WIFEXITED(status));
-  EXPECT_EQ(WEXITSTATUS(status), 0);
-  EXPECT_EQ(test::ReadText(file), "old content");
-  EXPECT_EQ(CountFiles(folder.Path()), 1);
-}
-
-TEST(AtomicFile, ReadsAFileUpToItsLimit) {
-  test::TempFolder folder;
+  // Reading back takes a whole file within its limit and nothing else.
   test::WriteText(folder / "f", "12345");
-  std::string bytes, error;
+  std::string bytes;
   EXPECT_TRUE(ReadFileLimited(folder / "f", 5, &bytes, &error));
   EXPECT_EQ(bytes, "12345");
   EXPECT_FALSE(ReadFileLimited(folder / "f", 4, &bytes, &error));
@@ -77,6 +50,25 @@ TEST(AtomicFile, ReadsAFileUpToItsLimit) {
   ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
   EXPECT_FALSE(ReadFileLimited(folder / "pipe", 5, &bytes, &error));
   EXPECT_EQ(bytes, "12345");
+}
+
+TEST(AtomicFile, AFailedWriteLeavesTheOldFileAndNoTemporaryFile) {
+  test::TempFolder folder;
+  const auto file = folder / "tree.xml";
+  ASSERT_TRUE(WriteFileAtomically(file, "old content", nullptr));
+  // A child process with a small file size limit fails half way through the write.
+  test::ChildProcess child([&](int out) {
+    ::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{4096, 4096};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    std::string error;
+    const bool written = WriteFileAtomically(file, std::string(100000, 'n'), &error);
+    if (!written && error.find("Unable to write") != std::string::npos) test::Tell(out, 'y');
+  });
+  EXPECT_EQ(child.Wait(), 0);
+  EXPECT_TRUE(child.Told('y'));
+  EXPECT_EQ(test::ReadText(file), "old content");
+  EXPECT_EQ(CountFiles(folder.Path()), 1);
 }
 
 }  // namespace

@@ -192,39 +192,31 @@ TEST(DataPaths, FollowTheXdgBaseDirectoriesUnlessADataFolderIsGiven) {
   }
 }
 
-TEST(DataPaths, FoldersAreCreatedForTheOwnerOnly) {
-  test::TempFolder folder;
-  const auto none = [](const char*) { return std::optional<std::string>(); };
-  const auto paths = ResolveDataPaths((folder / "data").string(), none);
-  std::string error;
-  ASSERT_TRUE(CreateDataFolders(paths, &error)) << error;
-  EXPECT_TRUE(std::filesystem::is_directory(paths.configDir));
-  EXPECT_EQ(std::filesystem::status(paths.stateDir).permissions(),
-            std::filesystem::perms::owner_all);
-  test::WriteText(folder / "file", "x");
-  EXPECT_FALSE(CreateDataFolders(ResolveDataPaths((folder / "file").string(), none), &error));
-  EXPECT_NE(error.find("file"), std::string::npos);
-}
-
-// Every level made for a data folder is private, whatever the umask; one that
-// was there keeps its mode.
+// Every level made for the data is private, whatever the umask; one that was
+// there keeps its mode, and a file in the way is named.
 TEST(DataPaths, EveryFolderMadeForTheDataIsPrivate) {
   test::TempFolder folder;
   ::chmod(folder.Path().c_str(), 0755);
+  const auto none = [](const char*) { return std::optional<std::string>(); };
   const mode_t mask = ::umask(022);
   std::string error;
-  const bool made = CreateDataFolders(ResolveDataPaths((folder / "new" / "data").string(),
-                                                       [](const char*) { return std::nullopt; }),
-                                      &error);
+  const auto paths = ResolveDataPaths((folder / "new" / "data").string(), none);
+  const bool made = CreateDataFolders(paths, &error);
   ::umask(mask);
   ASSERT_TRUE(made) << error;
   for (const auto& [path, mode] : {std::pair{folder / "new", 0700u},
                                    {folder / "new" / "data", 0700u},
+                                   {paths.configDir, 0700u},
+                                   {paths.stateDir, 0700u},
                                    {folder.Path(), 0755u}}) {
     struct stat info {};
     ASSERT_EQ(::stat(path.c_str(), &info), 0) << path;
-    EXPECT_EQ(info.st_mode & 0777, mode) << path;
+    EXPECT_TRUE(S_ISDIR(info.st_mode)) << path;
+    EXPECT_EQ(info.st_mode & 07777, mode) << path;
   }
+  test::WriteText(folder / "file", "x");
+  EXPECT_FALSE(CreateDataFolders(ResolveDataPaths((folder / "file").string(), none), &error));
+  EXPECT_NE(error.find("file"), std::string::npos);
 }
 
 }  // namespace

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -161,11 +160,6 @@ TEST_F(EngineTest, BackupSettingsFollowTheClockTheIntervalAndTheFolder) {
   }
 }
 
-bool LogSays(const vellix::test::RecordingErrorLog& log, const std::string& words) {
-  return std::any_of(log.records.begin(), log.records.end(),
-                     [&](const auto& r) { return r.message.find(words) != std::string::npos; });
-}
-
 // Every field different from its default, texts with characters XML must escape;
 // the values are in the order of the fields.
 EngineData EveryFieldSet() {
@@ -249,6 +243,8 @@ TEST_F(EngineTest, AMissingOrUnreadableEngineFileStartsAnUnconfiguredEngineAndKe
     std::string text;
     std::string says;  // what the notice names besides the files
   };
+  const std::string settingsFromEntity =
+      "<VellixEngine FormatVersion=\"1\"><Settings PeriodFormat=\"&x;\"/></VellixEngine>";
   const Case cases[] = {
       {"<VellixEngine FormatVersion=\"1\">\n<Settings Configured=\"True\"", "line 2, column 27"},
       {"<Something/>", "<Something>"},
@@ -266,15 +262,22 @@ TEST_F(EngineTest, AMissingOrUnreadableEngineFileStartsAnUnconfiguredEngineAndKe
        "repeats the Id or name"},
       {"<VellixEngine FormatVersion=\"1\"><Periods><Period Name=\"\"/></Periods></VellixEngine>",
        "has no name"},
+      // A document type declaration is refused, not expanded.
+      {"<!DOCTYPE VellixEngine [<!ENTITY x \"'@yyyy'\">]>\n" + settingsFromEntity,
+       "document type declaration"},
+      {"<!DOCTYPE VellixEngine SYSTEM \"file:///etc/passwd\">\n" + settingsFromEntity,
+       "document type declaration"},
+      {"<VellixEngine FormatVersion=\"1\"><!DOCTYPE x></VellixEngine>", "malformed"},
   };
   const std::string stamp = engineFile.string() + ".corrupt-20240515-103000";
   for (size_t i = 0; i < std::size(cases); ++i) {
     const Case& c = cases[i];
+    SCOPED_TRACE(c.says);
     const std::string kept = i == 0 ? stamp : stamp + "-" + std::to_string(i + 1);
     WriteText(engineFile, c.text);
     log->records.clear();
     Restart();
-    EXPECT_FALSE(engine->Configured()) << c.says;
+    EXPECT_FALSE(engine->Configured());
     EXPECT_EQ(engine->OpenError(), "");
     // What the user had is kept, byte for byte, under a name of its own.
     EXPECT_EQ(ReadText(kept), c.text);

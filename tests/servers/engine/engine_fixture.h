@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -40,13 +41,13 @@ class EngineTest : public ::testing::Test {
     std::filesystem::create_directories(Native(logicPath));
     return Native(logicPath);
   }
-  // A configured engine with a store folder and a yearly period format.
-  void Configure() {
+  // A configured engine with a store folder and periods of one unit from 1 January 2024.
+  void Configure(const std::string& units = "Year", const std::string& format = "File '@yyyy'") {
     Config()->StoreLocation("c:\\Orvane Vellix Store");
-    Config()->PeriodUnits("Year");
+    Config()->PeriodUnits(units);
     Config()->PeriodCount(1);
     Config()->ReferenceDate(DateSerial(2024, 1, 1));
-    ASSERT_TRUE(Config()->SetPeriodFormat("File '@yyyy'"));
+    ASSERT_TRUE(Config()->SetPeriodFormat(format));
     engine->Configured(true);
   }
   [[nodiscard]] std::filesystem::path Native(const std::string& logicPath) const {
@@ -62,6 +63,12 @@ class EngineTest : public ::testing::Test {
   std::shared_ptr<EngineServer> engine =
       std::make_shared<EngineServer>(engineFile, paths, clock, log);
 };
+
+// Whether some record of the log holds those words.
+inline bool LogSays(const vellix::test::RecordingErrorLog& log, const std::string& words) {
+  return std::any_of(log.records.begin(), log.records.end(),
+                     [&](const auto& r) { return r.message.find(words) != std::string::npos; });
+}
 
 using vellix::test::ErrorNumber;
 using vellix::test::ReadText;

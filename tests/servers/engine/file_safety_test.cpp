@@ -1,26 +1,19 @@
 // What the engine makes on the disk stays the user's, inside the folders it
-// was given: private files, store names that can't climb out of the store
-// folder, and engine files that can't define entities.
+// was given: private files, and store names that can't climb out of the
+// store folder.
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "engine_fixture.h"
-#include "servers/engine/engine_file.h"
 #include "servers/engine/store_export.h"
 
 namespace vellix::engine::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-bool LogSays(const vellix::test::RecordingErrorLog& log, const std::string& part) {
-  return std::any_of(log.records.begin(), log.records.end(),
-                     [&](const auto& r) { return r.message.find(part) != std::string::npos; });
-}
 
 mode_t ModeOf(const fs::path& path) {
   struct stat info {};
@@ -94,27 +87,6 @@ TEST_F(EngineTest, EveryFileTheEngineMakesIsTheUsersAlone) {
   // The story made what it should: the engine file, the store, the copy, the export.
   EXPECT_GE(files.size(), 4u);
   EXPECT_EQ(ModeOf(engineFile.parent_path()), 0700u);
-}
-
-TEST(EngineFile, ADocumentTypeDeclarationIsRefusedNotExpanded) {
-  const std::string body =
-      "<VellixEngine FormatVersion=\"1\"><Settings PeriodFormat=\"&x;\"/>"
-      "</VellixEngine>";
-  struct Case {
-    std::string text;
-    std::string says;
-  };
-  const Case cases[] = {
-      {"<!DOCTYPE VellixEngine [<!ENTITY x \"'@yyyy'\">]>\n" + body, "document type declaration"},
-      {"<!DOCTYPE VellixEngine SYSTEM \"file:///etc/passwd\">\n" + body,
-       "document type declaration"},
-      {"<VellixEngine FormatVersion=\"1\"><!DOCTYPE x></VellixEngine>", "malformed"},
-  };
-  for (const Case& c : cases) {
-    const EngineFileRead read = ParseEngineText(c.text);
-    EXPECT_EQ(read.outcome, EngineFileRead::Outcome::Corrupt) << c.text;
-    EXPECT_NE(read.error.find(c.says), std::string::npos) << read.error;
-  }
 }
 
 }  // namespace

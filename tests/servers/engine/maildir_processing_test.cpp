@@ -16,8 +16,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using Strings = std::vector<std::string>;
-using vellix::test::ReadText;
-using vellix::test::WriteText;
 
 // Every file and folder of a tree with what it holds, its time and its
 // permissions: two snapshots are equal only when nothing in it changed.

@@ -10,24 +10,19 @@
 #include <thread>
 #include <vector>
 
-#include "foundation/date.h"
-#include "platform/desktop/path_mapping.h"
+#include "engine_fixture.h"
 #include "platform/outlook/mail_profile.h"
 #include "platform/outlook/profile_folder.h"
-#include "servers/engine/engine_server.h"
 #include "servers/engine/processor.h"
 #include "servers/engine/store_database.h"
-#include "support/manual_clock.h"
-#include "support/recording_error_log.h"
 #include "support/scripted_host.h"
-#include "support/temp_folder.h"
 
 namespace vellix::engine::test {
 
-// A mail profile (Mailbox: Inbox with a Projects sub-folder, Sent Items), a
-// clock at 15 May 2024 10:30, and an engine whose processor posts to a
-// scripted host; Pass() waits for the worker's next pass and delivers its events.
-class ProcessingTest : public ::testing::Test {
+// A mail profile (Mailbox: Inbox with a Projects sub-folder, Sent Items) and
+// an engine whose processor posts to a scripted host; Pass() waits for the
+// worker's next pass and delivers its events.
+class ProcessingTest : public EngineTest {
  protected:
   ProcessingTest() {
     auto store = profile->AddStore("Mailbox");
@@ -72,15 +67,8 @@ class ProcessingTest : public ::testing::Test {
     agent->PurgeNotify(1);
     return agent;
   }
-  void Configure() {
-    auto config = engine->Config();
-    config->StoreLocation("c:\\Store");
-    config->PeriodUnits("Month");
-    config->PeriodCount(1);
-    config->ReferenceDate(DateSerial(2024, 1, 1));
-    ASSERT_TRUE(config->SetPeriodFormat("File '@yyyy-mm'"));
-    engine->Configured(true);
-  }
+  // Monthly stores, which the tests name.
+  void Configure() { EngineTest::Configure("Month", "File '@yyyy-mm'"); }
   void Start() {
     engine->Running(true);
     Pass();
@@ -97,7 +85,7 @@ class ProcessingTest : public ::testing::Test {
     Pass();
   }
   [[nodiscard]] std::filesystem::path StoreFile(const std::string& name) const {
-    return paths.ToNative("c:\\Store\\" + name + ".pst");
+    return Native("c:\\Orvane Vellix Store\\" + name + ".pst");
   }
   // Subjects of the items a store holds, oldest first.
   [[nodiscard]] std::vector<std::string> StoreSubjects(const std::string& name) const {
@@ -136,24 +124,16 @@ class ProcessingTest : public ::testing::Test {
     if (!monitor->Processing()) line += " NOT-PROCESSING";
     Record(std::move(line));
   }
-  vellix::test::TempFolder scratch;
-  std::filesystem::path root = scratch.Path();
-  desktop::PathMapping paths{root / "data"};
-  std::filesystem::path engineFile = root / "engine" / "engine.xml";
-  ManualClock clock{DateTimeSerial(2024, 5, 15, 10, 30, 0)};
   vellix::test::ScriptedHost host{&clock};
   size_t scanSlice = 5000;
   // Runs on the panel's thread each time a task of the pass takes the profile.
   std::function<void()> onProfile;
   std::thread::id uiThread = std::this_thread::get_id();
-  std::shared_ptr<vellix::test::RecordingErrorLog> log =
-      std::make_shared<vellix::test::RecordingErrorLog>();
   std::shared_ptr<outlook::MailProfile> profile = std::make_shared<outlook::MailProfile>();
   std::shared_ptr<outlook::ProfileFolder> inbox;
   std::shared_ptr<outlook::ProfileFolder> projects;
   std::shared_ptr<outlook::ProfileFolder> sent;
   Processor* processor = nullptr;
-  std::shared_ptr<EngineServer> engine;
   std::vector<Connection> connections;
   std::vector<std::string> events;
   int passes = 0;

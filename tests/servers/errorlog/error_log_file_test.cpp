@@ -7,6 +7,7 @@
 #include <random>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "servers/errorlog/error_log_server.h"
@@ -31,12 +32,21 @@ class ErrorLogFileTest : public ::testing::Test {
   ManualClock clock_{DateTimeSerial(2024, 5, 1, 9, 5, 7)};
 };
 
-TEST_F(ErrorLogFileTest, WritesOneTabSeparatedLinePerCall) {
-  const auto file = folder_ / "state" / "ErrorLog.txt";
+TEST_F(ErrorLogFileTest, WritesOneTabSeparatedLinePerCallToAFileOfTheUsersAlone) {
+  const auto file = folder_ / "state" / "vellix" / "ErrorLog.txt";
+  const mode_t mask = ::umask(022);  // the usual mask, which would leave the log readable
   ErrorLogServer server(file, clock_);
   auto log = server.ErrorLog();
   ASSERT_FALSE(log.IsNothing()) << server.OpenError();
   log->ComponentStarted("VellixControl");
+  ::umask(mask);
+  struct stat info {};
+  for (const auto& [made, mode] : {std::pair{file, 0600u},
+                                   {folder_ / "state", 0700u},
+                                   {folder_ / "state" / "vellix", 0700u}}) {
+    ASSERT_EQ(::stat(made.c_str(), &info), 0) << made;
+    EXPECT_EQ(info.st_mode & 0777, mode) << made;
+  }
   log->LogEvent(kProject, "frmPopup", "Form_Load", "Object variable not set", 91, "");
   const std::string nasty = "two\tcolumns\r\nand C:\\path\\n";
   log->LogEvent(kProject, "Startup", "Main", nasty, -5, "");
@@ -117,24 +127,6 @@ TEST_F(ErrorLogFileTest, EveryRecordWrittenBeforeAKillIsInTheFile) {
     }
     ASSERT_GT(whole, target);
     expected = whole;
-  }
-}
-
-TEST_F(ErrorLogFileTest, ANewLogAndTheFoldersMadeForItAreTheUsersAlone) {
-  const mode_t mask = ::umask(022);
-  const auto file = folder_ / "state" / "vellix" / "ErrorLog.txt";
-  {
-    ErrorLogServer server(file, clock_);
-    auto log = server.ErrorLog();
-    if (!log.IsNothing()) log->ComponentStarted("VellixControl");
-  }
-  ::umask(mask);
-  struct stat info {};
-  ASSERT_EQ(::stat(file.c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 0777, 0600u);
-  for (const auto& made : {folder_ / "state", folder_ / "state" / "vellix"}) {
-    ASSERT_EQ(::stat(made.c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777, 0700u) << made;
   }
 }
 
