@@ -8,6 +8,7 @@
 #include "foundation/engine_config.h"
 #include "foundation/period.h"
 #include "foundation/tree_view.h"
+#include "panels/panel_test.h"
 #include "servers/engine/store_file.h"
 #include "support/popup/popup_world.h"
 #include "support/temp_folder.h"
@@ -16,17 +17,10 @@ namespace vellix {
 namespace {
 
 namespace fs = std::filesystem;
+using test::Rows;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::UnorderedElementsAreArray;
-
-std::vector<std::string> Rows(const ListBox& list) {
-  std::vector<std::string> out;
-  out.reserve(static_cast<size_t>(list.ListCount()));
-  for (int32_t i = 0; i < list.ListCount(); ++i)
-    out.push_back(list.List(i));
-  return out;
-}
 
 class AttachPeriod : public ::testing::Test {
  protected:
@@ -34,13 +28,8 @@ class AttachPeriod : public ::testing::Test {
   // file's path as the engine keeps it.
   void Engine(const std::vector<std::pair<std::string, std::string>>& periods) {
     std::string xml;
-    for (const auto& [name, file] : periods) {
-      xml += "<Period Name=\"";
-      xml += name;
-      xml += "\" FileName=\"";
-      xml += file;
-      xml += "\" />";
-    }
+    for (const auto& [name, file] : periods)
+      xml += "<Period Name=\"" + name + "\" FileName=\"" + file + "\" />";
     w.LoadEngine("", xml);
     w.Start();
     w.log->records.clear();
@@ -99,7 +88,7 @@ TEST_F(AttachPeriod, OffersTheStoreFilesOfTheStoreFolderThatNoPeriodClaims) {
   EXPECT_THAT(w.Problems(), IsEmpty());
 }
 
-TEST_F(AttachPeriod, OkWithNothingToAttachOrNothingChosenClosesWithoutAsking) {
+TEST_F(AttachPeriod, OkWithNothingChosenClosesAFileThatIsNoStoreIsRefusedAMissingFolderIsTraced) {
   // Every store is a period's: the list is empty.
   Engine({{"Archive 2024", (Store() / "Archive 2024.pst").string()}});
   Put("Archive 2024.pst");
@@ -107,16 +96,30 @@ TEST_F(AttachPeriod, OkWithNothingToAttachOrNothingChosenClosesWithoutAsking) {
   EXPECT_THAT(Rows(dialog.lstPeriods), IsEmpty());
   ASSERT_TRUE(dialog.cmdOK.UserClick());
   EXPECT_FALSE(dialog.Loaded());
-  // A store offered, none chosen.
-  Put("Loose.pst");
+  // A file offered, none chosen.
+  Put("Impostor.pst");
   Open();
-  ASSERT_THAT(Rows(dialog.lstPeriods), ElementsAre("Loose.pst"));
+  ASSERT_THAT(Rows(dialog.lstPeriods), ElementsAre("Impostor.pst"));
   ASSERT_EQ(dialog.lstPeriods.ListIndex(), -1);
   ASSERT_TRUE(dialog.cmdOK.UserClick());
   EXPECT_FALSE(dialog.Loaded());
   EXPECT_EQ(AttachCalls(), 0);
   EXPECT_THAT(w.host.Prompts(), IsEmpty());
+  // Chosen, it is no store: refused once.
+  Open();
+  ASSERT_TRUE(dialog.lstPeriods.UserClickRow(0));
+  ASSERT_TRUE(dialog.cmdOK.UserClick());
+  EXPECT_THAT(w.host.Prompts(), ElementsAre(w.Text(".Strings.frmAttachPeriod.MsgFail")));
+  EXPECT_FALSE(dialog.Loaded());
+  EXPECT_EQ(w.engine->Config()->Periods().Count(), 1);
   EXPECT_THAT(w.Problems(), IsEmpty());
+  // A missing store folder leaves the list empty and a trace.
+  fs::remove_all(Store());
+  Open();
+  EXPECT_THAT(Rows(dialog.lstPeriods), IsEmpty());
+  EXPECT_THAT(w.Problems(),
+              ElementsAre(test::LogRecord{"frmAttachPeriod", "LoadForm", "Path not found", 76}));
+  ASSERT_TRUE(dialog.cmdCancel.UserClick());
 }
 
 TEST_F(AttachPeriod, AStoreBroughtBackBecomesAPeriodTheSummaryLists) {
@@ -148,26 +151,6 @@ TEST_F(AttachPeriod, AStoreBroughtBackBecomesAPeriodTheSummaryLists) {
   Open();
   EXPECT_THAT(Rows(dialog.lstPeriods), IsEmpty());
   EXPECT_THAT(w.Problems(), IsEmpty());
-}
-
-TEST_F(AttachPeriod, AFileThatIsNoStoreIsRefusedOnceAndAMissingStoreFolderLeavesATrace) {
-  Engine({});
-  Put("Impostor.pst");
-  FrmAttachPeriod& dialog = Open();
-  ASSERT_THAT(Rows(dialog.lstPeriods), ElementsAre("Impostor.pst"));
-  ASSERT_TRUE(dialog.lstPeriods.UserClickRow(0));
-  ASSERT_TRUE(dialog.cmdOK.UserClick());
-  EXPECT_THAT(w.host.Prompts(), ElementsAre(w.Text(".Strings.frmAttachPeriod.MsgFail")));
-  EXPECT_FALSE(dialog.Loaded());
-  EXPECT_EQ(w.engine->Config()->Periods().Count(), 0);
-  EXPECT_THAT(w.Problems(), IsEmpty());
-  // A missing store folder leaves the list empty and a trace.
-  fs::remove_all(Store());
-  Open();
-  EXPECT_THAT(Rows(dialog.lstPeriods), IsEmpty());
-  EXPECT_THAT(w.Problems(),
-              ElementsAre(test::LogRecord{"frmAttachPeriod", "LoadForm", "Path not found", 76}));
-  ASSERT_TRUE(dialog.cmdCancel.UserClick());
 }
 
 }  // namespace

@@ -5,10 +5,10 @@
 #include <string>
 
 #include "foundation/config_node.h"
+#include "panels/panel_test.h"
 #include "platform/desktop/path_mapping.h"
 #include "servers/engine/engine_server.h"
 #include "servers/engine/processing_hooks.h"
-#include "support/popup/popup_world.h"
 
 namespace vellix {
 namespace {
@@ -40,9 +40,7 @@ class PredictiveStart : public ::testing::Test {
     w.log->records.clear();  // the start's own unexpected "not configured" report
   }
   void SetText(const std::string& key, const Variant& value) {
-    w.config->RootNode()
-        ->GetNode(std::string(FrmPredictiveStart::kTextNode) + key, true, "String", value)
-        ->SetContent(value);
+    test::SetKey(w, FrmPredictiveStart::kTextNode + key, value);
   }
   // The message the dialog shows for this rate and wording; whatever the
   // figures, it opens offering Later.
@@ -62,8 +60,35 @@ class PredictiveStart : public ::testing::Test {
 };
 
 TEST_F(PredictiveStart,
-       TheMessageTellsItemsAndWholeMinutesOnlyRunNowClearsLaterAndARateOfNothingIsLogged) {
+       ButtonsLieUnderTheMessageOfItemsAndWholeMinutesOnlyRunNowClearsLaterANoRateIsLogged) {
   StartWith(0);
+  // The buttons lie under the message, at its right end.
+  SetText("Width", Variant(6000));
+  dialog().Load();
+  const LayoutMetrics& m = dialog().Metrics();
+  ASSERT_GT(m.Border, 0);
+  const Label& msg = dialog().lblMessage;
+  const CommandButton& later = dialog().cmdRunLater;
+  const CommandButton& now = dialog().cmdRunNow;
+  EXPECT_EQ(msg.Width(), 6000 - 2 * m.Border - 2 * m.FormBLRBorder);
+  EXPECT_EQ(msg.Height(), 3 * m.RowHeight);
+  EXPECT_EQ(later.Left() + later.Width(), msg.Left() + msg.Width());
+  EXPECT_EQ(later.Top(), msg.Top() + msg.Height() + m.Border);
+  EXPECT_EQ(now.Top(), later.Top());
+  EXPECT_EQ(now.Left() + now.Width() + m.Border, later.Left());
+  EXPECT_EQ(dialog().Height(),
+            later.Top() + m.RowHeight + m.Border + m.FormTopBorder + m.FormBLRBorder);
+  EXPECT_EQ(dialog().Caption(), w.Text(".Strings.frmPredictiveStart.Caption"));
+  EXPECT_EQ(now.Caption(), w.Text(".Strings.frmPredictiveStart.cmdRunNow"));
+  dialog().Unload();
+  // Where a key gives nothing the design captions stand.
+  SetText("Caption", Variant(""));
+  SetText("cmdRunNow", Variant(""));
+  dialog().Load();
+  EXPECT_EQ(dialog().Caption(), "Vellix is now configured");
+  EXPECT_EQ(dialog().cmdRunNow.Caption(), "Run Now");
+  dialog().Unload();
+  // Loading asks the engine for its forecast and flushes it.
   EXPECT_EQ(MessageFor(Variant(600), "XXX items, about YYY minutes"), "0 items, about 1 minutes");
   EXPECT_THAT(w.Journal(), Contains("Flush"));
   // Only Run Now clears Later, and the next load starts at Later again.
@@ -91,35 +116,5 @@ TEST_F(PredictiveStart,
                                                           "Division by zero", 11}));
   }
 }
-
-TEST_F(PredictiveStart, LayoutPutsTheButtonsUnderTheMessageAtItsRightEnd) {
-  StartWith(0);
-  SetText("Width", Variant(6000));
-  dialog().Load();
-  const LayoutMetrics& m = dialog().Metrics();
-  ASSERT_GT(m.Border, 0);
-  const Label& msg = dialog().lblMessage;
-  const CommandButton& later = dialog().cmdRunLater;
-  const CommandButton& now = dialog().cmdRunNow;
-  EXPECT_EQ(msg.Width(), 6000 - 2 * m.Border - 2 * m.FormBLRBorder);
-  EXPECT_EQ(msg.Height(), 3 * m.RowHeight);
-  EXPECT_EQ(later.Left() + later.Width(), msg.Left() + msg.Width());
-  EXPECT_EQ(later.Top(), msg.Top() + msg.Height() + m.Border);
-  EXPECT_EQ(now.Top(), later.Top());
-  EXPECT_EQ(now.Left() + now.Width() + m.Border, later.Left());
-  EXPECT_EQ(dialog().Height(),
-            later.Top() + m.RowHeight + m.Border + m.FormTopBorder + m.FormBLRBorder);
-  EXPECT_EQ(dialog().Caption(), w.Text(".Strings.frmPredictiveStart.Caption"));
-  EXPECT_EQ(now.Caption(), w.Text(".Strings.frmPredictiveStart.cmdRunNow"));
-  dialog().Unload();
-  // Where a key gives nothing the design captions stand.
-  SetText("Caption", Variant(""));
-  SetText("cmdRunNow", Variant(""));
-  dialog().Load();
-  EXPECT_EQ(dialog().Caption(), "Vellix is now configured");
-  EXPECT_EQ(dialog().cmdRunNow.Caption(), "Run Now");
-  dialog().Unload();
-}
-
 }  // namespace
 }  // namespace vellix

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "foundation/config_node.h"
+#include "panels/panel_test.h"
 #include "support/fake_outlook.h"
-#include "support/popup/popup_world.h"
 
 namespace vellix {
 namespace {
@@ -63,9 +63,7 @@ class PurgeNotice : public ::testing::Test {
     return result;
   }
   void SetKey(const std::string& key, const Variant& value) {
-    w.config->RootNode()
-        ->GetNode(std::string(FrmPurgeNotice::kTextNode) + "." + key, true, value.TypeName(), value)
-        ->SetContent(value);
+    test::SetKey(w, std::string(FrmPurgeNotice::kTextNode) + "." + key, value);
   }
   int32_t PurgeNotify() { return w.engine->Config()->Agent(kAgent)->PurgeNotify(); }
   std::vector<std::string> AgentWrites() {
@@ -110,9 +108,7 @@ TEST_F(PurgeNotice, TextsComeFromTheTreeWithEveryPlaceholderFilledInAnyCase) {
 
 TEST_F(PurgeNotice, MissingKeysAreMadeWithTheDesignTexts) {
   // A tree whose branch has no texts at all: start-up grafts nothing.
-  w.config->RootNode()
-      ->GetNode("Componants.VellixControl.Hidden", true, "Boolean", Variant(true))
-      ->SetContent(Variant(true));
+  test::SetKey(w, "Componants.VellixControl.Hidden", Variant(true));
   Start();
   SetKey("cmdOK_Caption", Variant("Fine"));  // a key that is there stays as it is
   Ask([](FrmPurgeNotice& d) {

@@ -11,6 +11,7 @@
 #include "foundation/date.h"
 #include "foundation/desktop.h"
 #include "foundation/engine_config.h"
+#include "panels/panel_test.h"
 #include "servers/engine/engine_file.h"
 #include "support/popup/popup_world.h"
 #include "support/temp_folder.h"
@@ -133,7 +134,7 @@ TEST_F(Recover, TheListRunsOldestFirstWithTheNewestChosenAndEqualTimesInReverseO
     SCOPED_TRACE(descending ? "read Z to A" : "read A to Z");
     listed_.descending = descending;
     Open(source, store, [&](FrmRecover& d) {
-      std::vector<std::string> names, descriptions, rows;
+      std::vector<std::string> names, descriptions;
       for (const Ref<ConfigFileInfo>& info : d.ConfigFiles()) {
         names.push_back(info->FileName());
         descriptions.push_back(info->Description());
@@ -142,9 +143,7 @@ TEST_F(Recover, TheListRunsOldestFirstWithTheNewestChosenAndEqualTimesInReverseO
       if (descending) std::swap(middle[0], middle[1]);
       ASSERT_THAT(names, ElementsAre(Saved("a early.xml"), Saved(middle[0]), Saved(middle[1]),
                                      Saved("d late.xml")));
-      for (int32_t i = 0; i < d.lstConfigFiles.ListCount(); ++i)
-        rows.push_back(d.lstConfigFiles.List(i));
-      EXPECT_EQ(rows, descriptions);
+      EXPECT_EQ(test::Rows(d.lstConfigFiles), descriptions);
       EXPECT_THAT(descriptions[3], ::testing::StartsWith("01 September 2026 10:00 - 4 agents"));
       // Without a click the newest is used, and no row shows as chosen.
       EXPECT_EQ(d.lstConfigFiles.ListIndex(), -1);
@@ -161,8 +160,7 @@ TEST_F(Recover, TheListRunsOldestFirstWithTheNewestChosenAndEqualTimesInReverseO
   // without a width of its own the data column sets the width.
   const std::string widthKey = std::string(FrmRecover::kTextNode) + ".Width";
   for (const bool ownWidth : {true, false}) {
-    if (!ownWidth)
-      w.config->RootNode()->GetNode(widthKey, false, "", Variant())->SetContent(Variant(0));
+    if (!ownWidth) test::SetKey(w, widthKey, Variant(0));
     Open(source, store, [&](FrmRecover& d) {
       const LayoutMetrics& lm = d.Metrics();
       const int32_t right = d.lstConfigFiles.Left() + d.lstConfigFiles.Width();

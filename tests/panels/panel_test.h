@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "foundation/agent.h"
+#include "foundation/config_node.h"
 #include "foundation/engine_config.h"
 #include "support/popup/popup_world.h"
 
@@ -17,6 +18,11 @@ inline void OpenTab(PopupWorld& w, const std::string& tab) {
   EXPECT_TRUE(w.popup.tabControlOptions.UserSelectTab(tab));
   w.log->records.clear();
   w.engine->ClearJournal();
+}
+
+// Writes a key of the configuration tree, made of the value's type when missing.
+inline void SetKey(PopupWorld& w, const std::string& key, const Variant& value) {
+  w.config->RootNode()->GetNode(key, true, value.TypeName(), value)->SetContent(value);
 }
 
 inline Ref<Agent> AgentOf(PopupWorld& w, const std::string& nameOrId) {

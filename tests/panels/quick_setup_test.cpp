@@ -11,9 +11,9 @@
 #include "foundation/config_node.h"
 #include "foundation/engine_config.h"
 #include "foundation/outlook.h"
+#include "panels/panel_test.h"
 #include "platform/outlook/profile_mail_program.h"
 #include "servers/config/config_server.h"
-#include "support/popup/popup_world.h"
 
 namespace vellix::test {
 namespace {
@@ -54,13 +54,6 @@ void FillInThePage(PopupWorld& w) {
   TickOnly(qs, {&qs.chkEmails, &qs.chkCalendar});
   ASSERT_TRUE(qs.optQuarter.UserClick());
   ASSERT_TRUE(qs.txtBackupPath.UserSetText((w.dir / "backup").string()));
-}
-
-void SetTreeValue(PopupWorld& w, const std::string& key, const std::string& type,
-                  const Variant& value) {
-  w.config->RootNode()
-      ->GetNode("Componants.VellixControl" + key, true, type, value)
-      ->SetContent(value);
 }
 
 std::vector<std::string> AgentNames(PopupWorld& w) {
@@ -197,8 +190,8 @@ TEST(QuickSetup, LoadFillsThePageFromTheDefaultsAndTheDateUnlocksOnlyWhileTicked
   PopupWorld w;
   w.PresetHidden(false);
   // The boot file's defaults, with one turned round to show the key is read.
-  SetTreeValue(w, ".DefaultTasks", "Boolean", Variant(true));
-  SetTreeValue(w, ".DefaultEmails", "Boolean", Variant(false));
+  SetKey(w, "Componants.VellixControl.DefaultTasks", Variant(true));
+  SetKey(w, "Componants.VellixControl.DefaultEmails", Variant(false));
   w.Start();
   QuickSetupPanel& qs = w.popup.quickSetup;
   EXPECT_THAT(
@@ -251,7 +244,7 @@ TEST(QuickSetup, EveryBoxMakesItsAgentAndOnlyAQuarterlySetupChangesMailAndCalend
     }
     ASSERT_TRUE(qs.txtBackupPath.UserSetText("/srv/backup"));
     // Something changed in the tree and not yet committed: the save commits it.
-    SetTreeValue(w, ".Strings.ProductName", "String", Variant("Probe"));
+    SetKey(w, "Componants.VellixControl.Strings.ProductName", Variant("Probe"));
     w.engine->ClearJournal();
     ASSERT_TRUE(qs.SaveQuickSetup());
     const auto& journal = w.engine->Journal();
@@ -285,10 +278,49 @@ TEST(QuickSetup, EveryBoxMakesItsAgentAndOnlyAQuarterlySetupChangesMailAndCalend
   }
 }
 
-TEST(QuickSetup, BrowseFillsItsOwnFieldAndDoubtfulFoldersAreAskedAboutUntilTheUsersYes) {
+TEST(QuickSetup, ThePageIsLaidOutInFramesBrowseFillsItsOwnFieldAndDoubtfulFoldersAreAskedAbout) {
   PopupWorld w;
   StartOnThePage(w);
   QuickSetupPanel& qs = w.popup.quickSetup;
+  const LayoutMetrics& m = w.popup.Metrics();
+  // Each frame holds its controls, each inside it and none on another.
+  const std::pair<const char*, size_t> containers[] = {{"picQuickSetup", 8U},
+                                                       {"fraPeriod", 2U},
+                                                       {"fraReference", 2U},
+                                                       {"fraStorage", 8U},
+                                                       {"fraDefaultFolders", 5U}};
+  for (const auto& [container, count] : containers) {
+    const Control* box = w.popup.Find(container);
+    ASSERT_NE(box, nullptr);
+    const auto children = w.popup.ChildrenOf(container);
+    EXPECT_EQ(children.size(), count) << container;
+    for (size_t i = 0; i < children.size(); ++i) {
+      const Control& a = *children[i];
+      const bool inside = a.Left() >= 0 && a.Top() >= 0 && a.Width() > 0 && a.Height() > 0 &&
+                          a.Left() + a.Width() <= box->Width() &&
+                          a.Top() + a.Height() <= box->Height();
+      EXPECT_TRUE(inside) << a.Name() << " is empty or sticks out of " << container;
+      for (size_t j = i + 1; j < children.size(); ++j) {
+        const Control& b = *children[j];
+        const bool apart = a.Left() + a.Width() <= b.Left() || b.Left() + b.Width() <= a.Left() ||
+                           a.Top() + a.Height() <= b.Top() || b.Top() + b.Height() <= a.Top();
+        EXPECT_TRUE(apart) << a.Name() << " overlaps " << b.Name();
+      }
+    }
+  }
+  // The buttons: one row at the bottom right, in the order Help, Configure
+  // More, Cancel, OK, a Border apart.
+  const Control& pic = w.popup.picQuickSetup;
+  EXPECT_EQ(qs.cmdOK.Left() + qs.cmdOK.Width(), pic.Width() - m.Border);
+  EXPECT_EQ(qs.cmdOK.Top() + qs.cmdOK.Height(), pic.Height() - m.Border);
+  const CommandButton* row[] = {&qs.cmdHelp, &qs.cmdConfigMore, &qs.cmdCancel, &qs.cmdOK};
+  for (size_t i = 1; i < 4; ++i) {
+    EXPECT_EQ(row[i]->Top(), qs.cmdOK.Top());
+    EXPECT_EQ(row[i]->Left(), row[i - 1]->Left() + row[i - 1]->Width() + m.Border);
+  }
+  // Labels sit in the label column.
+  EXPECT_EQ(qs.lblStore.Top(), qs.txtStorePath.Top() + m.TextOffset);
+  EXPECT_EQ(qs.txtStorePath.Left(), m.Border + m.LabelColumnWidth + m.Border);
   // Each browse button fills its own field; a cancelled dialog changes nothing.
   const std::string storeBefore = qs.txtStorePath.Text();
   const fs::path chosen = w.dir / "chosen";
@@ -357,51 +389,5 @@ TEST(QuickSetup, WithoutOutlookNothingIsWrittenAndTheUserIsTold) {
   EXPECT_THAT(w.Problems(), ElementsAre(LogRecord{"frmPopup", "SaveQuickSetup", message, 0}));
   EXPECT_THAT(w.Journal(), IsEmpty());
 }
-
-TEST(QuickSetup, ThePageIsLaidOutInFramesWithoutOverlapsAndButtonsBottomRight) {
-  PopupWorld w;
-  StartOnThePage(w);
-  QuickSetupPanel& qs = w.popup.quickSetup;
-  const LayoutMetrics& m = w.popup.Metrics();
-  // Each frame holds its controls, each inside it and none on another.
-  const std::pair<const char*, size_t> containers[] = {{"picQuickSetup", 8U},
-                                                       {"fraPeriod", 2U},
-                                                       {"fraReference", 2U},
-                                                       {"fraStorage", 8U},
-                                                       {"fraDefaultFolders", 5U}};
-  for (const auto& [container, count] : containers) {
-    const Control* box = w.popup.Find(container);
-    ASSERT_NE(box, nullptr);
-    const auto children = w.popup.ChildrenOf(container);
-    EXPECT_EQ(children.size(), count) << container;
-    for (size_t i = 0; i < children.size(); ++i) {
-      const Control& a = *children[i];
-      const bool inside = a.Left() >= 0 && a.Top() >= 0 && a.Width() > 0 && a.Height() > 0 &&
-                          a.Left() + a.Width() <= box->Width() &&
-                          a.Top() + a.Height() <= box->Height();
-      EXPECT_TRUE(inside) << a.Name() << " is empty or sticks out of " << container;
-      for (size_t j = i + 1; j < children.size(); ++j) {
-        const Control& b = *children[j];
-        const bool apart = a.Left() + a.Width() <= b.Left() || b.Left() + b.Width() <= a.Left() ||
-                           a.Top() + a.Height() <= b.Top() || b.Top() + b.Height() <= a.Top();
-        EXPECT_TRUE(apart) << a.Name() << " overlaps " << b.Name();
-      }
-    }
-  }
-  // The buttons: one row at the bottom right, in the order Help, Configure
-  // More, Cancel, OK, a Border apart.
-  const Control& pic = w.popup.picQuickSetup;
-  EXPECT_EQ(qs.cmdOK.Left() + qs.cmdOK.Width(), pic.Width() - m.Border);
-  EXPECT_EQ(qs.cmdOK.Top() + qs.cmdOK.Height(), pic.Height() - m.Border);
-  const CommandButton* row[] = {&qs.cmdHelp, &qs.cmdConfigMore, &qs.cmdCancel, &qs.cmdOK};
-  for (size_t i = 1; i < 4; ++i) {
-    EXPECT_EQ(row[i]->Top(), qs.cmdOK.Top());
-    EXPECT_EQ(row[i]->Left(), row[i - 1]->Left() + row[i - 1]->Width() + m.Border);
-  }
-  // Labels sit in the label column.
-  EXPECT_EQ(qs.lblStore.Top(), qs.txtStorePath.Top() + m.TextOffset);
-  EXPECT_EQ(qs.txtStorePath.Left(), m.Border + m.LabelColumnWidth + m.Border);
-}
-
 }  // namespace
 }  // namespace vellix::test

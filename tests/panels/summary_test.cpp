@@ -11,7 +11,7 @@
 
 #include "foundation/config_node.h"
 #include "foundation/engine_config.h"
-#include "support/popup/popup_world.h"
+#include "panels/panel_test.h"
 #include "support/temp_folder.h"
 
 namespace vellix::test {
@@ -22,7 +22,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Pair;
 
-using Rows = std::vector<std::pair<std::string, std::string>>;
+using NamedRows = std::vector<std::pair<std::string, std::string>>;
 
 constexpr const char* kSummary = ".Strings.ControlPanel.Summary";
 
@@ -51,8 +51,8 @@ void LoadArchive(PopupWorld& w) {
           " LastBackup=" + at(2026, 11, 21, 22, 0, 0) + " Connected=\"False\" />");
 }
 
-Rows GridRows(const FlexGrid& grid) {
-  Rows out;
+NamedRows GridRows(const FlexGrid& grid) {
+  NamedRows out;
   for (int32_t r = 0; r < grid.Rows(); ++r)
     out.emplace_back(grid.TextMatrix(r, 0), grid.TextMatrix(r, 1));
   return out;
@@ -70,13 +70,6 @@ std::vector<std::string> Texts(const std::vector<TreeNode*>& nodes) {
   for (const TreeNode* node : nodes)
     out.push_back(node->Text());
   return out;
-}
-
-void SetText(PopupWorld& w, const std::string& key, const std::string& text) {
-  w.config->RootNode()
-      ->GetNode("Componants.VellixControl" + std::string(kSummary) + "." + key, true, "String",
-                Variant(text))
-      ->SetContent(Variant(text));
 }
 
 // A period whose backup status can be anything the engine might answer.
@@ -168,7 +161,7 @@ TEST(SummaryPanel, SelectorListsAgentsAndPeriodsAndEachNodeShowsItsListOrItsFigu
       {"ItemsToPurge", "purge"},    {"Periods", "Count"}, {"EarliestStore", "earliest"},
       {"MostRecentStore", "Latest"}};
   for (const auto& [key, text] : names)
-    SetText(w, std::string("Agent.") + key, text);
+    SetKey(w, std::string("Componants.VellixControl") + kSummary + ".Agent." + key, Variant(text));
   ASSERT_TRUE(su.tvwSuSelector.UserClickNode("Received Emails"));
   EXPECT_THAT(GridRows(su.fgcSuDetail),
               ElementsAre(Pair("Count", "2"), Pair("count", "1,234,567"),
@@ -232,7 +225,7 @@ TEST(SummaryPanel, EmptyAgentListAndCollidingNames) {
   w.engine->Config()->Agent("Zed")->Name("In\\Out");
   su.Load();
   ASSERT_TRUE(su.tvwSuSelector.UserClickNode("Agents"));
-  const Rows before = GridRows(su.fgcSuDetail);
+  const NamedRows before = GridRows(su.fgcSuDetail);
   ASSERT_TRUE(su.tvwSuSelector.UserClickNode("In\\Out"));
   EXPECT_EQ(GridRows(su.fgcSuDetail), before);
 }
