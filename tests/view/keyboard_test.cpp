@@ -78,7 +78,7 @@ std::string Focused() {
 
 using Keyboard = ShownForm<KeyForm>;
 
-TEST_F(Keyboard, FocusStartsOnTheFirstFieldAndTabFollowsTheLayout) {
+TEST_F(Keyboard, FocusTabEnterEscapeAndCtrlTabFollowTheLayoutAndTheButtons) {
   // The first field gets the focus and nothing else: the option that was on stays on.
   EXPECT_EQ(Focused(), "optOne");
   EXPECT_EQ(form.ActiveControl(), &form.optOne);
@@ -102,24 +102,22 @@ TEST_F(Keyboard, FocusStartsOnTheFirstFieldAndTabFollowsTheLayout) {
   EXPECT_TRUE(form.optTwo.Value());
   // The main window's size is the model's, not the user's to drag.
   EXPECT_EQ(window->minimumSize(), window->maximumSize());
-}
 
-TEST_F(Keyboard, EnterPressesTheDefaultButtonAndEscapeTheCancelButton) {
+  // Enter presses the default button, Escape the cancel button; as a click
+  // would, the button takes the focus, then its Click runs.
   auto* edit = Find<QLineEdit>("txtFirst");
   edit->setFocus(Qt::MouseFocusReason);
+  form.log.clear();  // the walk left the field once
   QTest::keyClick(edit, Qt::Key_Return);
   QTest::keyClick(edit, Qt::Key_Escape);
-  // As a click would: the button takes the focus, then its Click runs.
   EXPECT_THAT(form.log, ElementsAre("txtFirst_LostFocus", "cmdOK_Click", "cmdCancel_Click"));
   EXPECT_TRUE(window->isVisible());
-}
 
-TEST_F(Keyboard, CtrlTabTurnsThePageAsAClickOnTheStripWould) {
-  auto* edit = Find<QLineEdit>("txtFirst");
+  // Ctrl+Tab turns the page as a click on the strip would: the field loses
+  // the focus first, then the strip's veto keeps the page.
   auto* bar = Find<QTabBar>("tabPages");
   edit->setFocus(Qt::MouseFocusReason);
   form.log.clear();
-  // The field loses the focus first, then the strip's veto keeps the page.
   form.veto = true;
   QTest::keyClick(edit, Qt::Key_Tab, Qt::ControlModifier);
   EXPECT_EQ(form.tabPages.SelectedItem()->Key(), "a");
