@@ -1,4 +1,5 @@
 #include "app/app_options.h"
+#include "app/resource_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -12,6 +13,7 @@
 #include <fstream>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "foundation/date.h"
 #include "servers/engine/store_database.h"
@@ -62,11 +64,11 @@ TEST(CommandLine, OptionsAreReadWithTheirValuesAndAMistakeIsRefusedWithAMessage)
 }
 
 // The built program, as a user starts it from a terminal: its exit status
-// and what it said on standard error.
+// (-1 when it did not exit) and what it said on standard error.
 std::pair<int, std::string> RunProgram(const std::string& arguments,
-                                       const std::string& environment = "") {
-  const std::string command =
-      environment + " " + std::string(VELLIX_APP_EXE) + " " + arguments + " 2>&1";
+                                       const std::string& environment = "",
+                                       const std::string& program = VELLIX_APP_EXE) {
+  const std::string command = environment + " '" + program + "' " + arguments + " 2>&1";
   FILE* pipe = ::popen(command.c_str(), "r");
   if (!pipe) return {-1, ""};
   std::string output;
@@ -190,6 +192,58 @@ TEST(CommandLine, SigtermEndsTheProgramAsTheTraysExitDoes) {
   const std::string text = test::ReadText(log);
   EXPECT_NE(text.find("Event: Exit"), std::string::npos) << text;
   EXPECT_NE(text.find("ComponentEnded\tVellixControl"), std::string::npos) << text;
+}
+
+// The boot configuration marks the folder; the layouts are a build's (beside
+// the executable) and an install's (share/vellix-control of the prefix).
+TEST(ResourceFolder, ABuildReadsBesideTheProgramAnInstallFromItsSharedFolderElseItSaysWhere) {
+  namespace fs = std::filesystem;
+  struct Case {
+    const char* layout;
+    std::vector<std::string> bootFiles;  // relative to the prefix
+    std::string chosen;                  // relative to the prefix; "" for none
+  };
+  const Case cases[] = {
+      {"build", {"bin/VellixControlBootConfig.xml"}, "bin"},
+      {"install", {"share/vellix-control/VellixControlBootConfig.xml"}, "share/vellix-control"},
+      {"both",
+       {"bin/VellixControlBootConfig.xml", "share/vellix-control/VellixControlBootConfig.xml"},
+       "bin"},
+      {"neither", {"share/VellixControlBootConfig.xml", "bin/profiles/demo.xml"}, ""},
+  };
+  for (const auto& c : cases) {
+    const test::TempFolder prefix;
+    fs::create_directories(prefix / "bin");
+    for (const auto& file : c.bootFiles)
+      test::WriteText(prefix / file, "<Componants/>");
+    std::string error;
+    const auto chosen = ResourceFolder(prefix / "bin", error);
+    if (c.chosen.empty()) {
+      EXPECT_FALSE(chosen) << c.layout << ": " << chosen->string();
+      EXPECT_NE(error.find((prefix / "bin").string() + " nor in " +
+                           (prefix / "share" / "vellix-control").string()),
+                std::string::npos)
+          << error;
+    } else {
+      EXPECT_EQ(chosen, prefix / c.chosen) << c.layout << ": " << error;
+    }
+  }
+}
+
+// The built program moved to a folder without its files ends at once with
+// status 1 and the message, before any window.
+TEST(ResourceFolder, AProgramWithoutItsFilesEndsWithStatus1) {
+  namespace fs = std::filesystem;
+  const test::TempFolder scratch;
+  fs::create_directories(scratch / "bin");
+  const auto exe = scratch / "bin" / "vellix-control";
+  std::error_code ec;
+  fs::create_hard_link(VELLIX_APP_EXE, exe, ec);
+  if (ec) fs::copy_file(VELLIX_APP_EXE, exe);
+  const auto [status, output] = RunProgram("--data-dir '" + (scratch / "data").string() + "'",
+                                           "QT_QPA_PLATFORM=offscreen", exe.string());
+  EXPECT_EQ(status, 1) << output;
+  EXPECT_NE(output.find("neither in " + (scratch / "bin").string()), std::string::npos) << output;
 }
 
 }  // namespace

@@ -47,7 +47,7 @@ TEST(PathMapping, WindowsPathsLandUnderTheirDriveRootAndReadBack) {
   EXPECT_EQ(map.ToLogic(map.ToNative("e:\\A\\B")), "E:\\A\\B");
 }
 
-TEST(FileSystem, CreatesFoldersOneLevelDeepWritesBesideTheTemporaryFolderAndListsFiles) {
+TEST(FileSystem, CreatesFoldersOneLevelDeepWritesPrivateFilesBesideTheTempFolderAndListsFiles) {
   const vellix::test::TempFolder scratch;
   const PathMapping mapping(scratch.Path());
   PosixFileSystem fs{mapping};
@@ -129,6 +129,19 @@ TEST(FileSystem, CreatesFoldersOneLevelDeepWritesBesideTheTemporaryFolderAndList
 
   for (const char* missing : {"", " ", "E:\\Gone", "E:\\Backups\\Saved.xml"})
     EXPECT_EQ(ErrorNumber([&] { (void)fs.FilesOf(missing); }), 76) << missing;
+
+  // A new file is the user's alone, whatever the umask; an existing one keeps its mode.
+  const mode_t mask = ::umask(022);
+  fs.WriteTextFile("C:\\Process Log.txt", "log");
+  WriteText(scratch / "drives/c/shared.txt", "old");
+  std::filesystem::permissions(scratch / "drives/c/shared.txt", std::filesystem::perms(0644));
+  fs.WriteTextFile("C:\\shared.txt", "new");
+  ::umask(mask);
+  EXPECT_EQ(std::filesystem::status(scratch / "drives/c/Process Log.txt").permissions(),
+            std::filesystem::perms(0600));
+  EXPECT_EQ(std::filesystem::status(scratch / "drives/c/shared.txt").permissions(),
+            std::filesystem::perms(0644));
+  EXPECT_EQ(ReadText(scratch / "drives/c/shared.txt"), "new");
 }
 
 TEST(PersonalFolder, IsTheXdgDocumentsFolderWhenOneIsThereAndNothingOtherwise) {
@@ -200,22 +213,6 @@ TEST(BrowseForFolder, GivesTheChosenFolderAsThePanelWritesPathsAndNothingOnCance
   EXPECT_EQ(starts, (std::vector<std::string>{"/data/drives/e/Old", "", "/home/alex"}));
 
   EXPECT_EQ(XdgShell(mapping, nullptr).BrowseForFolder("No dialog", ""), std::nullopt);
-}
-
-TEST(PosixFileSystem, ANewFileIsTheUsersAloneAndAnExistingOneKeepsItsMode) {
-  vellix::test::TempFolder scratch;
-  PosixFileSystem fs{PathMapping(scratch.Path())};
-  const mode_t mask = ::umask(022);
-  fs.WriteTextFile("C:\\Process Log.txt", "log");
-  WriteText(scratch / "drives/c/shared.txt", "old");
-  std::filesystem::permissions(scratch / "drives/c/shared.txt", std::filesystem::perms(0644));
-  fs.WriteTextFile("C:\\shared.txt", "new");
-  ::umask(mask);
-  EXPECT_EQ(std::filesystem::status(scratch / "drives/c/Process Log.txt").permissions(),
-            std::filesystem::perms(0600));
-  EXPECT_EQ(std::filesystem::status(scratch / "drives/c/shared.txt").permissions(),
-            std::filesystem::perms(0644));
-  EXPECT_EQ(ReadText(scratch / "drives/c/shared.txt"), "new");
 }
 
 }  // namespace
