@@ -3,6 +3,7 @@
 #include <QTimer>
 #include <algorithm>
 #include <cstdlib>
+#include <limits>
 #include <utility>
 
 namespace vellix::app {
@@ -12,9 +13,10 @@ constexpr int kWatchdogMs = 120000;
 }  // namespace
 
 int WatchdogMs() {
-  const char* text = std::getenv("VELLIX_SCREENSHOT_WATCHDOG_MS");
-  const int ms = text == nullptr ? 0 : std::atoi(text);
-  return ms > 0 ? ms : kWatchdogMs;
+  // Nothing in the program sets the environment.
+  const char* text = std::getenv("VELLIX_SCREENSHOT_WATCHDOG_MS");  // NOLINT(concurrency-mt-unsafe)
+  const long ms = text == nullptr ? 0 : std::strtol(text, nullptr, 10);
+  return ms > 0 && ms <= std::numeric_limits<int>::max() ? static_cast<int>(ms) : kWatchdogMs;
 }
 
 int WaitScale() {
