@@ -12,6 +12,10 @@ seconds=${FUZZ_SECONDS:-30}
 budget=(-max_total_time="$seconds") label="${seconds}s"
 [ -z "${FUZZ_RUNS:-}" ] || { budget=(-runs="$FUZZ_RUNS"); label="$FUZZ_RUNS runs"; }
 seeds=tests/fuzz/corpus
+# Targets that go through files rewrite one file per input, and ext4 flushes
+# a file truncated and rewritten when it is closed: on disk they wait for it
+# at every input, so their scratch folder goes in memory where there is one.
+[ -n "${TMPDIR:-}" ] || [ ! -w /dev/shm ] || export TMPDIR=/dev/shm
 # The limits some targets meet by design (bytes of one input).
 declare -A max_len=([config_xml]=65536 [engine_file]=16384 [mail_profile]=65536)
 mkdir -p "$build/artifacts"

@@ -102,13 +102,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Check(end != std::string::npos, "the message does not end its last line", message);
     const std::string_view line = std::string_view(message).substr(at, end - at);
     at = end + 2;
-    Check(line.size() <= 998, "a line longer than mail allows", std::string(line));
+    Check(line.size() <= 998, "a line longer than mail allows", line);
     // Headers are printable; a 7-bit body may hold any byte but NUL, CR and LF.
     for (const char c : line) {
       const auto u = static_cast<unsigned char>(c);
       Check(inHeaders ? (u >= 0x20 && u < 0x7F) || c == '\t'
                       : u > 0 && u < 0x80 && c != '\r' && c != '\n',
-            "a byte mail can't carry in a line", std::string(line));
+            "a byte mail can't carry in a line", line);
     }
     if (boundary.empty() && line.starts_with("Content-Type: multipart/mixed; boundary=\""))
       boundary = "--" + std::string(line.substr(41, line.size() - 42));
