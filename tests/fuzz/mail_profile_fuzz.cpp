@@ -37,7 +37,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const auto back = vellix::outlook::LoadProfileText(written, "written");
   Check(back.profile != nullptr, "the written profile does not load",
         back.problem + "\n" + written);
-  Check(vellix::outlook::ProfileToXml(*back.profile) == written,
-        "the profile changed on its way through the file", written);
+  const std::string again = vellix::outlook::ProfileToXml(*back.profile);
+  if (again != written) {
+    Check(false, "the profile changed on its way through the file",
+          written + "\n-- read back, it is written as --\n" + again);
+  }
   return 0;
 }

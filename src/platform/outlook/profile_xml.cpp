@@ -250,6 +250,10 @@ class ProfileReader {
     item.recipient = node.attribute("to").value();
     item.attachment = node.attribute("attachment").value();
     item.key = node.attribute("key").value();
+    // The key is the message's id, which a rendered message carries on a
+    // header line of its own: a line break in it would split that header.
+    if (item.key.find_first_of("\r\n") != std::string::npos)
+      Fail(node, "has an item whose key holds a line break, which a message id can't hold");
     for (auto child : node.children()) {
       if (child.type() != pugi::node_element) continue;
       if (std::string_view(child.name()) != "message" || !item.message.empty()) {
