@@ -133,12 +133,19 @@ void WriteAgent(pugi::xml_node node, const AgentData& a) {
 
 // --- reading ---
 
+// The problems of a file: the first one said in full and how many there are.
+// Only the first is shown, and saying where a problem is means counting the
+// lines before it, so the others are only counted.
+struct Problems {
+  std::string first;
+  std::size_t count = 0;
+};
+
 // Reads the attributes of one element; a value that can't be read is named
 // in the problems, and any problem makes the whole file unreadable.
 class Fields {
  public:
-  Fields(pugi::xml_node node, std::string where, std::string_view source,
-         std::vector<std::string>& problems)
+  Fields(pugi::xml_node node, std::string where, std::string_view source, Problems& problems)
       : node_(node), where_(std::move(where)), source_(source), problems_(problems) {}
 
   template <class T>
@@ -180,13 +187,16 @@ class Fields {
   }
 
   void Problem(std::string_view what) const {
-    problems_.push_back(where_ + " " + std::string(what) + " (" + Position() + ")");
+    if (problems_.count++ == 0)
+      problems_.first = where_ + " " + std::string(what) + " (" + Position() + ")";
   }
 
  private:
   void Problem(const char* name, std::string_view value) const {
-    problems_.push_back(where_ + ": " + name + " \"" + std::string(value) + "\" can't be read (" +
-                        Position() + ")");
+    if (problems_.count++ == 0) {
+      problems_.first = where_ + ": " + name + " \"" + std::string(value) + "\" can't be read (" +
+                        Position() + ")";
+    }
   }
   [[nodiscard]] std::string Position() const {
     // The parser marks an element by its name; the user looks for its '<'.
@@ -197,11 +207,11 @@ class Fields {
   pugi::xml_node node_;
   std::string where_;
   std::string_view source_;
-  std::vector<std::string>& problems_;
+  Problems& problems_;
 };
 
 void ReadAgent(const Fields& f, pugi::xml_node node, const EngineData& data, AgentData& a,
-               std::vector<std::string>& problems, std::string_view source) {
+               Problems& problems, std::string_view source) {
   f.ReadAll(a, kAgentFields);
   if (a.id < 1) f.Problem("has no usable Id");
   if (a.name.empty()) f.Problem("has no name");
@@ -291,7 +301,7 @@ EngineFileRead ParseEngineText(std::string_view text) {
     return read;
   }
   EngineData& data = read.data;
-  std::vector<std::string> problems;
+  Problems problems;
   Fields(root, "The file", text, problems).Read("SavedTime", data.savedTime);
   const Fields settings(root.child("Settings"), "Settings", text, problems);
   settings.ReadAll(data.settings, kSettingsFields);
@@ -310,11 +320,11 @@ EngineFileRead ParseEngineText(std::string_view text) {
                data, p);
     data.periods.push_back(std::move(p));
   }
-  if (!problems.empty()) {
+  if (problems.count > 0) {
     // A value taken as something else would be written back as that: the
     // file is not read at all.
-    read.error = problems.front();
-    if (problems.size() > 1) read.error += ", and " + std::to_string(problems.size() - 1) + " more";
+    read.error = problems.first;
+    if (problems.count > 1) read.error += ", and " + std::to_string(problems.count - 1) + " more";
     read.data = EngineData();
     return read;
   }

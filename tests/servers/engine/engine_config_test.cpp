@@ -254,9 +254,10 @@ TEST_F(EngineTest, AMissingOrUnreadableEngineFileStartsAnUnconfiguredEngineAndKe
       {"<VellixEngine FormatVersion=\"1\">\n  <Settings Configured=\"True\" "
        "ReferenceDate=\"1 Jan 2024\"/>\n</VellixEngine>",
        "ReferenceDate \"1 Jan 2024\" can't be read (line 2, column 3)"},
+      // The first problem is said, and the others counted.
       {"<VellixEngine FormatVersion=\"1\"><Agents><Agent Id=\"4\" Name=\"Notes\" "
-       "RemovePeriod=\"x\"/></Agents></VellixEngine>",
-       "RemovePeriod \"x\""},
+       "RemovePeriod=\"x\" PurgeNotify=\"maybe\"/></Agents></VellixEngine>",
+       "RemovePeriod \"x\" can't be read (line 1, column 41), and 1 more"},
       {"<VellixEngine FormatVersion=\"1\"><Agents><Agent Id=\"4\" Name=\"Notes\"/>"
        "<Agent Id=\"5\" Name=\"notes\"/></Agents></VellixEngine>",
        "repeats the Id or name"},
