@@ -8,21 +8,10 @@
 #   bench/startup/callgrind.sh [build-dir] [runs]   (default: build/default, 3)
 set -euo pipefail
 
-build=${1:-build/default}
 runs=${2:-3}
-app="$build/src/app/vellix-control"
-bare="$build/bench/startup/bench_startup_bare"
-for program in "$app" "$bare"; do
-  if [[ ! -x $program ]]; then
-    echo "callgrind.sh: $program is not built; build the default preset first" >&2
-    exit 1
-  fi
-done
+# shellcheck source=bench/startup/programs.sh
+source "$(dirname "$0")/programs.sh"
 command -v valgrind >/dev/null || { echo "callgrind.sh: valgrind is not installed" >&2; exit 1; }
-
-export QT_QPA_PLATFORM=offscreen
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
 
 # The instructions one run of the program executed, all threads together.
 count() {
@@ -34,8 +23,6 @@ count() {
   }
   sed -n 's/^summary: \([0-9]*\).*/\1/p' "$out"
 }
-
-median() { sort -n | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }'; }
 
 app_counts=()
 bare_counts=()

@@ -7,20 +7,9 @@
 #   bench/startup/run.sh [build-dir] [runs]     (default: build/default, 31)
 set -euo pipefail
 
-build=${1:-build/default}
 runs=${2:-31}
-app="$build/src/app/vellix-control"
-bare="$build/bench/startup/bench_startup_bare"
-for program in "$app" "$bare"; do
-  if [[ ! -x $program ]]; then
-    echo "run.sh: $program is not built; build the default preset first" >&2
-    exit 1
-  fi
-done
-
-export QT_QPA_PLATFORM=offscreen
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
+# shellcheck source=bench/startup/programs.sh
+source "$(dirname "$0")/programs.sh"
 
 now_us() { echo "${EPOCHREALTIME/./}"; }
 
@@ -36,8 +25,6 @@ measure() {
   fi
   echo $(((painted / 1000) - start))
 }
-
-median() { sort -n | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }'; }
 
 app_times=()
 bare_times=()
