@@ -34,9 +34,14 @@ struct Token {
   std::string text;
 };
 
+// How many letters like the one at `at` follow on, counted only as far as the
+// longest token ("dddddd") reaches: counting a long run to its end at every
+// letter of it made a pattern of one repeated letter cost its length squared.
 size_t RunLength(std::string_view pattern, size_t at) {
+  constexpr size_t kLongestToken = 6;
   size_t n = 1;
-  while (at + n < pattern.size() && LCase(pattern[at + n]) == LCase(pattern[at]))
+  while (n < kLongestToken && at + n < pattern.size() &&
+         LCase(pattern[at + n]) == LCase(pattern[at]))
     ++n;
   return n;
 }

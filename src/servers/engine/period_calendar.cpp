@@ -64,6 +64,15 @@ PeriodSpan SampleSpan() {
   return {DateSerial(1963, 9, 22), DateSerial(1964, 11, 30)};
 }
 
+// Why a trimmed store name would leave the store folder, or null when it stays.
+const char* WhyNameLeavesFolder(std::string_view name) {
+  if (name.find_first_of(std::string_view("/\\\0", 3)) != std::string_view::npos) {
+    return "the name holds a folder separator or a NUL character";
+  }
+  if (name == "." || name == "..") return "the name is a folder's own name (\".\" or \"..\")";
+  return nullptr;
+}
+
 }  // namespace
 
 bool IsForbiddenInFileName(char c) {
@@ -133,15 +142,9 @@ bool StoreNameLeavesFolder(std::string_view format, const Locale& locale, std::s
   } catch (const VbError&) {
     return false;
   }
-  const auto say = [why](const char* reason) {
-    if (why != nullptr) *why = reason;
-    return true;
-  };
-  if (name.find_first_of(std::string_view("/\\\0", 3)) != std::string::npos) {
-    return say("the name holds a folder separator or a NUL character");
-  }
-  if (name == "." || name == "..") return say("the name is a folder's own name (\".\" or \"..\")");
-  return false;
+  const char* reason = WhyNameLeavesFolder(name);
+  if (reason != nullptr && why != nullptr) *why = reason;
+  return reason != nullptr;
 }
 
 bool StoreNameFormatAcceptable(std::string_view format, const Locale& locale, std::string* why) {
@@ -166,8 +169,9 @@ bool StoreNameFormatAcceptable(std::string_view format, const Locale& locale, st
   if (!hasToken) return refuse("there is no date token");
 
   const std::string name = ExpandStoreName(format, sample, locale);
-  if (Trim(name).empty()) return refuse("the name is empty");
-  if (StoreNameLeavesFolder(format, locale, why)) return false;
+  const std::string trimmed = Trim(name);
+  if (trimmed.empty()) return refuse("the name is empty");
+  if (const char* reason = WhyNameLeavesFolder(trimmed)) return refuse(reason);
   if (std::any_of(name.begin(), name.end(), IsForbiddenInFileName)) {
     return refuse("the name holds a character that a file name can't have");
   }
