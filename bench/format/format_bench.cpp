@@ -46,8 +46,14 @@ double NanosPerLetter(const std::string& pattern, int rounds) {
 
 int main(int argc, char** argv) {
   int rounds = 7;
-  for (int i = 1; i + 1 < argc; i += 2) {
-    if (std::strcmp(argv[i], "--rounds") == 0) rounds = std::max(1, std::atoi(argv[i + 1]));
+  if (argc == 3 && std::strcmp(argv[1], "--rounds") == 0) {
+    char* end = nullptr;
+    const long value = std::strtol(argv[2], &end, 10);
+    rounds = *end == '\0' && value > 0 && value <= 1000 ? static_cast<int>(value) : 0;
+  }
+  if (rounds == 0 || (argc != 1 && argc != 3)) {
+    (void)std::fputs("usage: bench_format [--rounds N], N from 1 to 1000\n", stderr);
+    return 2;
   }
   constexpr size_t kShort = 256;
   constexpr size_t kLong = kShort * 16;
