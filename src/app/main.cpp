@@ -45,6 +45,7 @@
 #include "shell/frm_icon_timer.h"
 #include "shell/frm_popup.h"
 #include "view/qt/mail_explorer_window.h"
+#include "view/qt/panel_style.h"
 #include "view/qt/qt_host.h"
 #include "view/qt/qt_tray.h"
 #include "view/qt/qt_web_browser.h"
@@ -101,6 +102,7 @@ int main(int argc, char** argv) {
   }
 
   QApplication application(argc, argv);
+  qtview::InstallPanelLook();
   QApplication::setApplicationName("Vellix Control");
   QApplication::setApplicationVersion(VELLIX_VERSION);
   // Lets the desktop match the windows to the menu entry and its icon.
