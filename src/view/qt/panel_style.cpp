@@ -10,24 +10,6 @@ namespace vellix::qtview {
 
 namespace {
 
-// A box of one-pixel edges in `outline` whose corner pixels take `corner`,
-// filled with `fill` (a colour or a gradient).
-void CutBox(QPainter& painter, const QRect& rect, const QColor& outline, const QColor& corner,
-            const QBrush& fill) {
-  const int l = rect.left();
-  const int t = rect.top();
-  const int r = rect.right();
-  const int b = rect.bottom();
-  if (r - l < 2 || b - t < 2) return;
-  painter.fillRect(QRect(QPoint(l + 1, t + 1), QPoint(r - 1, b - 1)), fill);
-  painter.fillRect(QRect(QPoint(l + 1, t), QPoint(r - 1, t)), outline);
-  painter.fillRect(QRect(QPoint(l + 1, b), QPoint(r - 1, b)), outline);
-  painter.fillRect(QRect(QPoint(l, t + 1), QPoint(l, b - 1)), outline);
-  painter.fillRect(QRect(QPoint(r, t + 1), QPoint(r, b - 1)), outline);
-  for (const QPoint& point : {QPoint(l, t), QPoint(r, t), QPoint(l, b), QPoint(r, b)})
-    painter.fillRect(QRect(point, point), corner);
-}
-
 // Halfway between two colours: the tone of a cut corner.
 QColor Between(const QColor& a, const QColor& b) {
   return {(a.red() + b.red()) / 2, (a.green() + b.green()) / 2, (a.blue() + b.blue()) / 2};
@@ -117,6 +99,22 @@ void PlainFrame(const QStyleOption& option, QPainter& painter) {
 }
 
 }  // namespace
+
+void CutBox(QPainter& painter, const QRect& rect, const QColor& outline, const QColor& corner,
+            const QBrush& fill) {
+  const int l = rect.left();
+  const int t = rect.top();
+  const int r = rect.right();
+  const int b = rect.bottom();
+  if (r - l < 2 || b - t < 2) return;
+  painter.fillRect(QRect(QPoint(l + 1, t + 1), QPoint(r - 1, b - 1)), fill);
+  painter.fillRect(QRect(QPoint(l + 1, t), QPoint(r - 1, t)), outline);
+  painter.fillRect(QRect(QPoint(l + 1, b), QPoint(r - 1, b)), outline);
+  painter.fillRect(QRect(QPoint(l, t + 1), QPoint(l, b - 1)), outline);
+  painter.fillRect(QRect(QPoint(r, t + 1), QPoint(r, b - 1)), outline);
+  for (const QPoint& point : {QPoint(l, t), QPoint(r, t), QPoint(l, b), QPoint(r, b)})
+    painter.fillRect(QRect(point, point), corner);
+}
 
 void PanelStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option,
                                QPainter* painter, const QWidget* widget) const {

@@ -2,6 +2,8 @@
 
 #include <QProxyStyle>
 
+class QPainter;
+
 namespace vellix::qtview {
 
 // The application's style: the platform's (Fusion where there is none), with
@@ -14,6 +16,12 @@ class PanelStyle : public QProxyStyle {
   void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                      const QWidget* widget) const override;
 };
+
+// A box of one-pixel edges in `outline` whose corner pixels take `corner`,
+// filled with `fill` (a colour or a gradient): solid fills only, so a round
+// corner costs a pixel of half tone rather than an antialiased shape.
+void CutBox(QPainter& painter, const QRect& rect, const QColor& outline, const QColor& corner,
+            const QBrush& fill);
 
 // Makes PanelStyle the application's style and draws its text with full
 // hinting: each glyph is then rasterized once, where the platform's lighter

@@ -20,6 +20,7 @@
 #include "foundation/controls.h"
 #include "foundation/date.h"
 #include "view/qt/control_binding.h"
+#include "view/qt/panel_style.h"
 
 namespace vellix::qtview {
 
@@ -223,32 +224,10 @@ class FramePanel : public QWidget {
     const int textHeight = fontMetrics().height();
     const QRect box(QPoint(1, title_.isEmpty() ? 0 : textHeight + 4),
                     QPoint(width() - 1, height() - 1));
-    const int l = box.left();
-    const int t = box.top();
-    const int r = box.right();
-    const int b = box.bottom();
-    // Solid fills only: the corners are cut by a pixel of half tone rather
-    // than drawn round, which looks the same at this size and costs a
-    // fraction of an antialiased shape.
+    // The border, then the inner edge a shade lighter than it, as Fusion has it.
     const QColor window = palette().color(QPalette::Window);
-    const auto span = [&painter](int x1, int y1, int x2, int y2, const QColor& colour) {
-      painter.fillRect(QRect(QPoint(x1, y1), QPoint(x2, y2)), colour);
-    };
-    span(l + 2, t + 2, r - 2, b - 2, window.darker(101));
-    const QColor border = window.darker(111);
-    span(l + 1, t, r - 1, t, border);
-    span(l + 1, b, r - 1, b, border);
-    span(l, t + 1, l, b - 1, border);
-    span(r, t + 1, r, b - 1, border);
-    // The inner edge, a shade lighter than the border, as Fusion has it.
-    const QColor edge = window.darker(103);
-    span(l + 1, t + 1, r - 1, t + 1, edge);
-    span(l + 1, b - 1, r - 1, b - 1, edge);
-    span(l + 1, t + 2, l + 1, b - 2, edge);
-    span(r - 1, t + 2, r - 1, b - 2, edge);
-    const QColor corner = window.darker(104);
-    for (const QPoint& point : {QPoint(l, t), QPoint(r, t), QPoint(l, b), QPoint(r, b)})
-      span(point.x(), point.y(), point.x(), point.y(), corner);
+    CutBox(painter, box, window.darker(111), window.darker(104), window.darker(103));
+    painter.fillRect(box.adjusted(2, 2, -2, -2), window.darker(101));
     if (title_.isEmpty()) return;
     painter.setPen(palette().color(QPalette::WindowText));
     painter.drawText(QRect(0, 1, width(), textHeight),
