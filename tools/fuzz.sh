@@ -48,9 +48,13 @@ for target in "${names[@]}"; do
   done
   # The first process to fail fails the target; the others are stopped then.
   for ((i = 0; i < jobs; i++)); do
-    wait -n -p ended "${!log_of[@]}" && continue
+    status=0
+    wait -n -p ended "${!log_of[@]}" || status=$?
+    log=${log_of[$ended]}
+    unset "log_of[$ended]"
+    [ "$status" -ne 0 ] || continue
     kill "${!log_of[@]}" 2>/dev/null || true
-    tail -n 60 "${log_of[$ended]}" >&2
+    tail -n 60 "$log" >&2
     echo "fuzz: $target failed; the input is in $build/artifacts/" >&2
     exit 1
   done
