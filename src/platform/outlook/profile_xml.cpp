@@ -97,12 +97,14 @@ std::string FormatDate(Date date) {
 
 // Messages keep CRLF line ends; XML reads every line end as LF, so the file
 // holds LF and reading brings CRLF back. A message laid out on lines of its
-// own inside <message> loses the line break and indentation around it.
+// own inside <message> loses the line break and indentation around it. A
+// lone CR (&#13;) ends a line here as it does in the message, or a last line
+// of blanks after it would be cut only when the message is read back.
 std::string MessageFromXml(std::string_view text) {
   const size_t first = text.find_first_not_of("\r\n");
   if (first == std::string_view::npos) return {};
   text.remove_prefix(first);
-  const size_t lastBreak = text.find_last_of('\n');
+  const size_t lastBreak = text.find_last_of("\r\n");
   if (lastBreak != std::string_view::npos &&
       text.find_first_not_of(" \t", lastBreak + 1) == std::string_view::npos) {
     text = text.substr(0, lastBreak + 1);
@@ -157,6 +159,18 @@ class ProfileReader {
   [[noreturn]] void Unexpected(const pugi::xml_node& at, const std::string& inside) const {
     Fail(at, "has <" + std::string(at.name()) + "> inside " + inside +
                  ", where only <store>, <folder> and <item> are known");
+  }
+
+  // A message is text only: the text of all its parts, a CDATA section or
+  // text around a comment included, so that no part of it is passed over.
+  [[nodiscard]] std::string MessageElementText(const pugi::xml_node& message) const {
+    std::string text;
+    for (auto part : message.children()) {
+      if (part.type() == pugi::node_element)
+        Fail(part, "has <" + std::string(part.name()) + "> inside a <message>, which is text only");
+      text += part.value();
+    }
+    return text;
   }
 
   [[nodiscard]] std::string Where(ptrdiff_t offset) const {
@@ -260,7 +274,7 @@ class ProfileReader {
         Fail(child, "has <" + std::string(child.name()) +
                         "> inside an item, where only one <message> is known");
       }
-      item.message = MessageFromXml(child.text().get());
+      item.message = MessageFromXml(MessageElementText(child));
       if (item.message.empty()) Fail(child, "has an empty <message>");
     }
     item.size = static_cast<int32_t>(

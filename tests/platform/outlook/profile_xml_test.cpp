@@ -58,6 +58,9 @@ TEST(ProfileFile, RefusesABrokenProfileSayingWhatAndWhere) {
       {Wrap("<folder name=\"I\"><item date=\"2025-01-01\">\n<message>a</message>"
             "<message>b</message></item></folder>"),
        "line 4"},
+      {Wrap("<folder name=\"I\"><item date=\"2025-01-01\"><message>a\n<b/>c</message>"
+            "</item></folder>"),
+       "has <b> inside a <message>, which is text only"},
   };
   for (const auto& [xml, says] : cases) {
     const auto problem = Problem(xml);
@@ -326,6 +329,33 @@ Hello&#13;world
   for (size_t i = 0; i < first.size(); ++i) {
     EXPECT_EQ(reread[i].key, first[i].key);
     EXPECT_EQ(reread[i].message, MessageText(first[i]));
+  }
+}
+
+TEST(ProfileMessages, AMessageReadFromTheFileIsWrittenBackAndReadAgainTheSame) {
+  // The message's text as the file holds it, and the message it is read as.
+  const std::pair<std::string, std::string> cases[] = {
+      // Laid out on lines of its own: the break before it and the indentation
+      // of the closing tag go.
+      {"\nFrom: a\n\n  b\n      ", "From: a\r\n\r\n  b\r\n"},
+      // A last line of blanks after a lone CR is cut as after any line end;
+      // it was cut only when read back, so the message changed on its way.
+      {"From: a&#13;\nSubject: s&#13;\n&#13; ", "From: a\r\nSubject: s\r\n\r\n"},
+      {"From: a&#13;\n\nb ", "From: a\r\n\r\nb "},
+      // Every part of the text counts, not the first alone.
+      {"From: a\n\n<![CDATA[<b>]]> c<!-- note --> d", "From: a\r\n\r\n<b> c d"},
+  };
+  for (const auto& [text, message] : cases) {
+    const std::string xml = Wrap("<folder name=\"I\"><item date=\"2025-01-01\"><message>" + text +
+                                 "</message></item></folder>");
+    const auto loaded = LoadProfileText(xml, "p.xml");
+    ASSERT_NE(loaded.profile, nullptr) << loaded.problem;
+    EXPECT_EQ(AllItems(*loaded.profile).at(0).message, message) << text;
+    const std::string written = ProfileToXml(*loaded.profile);
+    const auto back = LoadProfileText(written, "w.xml");
+    ASSERT_NE(back.profile, nullptr) << back.problem;
+    EXPECT_EQ(AllItems(*back.profile).at(0).message, message) << written;
+    EXPECT_EQ(ProfileToXml(*back.profile), written);
   }
 }
 
